@@ -1,0 +1,71 @@
+// Types shared by every manager of the layer.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+#ifdef __cplusplus
+#define MG_EXTERN_C_BEGIN extern "C" {
+#define MG_EXTERN_C_END }
+#else
+#define MG_EXTERN_C_BEGIN
+#define MG_EXTERN_C_END
+#endif
+
+// The status nearly every operation returns. The numbers are part of the interface: callers
+// test some of them by value.
+typedef int32_t MgStatus;
+enum {
+    MgNoError = 0,
+    MgBadArgument = 1,
+    MgNoMemory = 2,
+    MgBadHandle = 3,
+    MgEndOfFile = 4,
+    MgIOError = 6,
+    MgNotFound = 7,
+    MgNoPermission = 8,
+    MgDiskFull = 9,
+    MgDuplicate = 10,
+    MgTooManyOpen = 11,
+    MgBadResourceFile = 13,
+    MgResourceDuplicate = 14,
+    MgResourceNotFound = 15,
+    MgNotADirectory = 42,
+    MgNotSupported = 53,
+    MgBadFlatPath = 74,
+};
+
+typedef uint8_t* Ptr;
+typedef uint8_t** Handle;
+
+// A counted string: one count byte, then up to 255 characters, no terminator.
+typedef uint8_t* PStr;
+typedef const uint8_t* ConstPStr;
+
+// A long counted string: a signed 32-bit count, then that many characters.
+typedef struct LStr {
+    int32_t count;
+    uint8_t text[1];
+} LStr;
+typedef LStr* LStrPtr;
+typedef LStr** LStrHandle;
+
+// Four characters held in a 32-bit value whose bytes in memory are the text, first
+// character first, on every host. Never byte-swapped.
+typedef uint32_t ResType;
+typedef int32_t ResFile;
+typedef int32_t FileRef;
+typedef Handle Path;
+typedef uint32_t Timestamp;
+typedef double FineTimestamp;
+typedef int32_t NumType;
+
+#ifdef __cplusplus
+// "PLAT" -> the ResType whose four bytes are P, L, A, T.
+inline ResType MgResType(const char* text) {
+    ResType t;
+    memcpy(&t, text, 4);
+    return t;
+}
+#endif

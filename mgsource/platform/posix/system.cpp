@@ -1,0 +1,32 @@
+// Process and text services on POSIX hosts.
+#include <ctype.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "platform/platform.h"
+
+namespace plat {
+
+int32_t CurrentDirectory(char* buffer, int32_t size) {
+    if (size <= 0 || getcwd(buffer, static_cast<size_t>(size)) == nullptr) return 0;
+    return static_cast<int32_t>(strlen(buffer));
+}
+
+char DirectorySeparator() { return '/'; }
+
+// The "C" locale is the host code page here: the layer never calls setlocale for case.
+uint8_t CharLower(uint8_t c) { return static_cast<uint8_t>(tolower(c)); }
+uint8_t CharUpper(uint8_t c) { return static_cast<uint8_t>(toupper(c)); }
+
+int32_t ModuleFileName(char* buffer, int32_t size) {
+    if (size <= 0) return 0;
+    ssize_t n = readlink("/proc/self/exe", buffer, static_cast<size_t>(size) - 1);
+    if (n <= 0) {
+        buffer[0] = 0;
+        return 0;
+    }
+    buffer[n] = 0;
+    return static_cast<int32_t>(n);
+}
+
+}  // namespace plat

@@ -1,0 +1,32 @@
+// Process and text services on Windows hosts.
+#include <windows.h>
+
+#include "platform/platform.h"
+
+namespace plat {
+
+int32_t CurrentDirectory(char* buffer, int32_t size) {
+    if (size <= 0) return 0;
+    DWORD n = GetCurrentDirectoryA(static_cast<DWORD>(size), buffer);
+    return (n == 0 || n >= static_cast<DWORD>(size)) ? 0 : static_cast<int32_t>(n);
+}
+
+char DirectorySeparator() { return '\\'; }
+
+// CharLowerA and CharUpperA take a character in place of a pointer when the high word is 0.
+uint8_t CharLower(uint8_t c) {
+    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(CharLowerA(
+        reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
+}
+uint8_t CharUpper(uint8_t c) {
+    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(CharUpperA(
+        reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
+}
+
+int32_t ModuleFileName(char* buffer, int32_t size) {
+    if (size <= 0) return 0;
+    DWORD n = GetModuleFileNameA(nullptr, buffer, static_cast<DWORD>(size));
+    return n >= static_cast<DWORD>(size) ? 0 : static_cast<int32_t>(n);
+}
+
+}  // namespace plat
