@@ -11,6 +11,10 @@ namespace plat {
 void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
+// Makes CurrentDirectory report `directory` (copied; at most 4095 bytes) instead of the
+// process's own, so that code which takes the drive from it can be tested on any host; null
+// restores the real one.
+void SetCurrentDirectoryForTest(const char* directory);
 // Disarms every fault and resets the counters.
 void ResetFaults();
 
