@@ -12,6 +12,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "ansi/swappers.h"
+
 namespace mgsort {
 
 constexpr int kStackEntries = 126;  // addresses: 63 ranges of lo and hi
