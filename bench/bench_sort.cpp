@@ -52,14 +52,18 @@ int CompareUInt(const void* a, const void* b) {
     uint32_t y = *static_cast<const uint32_t*>(b);
     return (x > y) - (x < y);
 }
-int32_t CompareUInt32(const void* a, const void* b) { return CompareUInt(a, b); }
+int32_t CompareUInt32(const void* a, const void* b) {
+    return CompareUInt(a, b);
+}
 
 int CompareRecord(const void* a, const void* b) {
     uint32_t x = static_cast<const Record*>(a)->key;
     uint32_t y = static_cast<const Record*>(b)->key;
     return (x > y) - (x < y);
 }
-int32_t CompareRecord32(const void* a, const void* b) { return CompareRecord(a, b); }
+int32_t CompareRecord32(const void* a, const void* b) {
+    return CompareRecord(a, b);
+}
 
 enum class Sorter { kSortArray, kQsort, kStdSort };
 
@@ -89,8 +93,12 @@ void Run(benchmark::State& state, const std::vector<T>& input, Sorter sorter,
     if (!std::is_sorted(work.begin(), work.end(), less)) state.SkipWithError("not sorted");
 }
 
-bool LessUInt(const uint32_t& a, const uint32_t& b) { return a < b; }
-bool LessRecord(const Record& a, const Record& b) { return a.key < b.key; }
+bool LessUInt(const uint32_t& a, const uint32_t& b) {
+    return a < b;
+}
+bool LessRecord(const Record& a, const Record& b) {
+    return a.key < b.key;
+}
 
 void Ints(benchmark::State& state, Sorter sorter) {
     Run(state, IntInput(), sorter, CompareUInt32, CompareUInt, LessUInt);
@@ -108,7 +116,7 @@ BENCHMARK_CAPTURE(Records, std_sort, Sorter::kStdSort)->Unit(benchmark::kMillise
 
 // Console output as usual, with each run's time kept for the ratios.
 class RatioReporter : public benchmark::ConsoleReporter {
-public:
+  public:
     // With --benchmark_repetitions the median of the repetitions is used.
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
@@ -133,7 +141,7 @@ public:
         }
     }
 
-private:
+  private:
     double Get(const std::string& name) const {
         auto median = medians_.find(name);
         if (median != medians_.end()) return median->second;

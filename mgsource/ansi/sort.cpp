@@ -1,7 +1,8 @@
 // SortArray and SortArrayStride: the sort with a plain two-element comparison.
+#include "mg/sort.h"
+
 #include "ansi/sortengine.h"
 #include "ansi/swappers.h"
-#include "mg/sort.h"
 
 namespace {
 

@@ -20,7 +20,7 @@ constexpr int kStackEntries = 126;  // addresses: 63 ranges of lo and hi
 
 template <class Compare, class Swap>
 class Engine {
-public:
+  public:
     Engine(ptrdiff_t stride, Compare compare, Swap swap)
         : stride_(stride), compare_(compare), swap_(swap) {}
 
@@ -64,7 +64,7 @@ public:
         }
     }
 
-private:
+  private:
     // Orders first, middle and last; returns the middle.
     uint8_t* SortThree(uint8_t* lo, uint8_t* hi) {
         uint8_t* mid = lo + (((hi - lo) / stride_) >> 1) * stride_;

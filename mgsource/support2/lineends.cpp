@@ -36,7 +36,9 @@ void Put(uint8_t* text, int32_t i, uint32_t value) {
     memcpy(text + static_cast<ptrdiff_t>(i) * sizeof(U), &u, sizeof(U));
 }
 
-inline bool IsLineEnd(uint32_t c) { return c == kCR || c == kLF; }
+inline bool IsLineEnd(uint32_t c) {
+    return c == kCR || c == kLF;
+}
 
 // Units taken by the line end at i (1 or 2); i must hold CR or LF.
 template <class U>
@@ -71,11 +73,13 @@ MgStatus ToCRLF(Handle handle, int32_t start, int32_t mainZone) {
             i++;
         }
     }
-    if (single == 0) return MgNoError;
-    int32_t grow = single * static_cast<int32_t>(sizeof(U));
-    if (size > INT32_MAX - grow) return MgNoMemory;
-    MgStatus err = ResizeHandle(handle, size + grow, mainZone);
-    if (err != MgNoError) return err;
+    // Even with nothing to grow, LF CR pairs still get rewritten as CR LF.
+    if (single > 0) {
+        int32_t grow = single * static_cast<int32_t>(sizeof(U));
+        if (size > INT32_MAX - grow) return MgNoMemory;
+        MgStatus err = ResizeHandle(handle, size + grow, mainZone);
+        if (err != MgNoError) return err;
+    }
 
     uint8_t* text = *handle + start;
     int32_t r = span.units;           // units read, from the end

@@ -22,6 +22,10 @@ int32_t OrderL(ConstPStr p, const LStr* l) {
 
 }  // namespace
 
-int32_t PStringOrderL(ConstPStr p, const LStr* l) { return OrderL<false>(p, l); }
+int32_t PStringOrderL(ConstPStr p, const LStr* l) {
+    return OrderL<false>(p, l);
+}
 
-int32_t PStringOrderLNoCase(ConstPStr p, const LStr* l) { return OrderL<true>(p, l); }
+int32_t PStringOrderLNoCase(ConstPStr p, const LStr* l) {
+    return OrderL<true>(p, l);
+}

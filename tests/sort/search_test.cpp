@@ -21,13 +21,11 @@ TEST(BinarySearch, FoundAndInsertionIndices) {
         int32_t key;
         int32_t expected;
     } cases[] = {
-        {5, 10, 0},  {5, 30, 2},  {5, 50, 4},    // found
-        {5, 5, -1},                               // before the first
-        {5, 60, -6},                              // after the last: -count - 1
-        {5, 25, -3}, {5, 35, -4}, {5, 11, -2},   // between: insert at 2, 3, 1
-        {1, 10, 0},  {1, 9, -1},  {1, 11, -2},
-        {2, 15, -2}, {2, 20, 1},
-        {0, 10, -1},                              // empty
+        {5, 10, 0},  {5, 30, 2},  {5, 50, 4},   // found
+        {5, 5, -1},                             // before the first
+        {5, 60, -6},                            // after the last: -count - 1
+        {5, 25, -3}, {5, 35, -4}, {5, 11, -2},  // between: insert at 2, 3, 1
+        {1, 10, 0},  {1, 9, -1},  {1, 11, -2}, {2, 15, -2}, {2, 20, 1}, {0, 10, -1},  // empty
     };
     for (const Case& c : cases) {
         EXPECT_EQ(BinarySearch(values, c.count, 4, &c.key, CompareKey), c.expected)

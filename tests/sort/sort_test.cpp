@@ -1,4 +1,6 @@
 // SortArray, SortArrayStride and SortArrayContext against std::sort, and the exchangers.
+#include "mg/sort.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,8 +8,6 @@
 #include <cstring>
 #include <random>
 #include <vector>
-
-#include "mg/sort.h"
 
 namespace {
 
@@ -87,10 +87,10 @@ TEST(SortArray, AwkwardInputsStayNearNLogN) {
     const int32_t n = 100000;
     std::vector<std::vector<int32_t>> inputs(4, std::vector<int32_t>(n));
     for (int32_t i = 0; i < n; i++) {
-        inputs[0][i] = i;                          // sorted
-        inputs[1][i] = n - i;                      // reversed
-        inputs[2][i] = 42;                         // all equal
-        inputs[3][i] = i < n / 2 ? i : n - i;      // organ pipe
+        inputs[0][i] = i;                      // sorted
+        inputs[1][i] = n - i;                  // reversed
+        inputs[2][i] = 42;                     // all equal
+        inputs[3][i] = i < n / 2 ? i : n - i;  // organ pipe
     }
     for (auto& v : inputs) {
         std::vector<int32_t> expected = v;
@@ -162,13 +162,13 @@ TEST(SortArrayContext, IndicesByKeysInContext) {
     // The form callers use to sort an index array by data elsewhere.
     const char* names[] = {"pear", "apple", "fig", "banana"};
     int32_t index[] = {0, 1, 2, 3};
-    SortArrayContext(index, 4, 4, 4,
-                     [](void* c, const void* a, const void* b) -> int32_t {
-                         auto** n = static_cast<const char**>(c);
-                         return strcmp(n[*static_cast<const int32_t*>(a)],
-                                       n[*static_cast<const int32_t*>(b)]);
-                     },
-                     names);
+    SortArrayContext(
+        index, 4, 4, 4,
+        [](void* c, const void* a, const void* b) -> int32_t {
+            auto** n = static_cast<const char**>(c);
+            return strcmp(n[*static_cast<const int32_t*>(a)], n[*static_cast<const int32_t*>(b)]);
+        },
+        names);
     EXPECT_EQ(std::vector<int32_t>(index, index + 4), (std::vector<int32_t>{1, 3, 2, 0}));
 }
 

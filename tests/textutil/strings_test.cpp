@@ -9,8 +9,12 @@
 
 namespace {
 
-std::string P(const std::string& s) { return std::string(1, static_cast<char>(s.size())) + s; }
-ConstPStr Bytes(const std::string& p) { return reinterpret_cast<ConstPStr>(p.data()); }
+std::string P(const std::string& s) {
+    return std::string(1, static_cast<char>(s.size())) + s;
+}
+ConstPStr Bytes(const std::string& p) {
+    return reinterpret_cast<ConstPStr>(p.data());
+}
 
 // The object-file symbol hash as the ELF tables define it, written independently.
 uint32_t ElfHash(const std::string& s) {
@@ -26,8 +30,15 @@ uint32_t ElfHash(const std::string& s) {
 
 TEST(PStringHash, AgreesWithTheSymbolTableHash) {
     const std::string texts[] = {
-        "a", "main", "printf", "_GLOBAL_OFFSET_TABLE_", "abcdefgh", "abcdefghi",
-        std::string(255, 'z'), std::string(200, '\xff') + "tail", std::string("nul\0in", 6),
+        "a",
+        "main",
+        "printf",
+        "_GLOBAL_OFFSET_TABLE_",
+        "abcdefgh",
+        "abcdefghi",
+        std::string(255, 'z'),
+        std::string(200, '\xff') + "tail",
+        std::string("nul\0in", 6),
     };
     for (const std::string& s : texts) {
         uint32_t h = PStringHash(Bytes(P(s)), 0);
@@ -51,9 +62,14 @@ TEST(PStringEndsWith, Table) {
         const char* suffix;
         int32_t expected;
     } cases[] = {
-        {"readme.TXT", ".txt", 1}, {"readme.txt", ".txt", 1}, {"readme.txt", ".TXT", 0},
-        {"a.txt", "a.txt", 1},     {"txt", ".txt", 0},        {"", "", 1},
-        {"abc", "", 1},            {"abc", "b", 0},
+        {"readme.TXT", ".txt", 1},
+        {"readme.txt", ".txt", 1},
+        {"readme.txt", ".TXT", 0},
+        {"a.txt", "a.txt", 1},
+        {"txt", ".txt", 0},
+        {"", "", 1},
+        {"abc", "", 1},
+        {"abc", "b", 0},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(PStringEndsWith(Bytes(P(c.text)), c.suffix) != 0, c.expected != 0)
@@ -69,9 +85,14 @@ TEST(PStringOrderL, ExactAndFolded) {
         int32_t exact;
         int32_t folded;
     } cases[] = {
-        {"ab", "abc", -1, -1},   {"abc", "ab", 1, 1},       {"abc", "abd", -1, -1},
-        {"AB", "ab", 'A' - 'a', 0}, {"", "", 0, 0},         {"b", "A", 'b' - 'A', 1},
-        {"\xff", "a", 0xff - 'a', 0xff - 'a'},                {"Ab", "aC", 'A' - 'a', 'b' - 'c'},
+        {"ab", "abc", -1, -1},
+        {"abc", "ab", 1, 1},
+        {"abc", "abd", -1, -1},
+        {"AB", "ab", 'A' - 'a', 0},
+        {"", "", 0, 0},
+        {"b", "A", 'b' - 'A', 1},
+        {"\xff", "a", 0xff - 'a', 0xff - 'a'},
+        {"Ab", "aC", 'A' - 'a', 'b' - 'c'},
     };
     for (const Case& c : cases) {
         std::string p = P(c.p);
