@@ -34,4 +34,8 @@ uint8_t CharUpper(uint8_t c);
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);
 
+// Fills 16 bytes with a new random identifier; returns 0, or the platform's nonzero error
+// value with the bytes left unspecified.
+int32_t NewGuidBytes(uint8_t guid[16]);
+
 }  // namespace plat
