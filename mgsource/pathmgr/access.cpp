@@ -26,7 +26,9 @@ MgStatus FPathSetKind(Path path, int32_t kind) {
     return MgNoError;
 }
 
-int32_t FPathDepth(Path path) { return FPathUsable(path) ? CountOf(path) : -1; }
+int32_t FPathDepth(Path path) {
+    return FPathUsable(path) ? CountOf(path) : -1;
+}
 
 int32_t FPathByteSize(Path path) {
     MG_CHECK(FPathValid(path));

@@ -55,8 +55,7 @@ MgStatus FPathNormalize(Path path) {
 MgStatus FPathJoin(Path base, Path rel, Path out) {
     bool accepted = FPathUsable(base) && FPathIsKind(rel, PathKindRelative);
     // Anything rooted may be joined onto the empty path, the level above the volumes.
-    if (!accepted)
-        accepted = FPathRooted(base) && CountOf(base) == 0 && FPathRooted(rel);
+    if (!accepted) accepted = FPathRooted(base) && CountOf(base) == 0 && FPathRooted(rel);
     if (!accepted || out == nullptr) return MgBadArgument;
 
     int32_t baseBytes = MemHandleSize(base) - kHeaderSize;

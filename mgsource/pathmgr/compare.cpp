@@ -7,7 +7,9 @@ using namespace pathmgr;
 namespace {
 
 // Kinds 0 and 3 sort together: both are rooted.
-int32_t Rank(int32_t kind) { return kind == PathKindUNC ? PathKindAbsolute : kind; }
+int32_t Rank(int32_t kind) {
+    return kind == PathKindUNC ? PathKindAbsolute : kind;
+}
 
 }  // namespace
 
@@ -31,7 +33,9 @@ int32_t FPathFirstDifference(Path a, Path b) {
     return aCount == bCount ? 0 : limit + 1;
 }
 
-int32_t FPathSame(Path a, Path b) { return FPathFirstDifference(a, b) == 0 ? 1 : 0; }
+int32_t FPathSame(Path a, Path b) {
+    return FPathFirstDifference(a, b) == 0 ? 1 : 0;
+}
 
 int32_t FPathOrder(Path a, Path b) {
     if (a == b) return 0;

@@ -25,11 +25,17 @@ Path ResetPath(Path path, int32_t kind) {
 
 }  // namespace
 
-Path FPathAlloc(int32_t size) { return MemNewHandleClear(size); }
+Path FPathAlloc(int32_t size) {
+    return MemNewHandleClear(size);
+}
 
-Path FEmptyPath(Path path) { return ResetPath(path, PathKindAbsolute); }
+Path FEmptyPath(Path path) {
+    return ResetPath(path, PathKindAbsolute);
+}
 
-Path FMakeNoPath(Path path) { return ResetPath(path, PathKindNone); }
+Path FMakeNoPath(Path path) {
+    return ResetPath(path, PathKindNone);
+}
 
 MgStatus FPathRelease(Path path) {
     if (path == nullptr) return MgNoError;

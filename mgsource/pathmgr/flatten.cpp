@@ -47,7 +47,9 @@ void Convert16(uint8_t* p, int32_t swap, bool toStored) {
     }
 }
 
-int32_t Failure(int32_t available) { return int32_t(uint32_t(available) + 1); }
+int32_t Failure(int32_t available) {
+    return int32_t(uint32_t(available) + 1);
+}
 
 // Gives *path a zero-filled handle of `size` bytes, reusing one that is there.
 bool TakeHandle(Path* path, int32_t size) {
@@ -122,7 +124,9 @@ int32_t FPathFlattenOrder(Path path, uint8_t* buffer, int32_t swap) {
     return total;
 }
 
-int32_t FPathFlatten(Path path, uint8_t* buffer) { return FPathFlattenOrder(path, buffer, 1); }
+int32_t FPathFlatten(Path path, uint8_t* buffer) {
+    return FPathFlattenOrder(path, buffer, 1);
+}
 
 int32_t FPathUnflattenOrder(const uint8_t* buffer, Path* path, int32_t available, int32_t swap) {
     if (available < 4 || buffer == nullptr) return Failure(available);

@@ -14,7 +14,9 @@ constexpr const void* kScript = nullptr;
 constexpr int32_t kWindowsNameMax = 260;
 
 // Leading components that name the volume: a drive in the Windows syntax, none in POSIX's.
-int32_t VolumeDepthOf(int32_t syntax) { return syntax == PathSyntaxPosix ? 0 : 1; }
+int32_t VolumeDepthOf(int32_t syntax) {
+    return syntax == PathSyntaxPosix ? 0 : 1;
+}
 
 // Adds a refused character to the caller's NUL-terminated list, which holds 256 bytes.
 void NoteCharacter(char* found, uint8_t c) {
@@ -90,7 +92,9 @@ int32_t CheckPosix(ConstPStr name, char* found) {
     return flags;
 }
 
-bool IsDriveLetter(uint8_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsDriveLetter(uint8_t c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
 
 // "C:\a\b" or "\\server\share\a". Lengths are read as signed bytes, so a name of 128 bytes or
 // more copies nothing and the walk moves on by one byte; the output is bounded by the limit
@@ -155,8 +159,7 @@ MgStatus PosixName(Path path, char* name) {
     for (int32_t i = 0; i < count; ++i) {
         ConstPStr component = NameAtOffset(block, size, offset);
         char found[256] = {};
-        if (FCheckNameSyntax(component, found, nullptr, PathSyntaxPosix) != 0)
-            return MgBadArgument;
+        if (FCheckNameSyntax(component, found, nullptr, PathSyntaxPosix) != 0) return MgBadArgument;
         int32_t length = component[0] == 0 ? 2 : component[0];
         if (out + 1 + length > limit) {
             name[out] = 0;

@@ -37,8 +37,12 @@ inline void WriteCount(uint8_t* block, int32_t count) {
 
 // A non-null handle with a block that holds at least the kind and count.
 bool HasHeader(Path path);
-inline int32_t KindOf(Path path) { return ReadKind(*path); }
-inline int32_t CountOf(Path path) { return ReadCount(*path); }
+inline int32_t KindOf(Path path) {
+    return ReadKind(*path);
+}
+inline int32_t CountOf(Path path) {
+    return ReadCount(*path);
+}
 
 inline bool IsRootedKind(int32_t kind) {
     return kind == PathKindAbsolute || kind == PathKindUNC;

@@ -63,7 +63,9 @@ int32_t StepChar(const uint8_t* text, int32_t index, int32_t length) {
     return next < length ? next : length;
 }
 
-bool IsDot(const uint8_t* word, int32_t length) { return length == 1 && word[0] == '.'; }
+bool IsDot(const uint8_t* word, int32_t length) {
+    return length == 1 && word[0] == '.';
+}
 bool IsDotDot(const uint8_t* word, int32_t length) {
     return length == 2 && word[0] == '.' && word[1] == '.';
 }

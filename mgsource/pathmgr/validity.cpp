@@ -29,7 +29,9 @@ int32_t NameOffset(const uint8_t* block, int32_t size, int32_t index) {
     return offset < size ? offset : size;
 }
 
-bool SameName(ConstPStr a, ConstPStr b) { return PStringSameNoCase(a, b) != 0; }
+bool SameName(ConstPStr a, ConstPStr b) {
+    return PStringSameNoCase(a, b) != 0;
+}
 
 }  // namespace pathmgr
 
@@ -48,8 +50,14 @@ int32_t FPathUsable(Path path) {
     return kind == PathKindAbsolute || kind == PathKindRelative || kind == PathKindUNC;
 }
 
-int32_t FPathRooted(Path path) { return FPathUsable(path) && IsRootedKind(KindOf(path)); }
+int32_t FPathRooted(Path path) {
+    return FPathUsable(path) && IsRootedKind(KindOf(path));
+}
 
-int32_t FPathIsKind(Path path, int32_t kind) { return FPathUsable(path) && KindOf(path) == kind; }
+int32_t FPathIsKind(Path path, int32_t kind) {
+    return FPathUsable(path) && KindOf(path) == kind;
+}
 
-int32_t FPathHasNoNames(Path path) { return FPathUsable(path) && CountOf(path) == 0; }
+int32_t FPathHasNoNames(Path path) {
+    return FPathUsable(path) && CountOf(path) == 0;
+}

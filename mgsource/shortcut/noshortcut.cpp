@@ -3,6 +3,10 @@
 // takes this file's place on hosts that have shortcut files.
 #include "mg/shortcut.h"
 
-int32_t FResolveShortcut(char* /*name*/) { return 0; }
+int32_t FResolveShortcut(char* /*name*/) {
+    return 0;
+}
 
-int32_t FResolveShortcutPath(char* /*name*/) { return 0; }
+int32_t FResolveShortcutPath(char* /*name*/) {
+    return 0;
+}

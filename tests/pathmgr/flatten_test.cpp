@@ -18,7 +18,8 @@ Bytes Flatten(Path p) {
 
 TEST_F(FlatPaths, FlattenedBytes) {
     OwnedPath a(Parse("C:\\a"));
-    EXPECT_EQ(Flatten(a), (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 8, 0, 0, 0, 2, 1, 0x43, 1, 0x61}));
+    EXPECT_EQ(Flatten(a),
+              (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 8, 0, 0, 0, 2, 1, 0x43, 1, 0x61}));
     OwnedPath empty(FEmptyPath(nullptr));
     EXPECT_EQ(Flatten(empty), (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 4, 0, 0, 0, 0}));
     EXPECT_EQ(Flatten(nullptr), (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 0, 0, 0, 0, 0}));

@@ -6,7 +6,7 @@ namespace {
 
 // The memory manager starts once per process; every path lives in its handles.
 class PathEnvironment : public ::testing::Environment {
-public:
+  public:
     void SetUp() override { ASSERT_EQ(InitMemoryManager(), MgNoError); }
 };
 

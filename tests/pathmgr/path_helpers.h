@@ -78,7 +78,7 @@ inline std::string Text(Path p, int32_t syntax = PathSyntaxWindows) {
 
 // Resets faults and points the current directory at a Windows one for the whole test.
 class PathTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         plat::ResetFaults();
         plat::SetCurrentDirectoryForTest("D:\\work");
