@@ -21,4 +21,18 @@ bool AllocationShouldFail() {
     return gFaults.failAllocAt > 0 && gFaults.allocCount == gFaults.failAllocAt;
 }
 
+void FailFileOpAt(FileOp op, int64_t n, int32_t status) {
+    gFaults.failFileAt[op] = n;
+    gFaults.failFileStatus[op] = status;
+    gFaults.fileCount[op] = 0;
+}
+
+int64_t FileOpCount(FileOp op) { return gFaults.fileCount[op]; }
+
+int32_t FileOpShouldFail(FileOp op) {
+    int64_t n = ++gFaults.fileCount[op];
+    return gFaults.failFileAt[op] > 0 && n == gFaults.failFileAt[op] ? gFaults.failFileStatus[op]
+                                                                      : 0;
+}
+
 }  // namespace plat

@@ -3,16 +3,23 @@
 
 #include <stdint.h>
 
+#include "platform/faults.h"
+
 namespace plat {
 
 struct FaultState {
     int64_t failAllocAt = 0;
     int64_t allocCount = 0;
+    int64_t failFileAt[kFileOpCount] = {};
+    int32_t failFileStatus[kFileOpCount] = {};
+    int64_t fileCount[kFileOpCount] = {};
 };
 
 extern FaultState gFaults;
 
 // Counts one allocation and says whether it is the one armed to fail.
 bool AllocationShouldFail();
+// Counts one call of `op`; when it is the one armed to fail, gives the status to report, else 0.
+int32_t FileOpShouldFail(FileOp op);
 
 }  // namespace plat
