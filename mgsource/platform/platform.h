@@ -19,6 +19,11 @@ void Free(void* block);
 int32_t CurrentDirectory(char* buffer, int32_t size);
 // The separator the host puts between directory names.
 char DirectorySeparator();
+// Number of leading path components that name a volume in the host's native names: 1 where
+// names start with a drive, 0 where everything hangs off one root directory.
+int32_t VolumeDepth();
+// The longest native file name the host accepts, in characters, not counting the NUL.
+int32_t NativeNameMax();
 
 // Case mapping of one 8-bit character in the host's code page.
 uint8_t CharLower(uint8_t c);
@@ -55,5 +60,8 @@ int32_t LastErrorStatus();
 bool LastErrorIsSharingConflict();
 // Sleeps for the given milliseconds.
 void SleepMilliseconds(int32_t ms);
+// Fills 16 bytes with a new random identifier; returns 0, or the platform's nonzero error
+// value with the bytes left unspecified.
+int32_t NewGuidBytes(uint8_t guid[16]);
 
 }  // namespace plat
