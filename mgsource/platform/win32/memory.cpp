@@ -6,12 +6,16 @@
 
 namespace plat {
 
-void* Malloc(size_t size) { return AllocationShouldFail() ? nullptr : malloc(size); }
+void* Malloc(size_t size) {
+    return AllocationShouldFail() ? nullptr : malloc(size);
+}
 
 void* Realloc(void* block, size_t size) {
     return AllocationShouldFail() ? nullptr : realloc(block, size);
 }
 
-void Free(void* block) { free(block); }
+void Free(void* block) {
+    free(block);
+}
 
 }  // namespace plat
