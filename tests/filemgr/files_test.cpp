@@ -14,15 +14,10 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
+#include "support/memory_env.h"
 #include "support/run_tool.h"
 
 namespace {
-
-class MemoryEnvironment : public ::testing::Environment {
-  public:
-    void SetUp() override { InitMemoryManager(); }
-};
-const auto* const kEnv = ::testing::AddGlobalTestEnvironment(new MemoryEnvironment);
 
 // A Path for a host name, released with the object.
 struct HostPath {

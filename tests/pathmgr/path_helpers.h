@@ -9,6 +9,7 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
+#include "support/memory_env.h"
 
 // A PStr built from a std::string.
 struct P {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "mg/memory.h"
+#include "support/memory_env.h"
 #include "mg/textutil.h"
 #include "platform/faults.h"
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "mg/memory.h"
+#include "support/memory_env.h"
 #include "mg/textutil.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Allocation on Windows hosts: the C runtime's allocator behind the fault hook.
+// Allocation on every host: the C runtime's allocator behind the fault hook.
 #include <stdlib.h>
 
 #include "platform/faults_internal.h"
