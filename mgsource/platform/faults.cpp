@@ -14,6 +14,31 @@ void FailAllocationAt(int64_t n) {
 
 int64_t AllocationCount() { return gFaults.allocCount; }
 
+void SetCurrentDirectoryForTest(const char* directory) {
+    gFaults.currentDirectorySet = directory != nullptr;
+    gFaults.currentDirectory[0] = 0;
+    if (directory == nullptr) return;
+    int32_t n = 0;
+    while (directory[n] != 0 && n + 1 < int32_t(sizeof gFaults.currentDirectory)) {
+        gFaults.currentDirectory[n] = directory[n];
+        ++n;
+    }
+    gFaults.currentDirectory[n] = 0;
+}
+
+bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length) {
+    if (!gFaults.currentDirectorySet) return false;
+    int32_t n = 0;
+    while (gFaults.currentDirectory[n] != 0) ++n;
+    if (size <= 0 || n >= size) {
+        *length = 0;
+        return true;
+    }
+    for (int32_t i = 0; i <= n; ++i) buffer[i] = gFaults.currentDirectory[i];
+    *length = n;
+    return true;
+}
+
 void ResetFaults() { gFaults = FaultState{}; }
 
 bool AllocationShouldFail() {

@@ -13,6 +13,8 @@ struct FaultState {
     int64_t failFileAt[kFileOpCount] = {};
     int32_t failFileStatus[kFileOpCount] = {};
     int64_t fileCount[kFileOpCount] = {};
+    bool currentDirectorySet = false;
+    char currentDirectory[4096] = {};
 };
 
 extern FaultState gFaults;
@@ -21,5 +23,8 @@ extern FaultState gFaults;
 bool AllocationShouldFail();
 // Counts one call of `op`; when it is the one armed to fail, gives the status to report, else 0.
 int32_t FileOpShouldFail(FileOp op);
+// When a test has set a current directory, copies it as CurrentDirectory would and returns
+// true, with the length (0 when it does not fit) in *length.
+bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length);
 
 }  // namespace plat

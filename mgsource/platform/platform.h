@@ -19,6 +19,13 @@ void Free(void* block);
 int32_t CurrentDirectory(char* buffer, int32_t size);
 // The separator the host puts between directory names.
 char DirectorySeparator();
+// Number of leading path components that name a volume in the host's native names: 1 where
+// names start with a drive, 0 where everything hangs off one root directory.
+int32_t VolumeDepth();
+// The longest native file name the host accepts, in characters, not counting the NUL.
+int32_t NativeNameMax();
+// The status (an MgStatus value) for the host's last system error, whatever set it.
+int32_t LastErrorStatus();
 
 // Case mapping of one 8-bit character in the host's code page.
 uint8_t CharLower(uint8_t c);

@@ -1,18 +1,54 @@
 // Process and text services on POSIX hosts.
 #include <ctype.h>
+#include <errno.h>
+#include <limits.h>
 #include <string.h>
 #include <unistd.h>
 
+#include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {
+    int32_t length = 0;
+    if (CurrentDirectoryOverride(buffer, size, &length)) return length;
     if (size <= 0 || getcwd(buffer, static_cast<size_t>(size)) == nullptr) return 0;
     return static_cast<int32_t>(strlen(buffer));
 }
 
 char DirectorySeparator() { return '/'; }
+
+int32_t VolumeDepth() { return 0; }
+
+int32_t NativeNameMax() { return PATH_MAX - 1; }
+
+// The same meanings as the Windows error table: missing names are "not found", refusals and
+// lock conflicts are "no permission", and everything unknown is a plain I/O error.
+int32_t LastErrorStatus() {
+    switch (errno) {
+        case ENOENT:
+        case ENOTDIR:
+            return 7;
+        case EACCES:
+        case EPERM:
+        case EBUSY:
+        case ETXTBSY:
+        case EAGAIN:
+            return 8;
+        case ENOMEM:
+            return 2;
+        case EEXIST:
+        case ENOTEMPTY:
+            return 10;
+        case EINVAL:
+        case ENAMETOOLONG:
+        case ENOLCK:
+            return 1;
+        default:
+            return 6;
+    }
+}
 
 // The "C" locale is the host code page here: the layer never calls setlocale for case.
 uint8_t CharLower(uint8_t c) { return static_cast<uint8_t>(tolower(c)); }

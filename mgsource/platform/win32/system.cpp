@@ -1,17 +1,48 @@
 // Process and text services on Windows hosts.
 #include <windows.h>
 
+#include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {
+    int32_t length = 0;
+    if (CurrentDirectoryOverride(buffer, size, &length)) return length;
     if (size <= 0) return 0;
     DWORD n = GetCurrentDirectoryA(static_cast<DWORD>(size), buffer);
     return (n == 0 || n >= static_cast<DWORD>(size)) ? 0 : static_cast<int32_t>(n);
 }
 
 char DirectorySeparator() { return '\\'; }
+
+int32_t VolumeDepth() { return 1; }
+
+int32_t NativeNameMax() { return 260; }
+
+int32_t LastErrorStatus() {
+    switch (GetLastError()) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_DIRECTORY:
+            return 7;
+        case ERROR_ACCESS_DENIED:
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return 8;
+        case ERROR_NOT_ENOUGH_MEMORY:
+            return 2;
+        case ERROR_FILE_EXISTS:
+        case ERROR_ALREADY_EXISTS:
+            return 10;
+        case ERROR_INVALID_PARAMETER:
+        case ERROR_INVALID_NAME:
+        case ERROR_NOT_LOCKED:
+            return 1;
+        default:
+            return 6;
+    }
+}
 
 // CharLowerA and CharUpperA take a character in place of a pointer when the high word is 0.
 uint8_t CharLower(uint8_t c) {
