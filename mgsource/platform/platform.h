@@ -63,4 +63,8 @@ bool LastErrorIsSharingConflict();
 // Sleeps for the given milliseconds.
 void SleepMilliseconds(int32_t ms);
 
+// Fills 16 bytes with a new random identifier; returns 0, or the platform's nonzero error
+// value with the bytes left unspecified.
+int32_t NewGuidBytes(uint8_t guid[16]);
+
 }  // namespace plat
