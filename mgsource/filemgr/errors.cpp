@@ -10,7 +10,9 @@ int32_t FMPermissionMask(int32_t permissions) {
     return permissions & ~static_cast<int32_t>(plat::CreationMask());
 }
 
-MgStatus FMapLastError(void) { return plat::LastErrorStatus(); }
+MgStatus FMapLastError(void) {
+    return plat::LastErrorStatus();
+}
 
 // The C runtime's last error, as the permission change of the directory layer leaves it.
 MgStatus FMapErrno(int32_t notFoundIsArgument) {

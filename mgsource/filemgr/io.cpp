@@ -86,6 +86,8 @@ MgStatus FMFlush(FileRef ref) {
     return plat::FlushFile(ref) ? MgNoError : FMapLastError();
 }
 
-MgStatus FMFlushFile(FileRef ref) { return FMFlush(ref); }
+MgStatus FMFlushFile(FileRef ref) {
+    return FMFlush(ref);
+}
 
 }  // extern "C"

@@ -57,8 +57,8 @@ MgStatus FMMakeFile(FileRef* ref, Path path, int32_t, int32_t mode, int32_t deny
     if (MgStatus status = FPathToNativeName(path, name)) return status;
     if (mode < FMModeReadWrite || mode > FMModeWrite) return MgBadArgument;
     int32_t made = 0;
-    if (!plat::OpenFile(name, Access(mode), deny, overwrite ? plat::kCreateAlways : plat::kCreateNew,
-                        &made))
+    if (!plat::OpenFile(name, Access(mode), deny,
+                        overwrite ? plat::kCreateAlways : plat::kCreateNew, &made))
         return FMapLastError();
     *ref = made;
     return MgNoError;

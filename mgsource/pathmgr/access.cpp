@@ -44,7 +44,7 @@ MgStatus FLastName(Path path, PStr name) {
 }
 
 MgStatus FLastNameHandle(Path path, Handle name) {
-    if (!FPathUsable(path) || CountOf(path) < 1) return MgBadArgument;
+    if (name == nullptr || !FPathUsable(path) || CountOf(path) < 1) return MgBadArgument;
     int32_t size = MemHandleSize(path);
     int32_t offset = NameOffset(*path, size, CountOf(path) - 1);
     int32_t length = NameAtOffset(*path, size, offset)[0];

@@ -12,7 +12,9 @@ void FailAllocationAt(int64_t n) {
     gFaults.allocCount = 0;
 }
 
-int64_t AllocationCount() { return gFaults.allocCount; }
+int64_t AllocationCount() {
+    return gFaults.allocCount;
+}
 
 void SetCurrentDirectoryForTest(const char* directory) {
     gFaults.currentDirectorySet = directory != nullptr;
@@ -39,7 +41,9 @@ bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length) {
     return true;
 }
 
-void ResetFaults() { gFaults = FaultState{}; }
+void ResetFaults() {
+    gFaults = FaultState{};
+}
 
 bool AllocationShouldFail() {
     ++gFaults.allocCount;
@@ -52,12 +56,14 @@ void FailFileOpAt(FileOp op, int64_t n, int32_t status) {
     gFaults.fileCount[op] = 0;
 }
 
-int64_t FileOpCount(FileOp op) { return gFaults.fileCount[op]; }
+int64_t FileOpCount(FileOp op) {
+    return gFaults.fileCount[op];
+}
 
 int32_t FileOpShouldFail(FileOp op) {
     int64_t n = ++gFaults.fileCount[op];
     return gFaults.failFileAt[op] > 0 && n == gFaults.failFileAt[op] ? gFaults.failFileStatus[op]
-                                                                      : 0;
+                                                                     : 0;
 }
 
 }  // namespace plat

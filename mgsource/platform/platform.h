@@ -24,8 +24,6 @@ char DirectorySeparator();
 int32_t VolumeDepth();
 // The longest native file name the host accepts, in characters, not counting the NUL.
 int32_t NativeNameMax();
-// The status (an MgStatus value) for the host's last system error, whatever set it.
-int32_t LastErrorStatus();
 
 // Case mapping of one 8-bit character in the host's code page.
 uint8_t CharLower(uint8_t c);
@@ -62,7 +60,6 @@ int32_t LastErrorStatus();
 bool LastErrorIsSharingConflict();
 // Sleeps for the given milliseconds.
 void SleepMilliseconds(int32_t ms);
-
 // Fills 16 bytes with a new random identifier; returns 0, or the platform's nonzero error
 // value with the bytes left unspecified.
 int32_t NewGuidBytes(uint8_t guid[16]);

@@ -32,13 +32,17 @@ bool Fail(int code) {
     gLast = {code, 0};
     return false;
 }
-bool FailErrno() { return Fail(errno); }
+bool FailErrno() {
+    return Fail(errno);
+}
 bool FailInjected(int32_t status) {
     gLast = {0, status};
     return false;
 }
 
-int Fd(int32_t ref) { return ref - 1; }
+int Fd(int32_t ref) {
+    return ref - 1;
+}
 
 enum Marker { kOpenForRead, kOpenForWrite, kDeniesRead, kDeniesWrite };
 constexpr off_t kMarkerBase = static_cast<off_t>(0x7FFFFFFFFFFFFF00LL);
@@ -194,7 +198,9 @@ bool SetFileEndHere(int32_t ref) {
     return ftruncate(Fd(ref), at) == 0 || FailErrno();
 }
 
-bool FlushFile(int32_t ref) { return fsync(Fd(ref)) == 0 || FailErrno(); }
+bool FlushFile(int32_t ref) {
+    return fsync(Fd(ref)) == 0 || FailErrno();
+}
 
 uint32_t CreationMask() {
     mode_t mask = umask(0);
@@ -202,7 +208,9 @@ uint32_t CreationMask() {
     return static_cast<uint32_t>(mask);
 }
 
-bool LastErrorIsSharingConflict() { return gLast.injected == 0 && gLast.code == kSharingConflict; }
+bool LastErrorIsSharingConflict() {
+    return gLast.injected == 0 && gLast.code == kSharingConflict;
+}
 
 // The meanings of the status table: missing things 7, refusals 8, existing files 10, bad
 // names 1, memory 2, anything else an I/O error.

@@ -23,33 +23,6 @@ int32_t VolumeDepth() { return 0; }
 
 int32_t NativeNameMax() { return PATH_MAX - 1; }
 
-// The same meanings as the Windows error table: missing names are "not found", refusals and
-// lock conflicts are "no permission", and everything unknown is a plain I/O error.
-int32_t LastErrorStatus() {
-    switch (errno) {
-        case ENOENT:
-        case ENOTDIR:
-            return 7;
-        case EACCES:
-        case EPERM:
-        case EBUSY:
-        case ETXTBSY:
-        case EAGAIN:
-            return 8;
-        case ENOMEM:
-            return 2;
-        case EEXIST:
-        case ENOTEMPTY:
-            return 10;
-        case EINVAL:
-        case ENAMETOOLONG:
-        case ENOLCK:
-            return 1;
-        default:
-            return 6;
-    }
-}
-
 // The "C" locale is the host code page here: the layer never calls setlocale for case.
 uint8_t CharLower(uint8_t c) { return static_cast<uint8_t>(tolower(c)); }
 uint8_t CharUpper(uint8_t c) { return static_cast<uint8_t>(toupper(c)); }

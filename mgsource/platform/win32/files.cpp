@@ -10,7 +10,9 @@ namespace {
 
 int32_t gInjected = 0;  // a status chosen by a test's fault hook, until the next failure
 
-HANDLE H(int32_t ref) { return reinterpret_cast<HANDLE>(static_cast<intptr_t>(ref)); }
+HANDLE H(int32_t ref) {
+    return reinterpret_cast<HANDLE>(static_cast<intptr_t>(ref));
+}
 
 bool Fail() {
     gInjected = 0;
@@ -25,8 +27,8 @@ bool FailInjected(int32_t status) {
 
 bool OpenFile(const char* name, int access, int share, int disposition, int32_t* ref) {
     *ref = 0;
-    DWORD acc = ((access & kAccessRead) ? GENERIC_READ : 0) |
-                ((access & kAccessWrite) ? GENERIC_WRITE : 0);
+    DWORD acc =
+        ((access & kAccessRead) ? GENERIC_READ : 0) | ((access & kAccessWrite) ? GENERIC_WRITE : 0);
     DWORD shr = share == kShareAll    ? FILE_SHARE_READ | FILE_SHARE_WRITE
                 : share == kShareRead ? FILE_SHARE_READ
                                       : 0;
@@ -40,7 +42,9 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     return true;
 }
 
-bool CloseFile(int32_t ref) { return CloseHandle(H(ref)) || Fail(); }
+bool CloseFile(int32_t ref) {
+    return CloseHandle(H(ref)) || Fail();
+}
 
 bool ReadFile(int32_t ref, int32_t count, int32_t* actual, void* buffer) {
     *actual = 0;
@@ -82,7 +86,9 @@ bool SetFileEndHere(int32_t ref) {
     return SetEndOfFile(H(ref)) || Fail();
 }
 
-bool FlushFile(int32_t ref) { return FlushFileBuffers(H(ref)) || Fail(); }
+bool FlushFile(int32_t ref) {
+    return FlushFileBuffers(H(ref)) || Fail();
+}
 
 uint32_t CreationMask() {
     int mask = _umask(0);
@@ -90,7 +96,9 @@ uint32_t CreationMask() {
     return static_cast<uint32_t>(mask);
 }
 
-bool LastErrorIsSharingConflict() { return gInjected == 0 && GetLastError() == 32; }
+bool LastErrorIsSharingConflict() {
+    return gInjected == 0 && GetLastError() == 32;
+}
 
 int32_t LastErrorStatus() {
     if (gInjected) return gInjected;
@@ -117,6 +125,8 @@ int32_t LastErrorStatus() {
     }
 }
 
-void SleepMilliseconds(int32_t ms) { Sleep(static_cast<DWORD>(ms)); }
+void SleepMilliseconds(int32_t ms) {
+    Sleep(static_cast<DWORD>(ms));
+}
 
 }  // namespace plat

@@ -20,30 +20,6 @@ int32_t VolumeDepth() { return 1; }
 
 int32_t NativeNameMax() { return 260; }
 
-int32_t LastErrorStatus() {
-    switch (GetLastError()) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_DIRECTORY:
-            return 7;
-        case ERROR_ACCESS_DENIED:
-        case ERROR_SHARING_VIOLATION:
-        case ERROR_LOCK_VIOLATION:
-            return 8;
-        case ERROR_NOT_ENOUGH_MEMORY:
-            return 2;
-        case ERROR_FILE_EXISTS:
-        case ERROR_ALREADY_EXISTS:
-            return 10;
-        case ERROR_INVALID_PARAMETER:
-        case ERROR_INVALID_NAME:
-        case ERROR_NOT_LOCKED:
-            return 1;
-        default:
-            return 6;
-    }
-}
-
 // CharLowerA and CharUpperA take a character in place of a pointer when the high word is 0.
 uint8_t CharLower(uint8_t c) {
     return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(CharLowerA(
