@@ -140,7 +140,8 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
         Ptr typeList = TypeListOf(e->map);
         if (ResTypeEntry* t = RFindType(typeList, RLastGot.type)) {
             ResRefEntry* r = RFindId(typeList, t, RLastGot.resId);
-            if (r && r->handle == token) return Found(e, r, t->type, entry, ref, type);
+            if (r && token != 0 && r->handle == token)
+                return Found(e, r, t->type, entry, ref, type);
         }
     }
     if (!RFileTable) return MgBadResourceFile;
