@@ -34,13 +34,17 @@ ResType ReadType(const char* value) {
     return MgResType(work);
 }
 
-bool SameType(ResType t, const char* text) { return t == MgResType(text); }
+bool SameType(ResType t, const char* text) {
+    return t == MgResType(text);
+}
 
 }  // namespace
 
-void PrintUsage(const char* argv0) { DPrintf(kUsage, argv0); }
+void PrintUsage(const char* argv0) {
+    DPrintf(kUsage, argv0);
+}
 
-int32_t ParseArguments(int argc, char** argv) {
+int32_t ReadArguments(int argc, char** argv) {
     PackageOptions& o = gOptions;
     [[maybe_unused]] int32_t version = 4;  // checked, never read: -v has no effect
     MakeStartDirectory(o);
@@ -65,10 +69,10 @@ int32_t ParseArguments(int argc, char** argv) {
             continue;
         }
         uint32_t letter = CharToLower(static_cast<uint8_t>(arg[1]));
-        bool takesValue = (len == 2 && (letter == 't' || letter == 'v' || letter == 'c' ||
-                                        letter == 'd' || letter == 'r')) ||
-                          (len == 3 && letter == 'v' &&
-                           CharToLower(static_cast<uint8_t>(arg[2])) == 'i');
+        bool takesValue =
+            (len == 2 &&
+             (letter == 't' || letter == 'v' || letter == 'c' || letter == 'd' || letter == 'r')) ||
+            (len == 3 && letter == 'v' && CharToLower(static_cast<uint8_t>(arg[2])) == 'i');
         if (!takesValue) {
             DPrintf("%s: \"%s\" is not an option.", argv[0], arg);
             PrintUsage(argv[0]);
@@ -123,5 +127,11 @@ int32_t ParseArguments(int argc, char** argv) {
         PrintUsage(argv[0]);
         return 1;
     }
-    return RunPackager(argv[0]);
+    return 0;
+}
+
+// Nothing is started before the whole command line has passed its checks.
+int32_t ParseArguments(int argc, char** argv) {
+    int32_t status = ReadArguments(argc, argv);
+    return status != 0 ? status : RunPackager(argv[0]);
 }

@@ -21,6 +21,8 @@ extern PackageOptions gOptions;
 
 // Reads and checks the command line, then runs the packager; returns the exit status.
 int32_t ParseArguments(int argc, char** argv);
+// The reading and checking alone: fills gOptions and returns 0, or 1 for a bad command line.
+int32_t ReadArguments(int argc, char** argv);
 // Passes the usage text to the debug print.
 void PrintUsage(const char* argv0);
 // Builds the package the options describe; returns the exit status (0, 1 or 2).

@@ -30,13 +30,13 @@ void DStripDirectory(char* path);
 MG_EXTERN_C_END
 
 // Each source file names itself once, with a backslash path so that reports print its leaf.
-#define MG_SOURCE_IDENTITY(path, revision)      \
+#define MG_SOURCE_IDENTITY(path, revision)                     \
     [[maybe_unused]] static const char kMgSourcePath[] = path; \
     [[maybe_unused]] static const char kMgSourceRevision[] = revision
 
 // The one check for broken internal rules: a false condition ends the process with a report.
-#define MG_CHECK(cond)                                                        \
-    do {                                                                      \
+#define MG_CHECK(cond)                                                                    \
+    do {                                                                                  \
         if (!(cond)) DReportFailure(kMgSourcePath, __LINE__, nullptr, kMgSourceRevision); \
     } while (0)
 

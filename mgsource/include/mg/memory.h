@@ -82,6 +82,9 @@ int32_t MemSetOutOfMemory(int32_t size, int32_t data);
 int32_t MemOutOfMemoryInfo(int32_t* out);
 void MemClearOutOfMemory(void);
 
+// Checks the zone's free list of master pointers against its count; 0 while checking is off.
+MgStatus MemCheckFreeList(MemZone* zone);
+
 // 32-bit tokens for live handles, for the 32-bit words of file formats: nonzero for a live
 // handle of either zone; MemHandleFromToken gives null for a token of no live handle.
 uint32_t MemHandleToken(Handle h);

@@ -59,7 +59,25 @@ typedef int32_t FileRef;
 typedef Handle Path;
 typedef uint32_t Timestamp;
 typedef double FineTimestamp;
+// Numeric type codes, held in the low 4 bits of a type word.
 typedef int32_t NumType;
+enum {
+    NumTypeNone = 0,
+    iB = 1,
+    iW = 2,
+    iL = 3,
+    iQ = 4,  // signed 8, 16, 32, 64 bits
+    uB = 5,
+    uW = 6,
+    uL = 7,
+    uQ = 8,  // unsigned 8, 16, 32, 64 bits
+    fS = 9,
+    fD = 10,
+    fX = 11,  // single, double, extended float
+    cS = 12,
+    cD = 13,
+    cX = 14,  // complex pairs of those floats
+};
 
 #ifdef __cplusplus
 // "PLAT" -> the ResType whose four bytes are P, L, A, T.

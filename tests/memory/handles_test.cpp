@@ -1,0 +1,259 @@
+#include <vector>
+
+#include "memory_env.h"
+
+namespace {
+
+using HandlesTest = MemoryTest;
+using HandlesDeathTest = MemoryTest;
+
+TEST_F(HandlesTest, StartsWithThreeMainBlocksAndOneCompact) {
+    EXPECT_GE(gMainZone->masterBlockCount, 3);
+    EXPECT_GE(gCompactZone->masterBlockCount, 1);
+    EXPECT_EQ(gMainZone->headerSize, 16);
+    EXPECT_EQ(gCompactZone->headerSize, 8);
+}
+
+TEST_F(HandlesTest, MainHeaderHoldsSizeFlagsAndHandle) {
+    const int32_t before = gBytesAllocated;
+    CounterDelta counters(false);
+    Handle h = MemNewHandle(5);
+    ASSERT_NE(h, nullptr);
+    EXPECT_EQ(gBytesAllocated - before, 5 + 16);
+    EXPECT_EQ(counters.Now().handleAllocs, 1);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(*h) % 8, 0u);
+    uint8_t* block = *h - 16;
+    EXPECT_EQ(*reinterpret_cast<int32_t*>(block), 5);
+    EXPECT_EQ(*reinterpret_cast<int32_t*>(block + 4), 0);
+    EXPECT_EQ(*reinterpret_cast<Handle*>(block + 8), h);
+    EXPECT_EQ(MemRecoverHandle(*h), h);
+    EXPECT_EQ(MemHandleSize(h), 5);
+    EXPECT_EQ(MemDisposeHandle(h), MgNoError);
+    EXPECT_EQ(gBytesAllocated, before);
+}
+
+TEST_F(HandlesTest, ZeroSizeHandleHoldsOnlyTheHeader) {
+    Handle h = MemNewHandleClear(0);
+    ASSERT_NE(h, nullptr);
+    EXPECT_EQ(MemHandleSize(h), 0);
+    EXPECT_EQ(MemCheckHandle(h), MgNoError);
+    EXPECT_EQ(MemDisposeHandle(h), MgNoError);
+}
+
+TEST_F(HandlesTest, NullArguments) {
+    EXPECT_EQ(MemDisposeHandle(nullptr), MgNoError);
+    EXPECT_EQ(CompactDisposeHandle(nullptr), MgNoError);
+    EXPECT_EQ(MemDisposePtr(nullptr), MgBadArgument);
+    EXPECT_EQ(MemCheckPtr(nullptr), MgBadHandle);
+    EXPECT_EQ(MemCheckHandle(nullptr), MgBadHandle);
+}
+
+TEST_F(HandlesTest, DisposedHandleIsInvalidUntilItsMasterIsReused) {
+    Handle h = MemNewHandle(8);
+    ASSERT_EQ(MemDisposeHandle(h), MgNoError);
+    EXPECT_EQ(MemCheckHandle(h), MgBadHandle);
+    EXPECT_EQ(MemLockHandle(h), MgBadHandle);
+    EXPECT_EQ(MemUnlockHandle(h), MgBadHandle);
+    // The free list is last in, first out: the next handle takes the same master pointer.
+    Handle again = MemNewHandle(3);
+    EXPECT_EQ(again, h);
+    EXPECT_EQ(MemCheckHandle(h), MgNoError);
+    EXPECT_EQ(MemHandleSize(h), 3);
+    MemDisposeHandle(again);
+}
+
+TEST_F(HandlesTest, AddressesInsideAMasterBlockThatAreNoMasterPointer) {
+    auto* block = reinterpret_cast<uint8_t*>(gMainZone->masterBlocks);
+    // The link word itself, and an address between two master pointers.
+    EXPECT_EQ(MemCheckHandle(reinterpret_cast<Handle>(block)), MgBadHandle);
+    Handle h = MemNewHandle(1);
+    EXPECT_EQ(MemCheckHandle(reinterpret_cast<Handle>(reinterpret_cast<uint8_t*>(h) + 1)),
+              MgBadHandle);
+    // A main handle is not one of the compact zone, and the other way round.
+    EXPECT_EQ(CompactCheckHandle(h), MgBadHandle);
+    Handle c = CompactNewHandle(1);
+    EXPECT_EQ(MemCheckHandle(c), MgBadHandle);
+    MemDisposeHandle(h);
+    CompactDisposeHandle(c);
+}
+
+TEST_F(HandlesTest, GrowsPastAFullFreeList) {
+    const int32_t blocks = gMainZone->masterBlockCount;
+    const int32_t freeBefore = gMainZone->freeMasterCount;
+    const int32_t needed = freeBefore + 1;
+    std::vector<Handle> handles;
+    for (int32_t i = 0; i < needed; ++i) {
+        handles.push_back(MemNewHandle(0));
+        ASSERT_NE(handles.back(), nullptr);
+    }
+    EXPECT_EQ(gMainZone->masterBlockCount, blocks + 1);
+    EXPECT_EQ(gMainZone->freeMasterCount, mgmem::kMastersPerBlock - 1);
+    // Every handle, in the old blocks and the new, stays valid and distinct.
+    for (Handle h : handles) ASSERT_EQ(MemCheckHandle(h), MgNoError);
+    EXPECT_EQ(MemHandleSize(handles.back()), 0);
+    for (Handle h : handles) ASSERT_EQ(MemDisposeHandle(h), MgNoError);
+    EXPECT_EQ(gMainZone->freeMasterCount, freeBefore + mgmem::kMastersPerBlock);
+    gMemChecking = 1;
+    EXPECT_EQ(MemCheckFreeList(gMainZone), MgNoError);
+    gMemChecking = 0;
+}
+
+TEST_F(HandlesTest, ResizeCountsAndMoves) {
+    Handle h = MemNewHandle(4);
+    CounterDelta counters(false);
+    EXPECT_EQ(MemResizeHandle(h, 4), MgNoError);
+    EXPECT_EQ(counters.Now().resizes, 1);
+    EXPECT_EQ(counters.Now().moves, 0);
+    EXPECT_EQ(MemResizeHandleClear(h, 4), MgNoError);
+    EXPECT_EQ(counters.Now().resizes, 1);
+    EXPECT_EQ(MemResizeHandle(h, -1), MgBadArgument);
+    EXPECT_EQ(counters.Now().resizes, 1);
+    EXPECT_EQ(MemHandleSize(h), 4);
+
+    const uint8_t* before = *h;
+    EXPECT_EQ(MemResizeHandle(h, 100000), MgNoError);
+    EXPECT_EQ(counters.Now().resizes, 2);
+    EXPECT_EQ(counters.Now().moves, *h != before ? 1 : 0);
+    EXPECT_EQ(MemHandleSize(h), 100000);
+    EXPECT_EQ(MemRecoverHandle(*h), h);
+    EXPECT_EQ(MemResizingHandle(), nullptr);
+    MemDisposeHandle(h);
+}
+
+TEST_F(HandlesTest, ResizeClearZeroesOnlyTheAddedBytes) {
+    for (bool compact : {false, true}) {
+        SCOPED_TRACE(compact ? "compact" : "main");
+        Handle h = compact ? CompactNewHandle(3) : MemNewHandle(3);
+        memset(*h, 0xAB, 3);
+        ASSERT_EQ(compact ? CompactResizeHandleClear(h, 64) : MemResizeHandleClear(h, 64),
+                  MgNoError);
+        for (int i = 0; i < 3; ++i) EXPECT_EQ((*h)[i], 0xAB);
+        for (int i = 3; i < 64; ++i) ASSERT_EQ((*h)[i], 0) << i;
+        compact ? CompactDisposeHandle(h) : MemDisposeHandle(h);
+    }
+}
+
+TEST_F(HandlesTest, NewClearZeroesEverything) {
+    Handle h = MemNewHandleClear(300);
+    Ptr p = MemNewPtrClear(300);
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ((*h)[i], 0);
+        ASSERT_EQ(p[i], 0);
+    }
+    MemDisposeHandle(h);
+    MemDisposePtr(p);
+}
+
+TEST_F(HandlesTest, LockFlags) {
+    Handle h = MemNewHandle(1);
+    EXPECT_EQ(MemLockHandle(h), MgNoError);
+    EXPECT_EQ(MemHandleFlags(h), 1);
+    MemSetHandleFlags(h, 6);
+    EXPECT_EQ(MemLockHandle(h), MgNoError);
+    EXPECT_EQ(MemHandleFlags(h), 7);
+    EXPECT_EQ(MemUnlockHandle(h), MgNoError);
+    EXPECT_EQ(MemHandleFlags(h), 6);
+    EXPECT_EQ(MemIsHandle(h), 1);
+    MemDisposeHandle(h);
+}
+
+TEST_F(HandlesTest, PointersCountInTheMainZone) {
+    CounterDelta counters(false);
+    Ptr p = MemNewPtr(0);
+    ASSERT_NE(p, nullptr);
+    p[0] = 1;  // a zero-size pointer still has one byte
+    EXPECT_EQ(counters.Now().ptrAllocs, 1);
+    EXPECT_EQ(MemCheckPtr(p), MgNoError);
+    EXPECT_EQ(MemDisposePtr(p), MgNoError);
+}
+
+TEST_F(HandlesTest, CopySetAppendAndDuplicate) {
+    Handle a = nullptr;
+    ASSERT_EQ(MemHandleFromBytes("abc", &a, 3), MgNoError);
+    Handle b = nullptr;
+    ASSERT_EQ(MemCopyHandle(&b, a), MgNoError);
+    ASSERT_NE(b, a);
+    EXPECT_EQ(memcmp(*b, "abc", 3), 0);
+    ASSERT_EQ(MemAppendBytes("de", b, 2), MgNoError);
+    ASSERT_EQ(MemAppendHandle(b, b), MgNoError);
+    ASSERT_EQ(MemHandleSize(b), 10);
+    EXPECT_EQ(memcmp(*b, "abcdeabcde", 10), 0);
+    ASSERT_EQ(MemSetHandleBytes(&a, "xy", 2), MgNoError);
+    ASSERT_EQ(MemCopyHandle(&b, a), MgNoError);
+    EXPECT_EQ(MemHandleSize(b), 2);
+
+    Handle original = a;
+    ASSERT_EQ(MemDuplicateHandle(&a), MgNoError);
+    EXPECT_NE(a, original);
+    EXPECT_EQ(MemCheckHandle(original), MgNoError);
+    EXPECT_EQ(memcmp(*a, "xy", 2), 0);
+
+    ASSERT_EQ(MemCopyHandle(&b, nullptr), MgNoError);
+    EXPECT_EQ(b, nullptr);
+    MemDisposeHandle(a);
+    MemDisposeHandle(original);
+}
+
+TEST_F(HandlesTest, MoveToCompact) {
+    Handle h = nullptr;
+    ASSERT_EQ(MemHandleFromBytes("move", &h, 4), MgNoError);
+    Handle old = h;
+    ASSERT_EQ(MemMoveToCompact(&h), MgNoError);
+    EXPECT_EQ(MemCheckHandle(old), MgBadHandle);
+    EXPECT_EQ(CompactCheckHandle(h), MgNoError);
+    EXPECT_EQ(CompactHandleSize(h), 4);
+    EXPECT_EQ(memcmp(*h, "move", 4), 0);
+    CompactDisposeHandle(h);
+}
+
+TEST_F(HandlesDeathTest, InvalidHandlesAreReported) {
+    Handle h = MemNewHandle(2);
+    MemDisposeHandle(h);
+    EXPECT_EXIT(MemDisposeHandle(h), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemHandleSize(h), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemResizeHandle(h, 3), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemResizeHandleClear(h, 3), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemHandleFlags(h), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemSetHandleFlags(h, 1), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemIsHandle(h), ::testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(MemRecoverHandle(nullptr), ::testing::ExitedWithCode(1), "");
+}
+
+TEST_F(HandlesDeathTest, RecoverNeedsAHeaderThatLeadsBack) {
+    Handle h = MemNewHandle(4);
+    Handle other = MemNewHandle(4);
+    *reinterpret_cast<Handle*>(*h - 8) = other;  // word 2 names a handle with other bytes
+    EXPECT_EXIT(MemRecoverHandle(*h), ::testing::ExitedWithCode(1), "");
+    *reinterpret_cast<Handle*>(*h - 8) = h;
+    MemDisposeHandle(h);
+    MemDisposeHandle(other);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(HandlesTest, ValidityRemembersTheLastTwoBlocksFound) {
+    MemZone* zone = gMainZone;
+    ASSERT_GE(zone->masterBlockCount, 3);
+    mgmem::MasterBlock* blocks[3] = {zone->blockTable[0], zone->blockTable[1], zone->blockTable[2]};
+    zone->recentBlock[0] = zone->recentBlock[1] = nullptr;
+    // Checking a free master pointer still finds (and remembers) its block; then fails.
+    for (mgmem::MasterBlock* b : blocks) {
+        Handle h = &b->slots[5];
+        uint8_t* saved = *h;
+        uint8_t fake[1];
+        *h = fake;
+        EXPECT_EQ(MemCheckHandle(h), MgNoError);
+        *h = saved;
+    }
+    // Three walks over two places: the last two blocks found are the ones remembered.
+    EXPECT_TRUE((zone->recentBlock[0] == blocks[1] && zone->recentBlock[1] == blocks[2]) ||
+                (zone->recentBlock[0] == blocks[2] && zone->recentBlock[1] == blocks[1]));
+    // The last address of a block is its final master pointer; the word after it is not.
+    Handle last = &blocks[0]->slots[mgmem::kMastersPerBlock - 1];
+    EXPECT_EQ(mgmem::FindMasterBlock(zone, last), blocks[0]);
+    EXPECT_EQ(mgmem::FindMasterBlock(zone, last + 1) == blocks[0], false);
+}
+
+}  // namespace
