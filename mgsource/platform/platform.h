@@ -27,4 +27,11 @@ uint8_t CharUpper(uint8_t c);
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);
 
+// The id of this process.
+int32_t ProcessId();
+// Lets the user's settings govern the runtime's number and time formatting.
+void UseUserLocaleForTimeAndNumbers();
+// The decimal mark of the user's settings, or 0 when there is none.
+char UserDecimalMark();
+
 }  // namespace plat
