@@ -2,4 +2,6 @@
 // status 0 and nothing is written.
 #include "mxsbutil/options.h"
 
-int32_t RunPackager(const char*) { return 0; }
+int32_t RunPackager(const char*) {
+    return 0;
+}

@@ -9,7 +9,9 @@ extern "C" {
 int32_t gDebugging = 0;
 char gAppName[256];
 
-void SetApplicationName(const char*) { strcpy(gAppName, "mxsbutil"); }
+void SetApplicationName(const char*) {
+    strcpy(gAppName, "mxsbutil");
+}
 
 int32_t DPrintf(const char*, ...) {
     if (!gDebugging) return 0;

@@ -11,6 +11,17 @@ namespace plat {
 void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
+// File operations that tests can fail and count.
+enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileOpCount };
+// Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
+void FailFileOpAt(FileOp op, int64_t n, int32_t status);
+// Calls of `op` since the last FailFileOpAt for it or ResetFaults.
+int64_t FileOpCount(FileOp op);
+
+// Makes CurrentDirectory report `directory` (copied; at most 4095 bytes) instead of the
+// process's own, so that code which takes the drive from it can be tested on any host; null
+// restores the real one.
+void SetCurrentDirectoryForTest(const char* directory);
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

@@ -1,8 +1,9 @@
 // The host services of mxsbutil: real output on the standard error stream, the program's
 // file name, and stubs for what a console packager has no use for.
+#include "mg/host.h"
+
 #include <stdio.h>
 
-#include "mg/host.h"
 #include "platform/platform.h"
 
 extern "C" {
@@ -12,7 +13,9 @@ int32_t gHostPrintBusy = 0;
 int32_t gHostPrintCount = 0;
 char gHostPrintText[513];
 
-int32_t HostWriteLine(const char* text) { return fprintf(stderr, "%s\n", text); }
+int32_t HostWriteLine(const char* text) {
+    return fprintf(stderr, "%s\n", text);
+}
 
 int32_t HostWritePStr(ConstPStr text, int32_t) {
     char line[256];
@@ -25,7 +28,9 @@ int32_t HostGetModuleFileName(void*, char* buffer, int32_t size) {
     return plat::ModuleFileName(buffer, size);
 }
 
-int32_t HostConfigRead(int32_t, const char*, void*) { return 20; }
+int32_t HostConfigRead(int32_t, const char*, void*) {
+    return 20;
+}
 
 void HostNotify(int32_t, int32_t, int32_t) {}
 void HostStartup(void) {}

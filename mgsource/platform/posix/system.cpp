@@ -1,23 +1,42 @@
 // Process and text services on POSIX hosts.
 #include <ctype.h>
+#include <errno.h>
+#include <limits.h>
 #include <locale.h>
 #include <string.h>
 #include <unistd.h>
 
+#include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {
+    int32_t length = 0;
+    if (CurrentDirectoryOverride(buffer, size, &length)) return length;
     if (size <= 0 || getcwd(buffer, static_cast<size_t>(size)) == nullptr) return 0;
     return static_cast<int32_t>(strlen(buffer));
 }
 
-char DirectorySeparator() { return '/'; }
+char DirectorySeparator() {
+    return '/';
+}
+
+int32_t VolumeDepth() {
+    return 0;
+}
+
+int32_t NativeNameMax() {
+    return PATH_MAX - 1;
+}
 
 // The "C" locale is the host code page here: the layer never calls setlocale for case.
-uint8_t CharLower(uint8_t c) { return static_cast<uint8_t>(tolower(c)); }
-uint8_t CharUpper(uint8_t c) { return static_cast<uint8_t>(toupper(c)); }
+uint8_t CharLower(uint8_t c) {
+    return static_cast<uint8_t>(tolower(c));
+}
+uint8_t CharUpper(uint8_t c) {
+    return static_cast<uint8_t>(toupper(c));
+}
 
 int32_t ModuleFileName(char* buffer, int32_t size) {
     if (size <= 0) return 0;

@@ -2,26 +2,39 @@
 #include <locale.h>
 #include <windows.h>
 
+#include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {
+    int32_t length = 0;
+    if (CurrentDirectoryOverride(buffer, size, &length)) return length;
     if (size <= 0) return 0;
     DWORD n = GetCurrentDirectoryA(static_cast<DWORD>(size), buffer);
     return (n == 0 || n >= static_cast<DWORD>(size)) ? 0 : static_cast<int32_t>(n);
 }
 
-char DirectorySeparator() { return '\\'; }
+char DirectorySeparator() {
+    return '\\';
+}
+
+int32_t VolumeDepth() {
+    return 1;
+}
+
+int32_t NativeNameMax() {
+    return 260;
+}
 
 // CharLowerA and CharUpperA take a character in place of a pointer when the high word is 0.
 uint8_t CharLower(uint8_t c) {
-    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(CharLowerA(
-        reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
+    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(
+        CharLowerA(reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
 }
 uint8_t CharUpper(uint8_t c) {
-    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(CharUpperA(
-        reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
+    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(
+        CharUpperA(reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
 }
 
 int32_t ModuleFileName(char* buffer, int32_t size) {

@@ -1,4 +1,4 @@
-// Allocation on Windows hosts: the C runtime's allocator behind the fault hook.
+// Allocation on every host: the C runtime's allocator behind the fault hook.
 #include <stdlib.h>
 
 #include "platform/faults_internal.h"
@@ -6,12 +6,16 @@
 
 namespace plat {
 
-void* Malloc(size_t size) { return AllocationShouldFail() ? nullptr : malloc(size); }
+void* Malloc(size_t size) {
+    return AllocationShouldFail() ? nullptr : malloc(size);
+}
 
 void* Realloc(void* block, size_t size) {
     return AllocationShouldFail() ? nullptr : realloc(block, size);
 }
 
-void Free(void* block) { free(block); }
+void Free(void* block) {
+    free(block);
+}
 
 }  // namespace plat

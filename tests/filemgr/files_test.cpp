@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "mg/filemgr.h"
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "platform/faults.h"
+#include "support/memory_env.h"
+#include "support/run_tool.h"
+
+namespace {
+
+// A Path for a host name, released with the object.
+struct HostPath {
+    Path p = nullptr;
+    explicit HostPath(const std::string& text) {
+        EXPECT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
+                              static_cast<int32_t>(text.size()), &p),
+                  MgNoError)
+            << text;
+    }
+    ~HostPath() { FPathRelease(p); }
+};
+
+class FilesTest : public ::testing::Test {
+  protected:
+    TempDir dir;
+    std::string Name(const char* leaf) { return (dir.path / leaf).string(); }
+    std::string Make(const char* leaf, const std::string& bytes) {
+        std::ofstream(dir.path / leaf, std::ios::binary) << bytes;
+        return Name(leaf);
+    }
+    FileRef Open(const std::string& name, int32_t mode, int32_t deny, MgStatus want = MgNoError) {
+        HostPath p(name);
+        FileRef ref = -1;
+        EXPECT_EQ(FMOpen(&ref, p.p, mode, deny), want) << name;
+        if (want != MgNoError) {
+            EXPECT_EQ(ref, 0);
+        }
+        return ref;
+    }
+    void TearDown() override { plat::ResetFaults(); }
+};
+
+TEST_F(FilesTest, OpenRefusesBadArguments) {
+    std::string f = Make("a", "x");
+    HostPath p(f);
+    FileRef ref = -1;
+    EXPECT_EQ(FMOpen(&ref, p.p, 4, FMShareAll), MgBadArgument);
+    EXPECT_EQ(FMOpen(&ref, p.p, -1, FMShareAll), MgBadArgument);
+    EXPECT_EQ(FMOpen(&ref, p.p, FMModeRead, 3), MgBadArgument);
+    EXPECT_EQ(ref, 0);
+    HostPath relative("a/b");
+    EXPECT_EQ(FMOpen(&ref, relative.p, FMModeRead, FMShareAll), MgBadArgument);
+    HostPath root("/");
+    EXPECT_EQ(FMOpen(&ref, root.p, FMModeRead, FMShareAll), MgBadArgument);  // a volume root
+    Open(Name("missing"), FMModeRead, FMShareAll, MgNotFound);
+    Open(dir.path.string(), FMModeRead, FMShareAll, MgNoPermission);  // a directory
+}
+
+TEST_F(FilesTest, CreateNewAndOver) {
+    HostPath p(Name("new"));
+    FileRef ref = -1;
+    ASSERT_EQ(FMCreateNew(&ref, p.p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
+              MgNoError);
+    ASSERT_NE(ref, 0);
+    EXPECT_EQ(FMWriteBytes(ref, 5, nullptr, "hello"), MgNoError);
+    EXPECT_EQ(FMClose(ref), MgNoError);
+    EXPECT_EQ(FMCreateNew(&ref, p.p, 0666, FMModeReadWrite, FMShareAll, 0), MgDuplicate);
+    EXPECT_EQ(ref, 0);
+    EXPECT_EQ(FMCreateNew(&ref, p.p, 0666, FMModeTruncate, FMShareAll, 0), MgBadArgument);
+    ASSERT_EQ(FMCreateOver(&ref, p.p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
+    int32_t size = -1;
+    EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
+    EXPECT_EQ(size, 0);  // replaced whole
+    EXPECT_EQ(FMClose(ref), MgNoError);
+}
+
+TEST_F(FilesTest, ReadsSeeksAndEnds) {
+    std::string data(100, 'z');
+    for (int i = 0; i < 100; ++i) data[i] = static_cast<char>(i);
+    FileRef ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
+    char buf[200];
+    int32_t actual = -1, pos = -1;
+    EXPECT_EQ(FMRead(ref, 0, &actual, buf), MgNoError);
+    EXPECT_EQ(actual, 0);
+    EXPECT_EQ(FMSeek(ref, -40, FMSeekEnd), MgNoError);
+    EXPECT_EQ(FMRead(ref, 100, &actual, buf), MgEndOfFile);  // short read: what there was
+    EXPECT_EQ(actual, 40);
+    EXPECT_EQ(buf[0], 60);
+
+    EXPECT_EQ(FMSeek(ref, 100, FMSeekStart), MgNoError);  // exactly the size
+    EXPECT_EQ(FMSeek(ref, 101, FMSeekStart), MgEndOfFile);
+    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
+    EXPECT_EQ(pos, 100);
+    EXPECT_EQ(FMSeek(ref, -1, FMSeekStart), MgEndOfFile);
+    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
+    EXPECT_EQ(pos, 0);
+    EXPECT_EQ(FMSeek(ref, 10, FMSeekCurrent), MgNoError);
+    EXPECT_EQ(FMSeek(ref, -5, 0), MgNoError);  // any other mode counts from the end
+    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
+    EXPECT_EQ(pos, 95);
+    EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
+
+    // Setting the end keeps a position inside the file and pulls one beyond it back.
+    EXPECT_EQ(FMSeek(ref, 20, FMSeekStart), MgNoError);
+    EXPECT_EQ(FSetFileEnd(ref, 10), MgNoError);
+    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
+    EXPECT_EQ(pos, 10);
+    EXPECT_EQ(FMSeek(ref, 5, FMSeekStart), MgNoError);
+    EXPECT_EQ(FSetFileEnd(ref, 8), MgNoError);
+    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
+    EXPECT_EQ(pos, 5);
+    EXPECT_EQ(FSetFileEnd(ref, 50), MgNoError);  // a file can grow this way, not by seeking
+    int32_t size = 0;
+    EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
+    EXPECT_EQ(size, 50);
+    EXPECT_EQ(FSetFileEnd(ref, -1), MgBadArgument);
+    EXPECT_EQ(FMFlush(ref), MgNoError);
+    EXPECT_EQ(FMClose(ref), MgNoError);
+}
+
+TEST_F(FilesTest, ReferenceZeroIsRefusedEverywhere) {
+    int32_t v = 0;
+    char b[4];
+    EXPECT_EQ(FMClose(0), MgBadArgument);
+    EXPECT_EQ(FMRead(0, 1, &v, b), MgBadArgument);
+    EXPECT_EQ(FMWriteBytes(0, 1, &v, b), MgBadArgument);
+    EXPECT_EQ(FMSeek(0, 0, FMSeekCurrent), MgBadArgument);
+    EXPECT_EQ(FMTell(0, &v), MgBadArgument);
+    EXPECT_EQ(FGetEOF(0, &v), MgBadArgument);
+    EXPECT_EQ(FSetFileEnd(0, 1), MgBadArgument);
+    EXPECT_EQ(FMFlush(0), MgBadArgument);
+    EXPECT_EQ(FMFlushFile(0), MgBadArgument);
+}
+
+TEST_F(FilesTest, ModesLimitAccess) {
+    std::string f = Make("m", "abcdef");
+    FileRef r = Open(f, FMModeRead, FMShareAll);
+    int32_t actual = 0;
+    EXPECT_EQ(FMWriteBytes(r, 1, &actual, "x"), MgIOError);  // not open for writing
+    FMClose(r);
+    FileRef t = Open(f, FMModeTruncate, FMShareAll);
+    int32_t size = -1;
+    EXPECT_EQ(FGetEOF(t, &size), MgNoError);
+    EXPECT_EQ(size, 0);
+    FMClose(t);
+}
+
+// Second opener against a first one, by their share modes: a table of the deny rules.
+TEST_F(FilesTest, DenyModesWithinOneProcess) {
+    const struct {
+        int32_t mode1, deny1, mode2, deny2;
+        MgStatus want;
+    } rows[] = {
+        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
+        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
+        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
+        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
+        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
+        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission},
+    };
+    std::string f = Make("s", "shared");
+    for (const auto& r : rows) {
+        FileRef first = Open(f, r.mode1, r.deny1);
+        FileRef second = Open(f, r.mode2, r.deny2, r.want);
+        if (second) FMClose(second);
+        FMClose(first);
+    }
+    // A refused truncating open changed nothing.
+    EXPECT_EQ(SlurpFile(f), "shared");
+}
+
+TEST_F(FilesTest, DenyAllHoldsAgainstAnotherProcess) {
+    std::string f = Make("x", "locked");
+    int ready[2], done[2];
+    ASSERT_EQ(pipe(ready), 0);
+    ASSERT_EQ(pipe(done), 0);
+    pid_t child = fork();
+    if (child == 0) {
+        FileRef ref = 0;
+        HostPath p(f);
+        char c = FMOpen(&ref, p.p, FMModeRead, FMShareNone) == MgNoError ? 'y' : 'n';
+        if (write(ready[1], &c, 1) != 1) _exit(2);
+        if (read(done[0], &c, 1) != 1) _exit(2);
+        _exit(0);
+    }
+    char c = 0;
+    ASSERT_EQ(read(ready[0], &c, 1), 1);
+    ASSERT_EQ(c, 'y');
+    Open(f, FMModeRead, FMShareAll, MgNoPermission);
+    ASSERT_EQ(write(done[1], &c, 1), 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    FMClose(Open(f, FMModeRead, FMShareAll));  // free again once the child is gone
+}
+
+TEST_F(FilesTest, InjectedFailuresAndCounts) {
+    FileRef ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
+    char buf[4];
+    int32_t actual = -1;
+    plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
+    EXPECT_EQ(actual, 0);
+    EXPECT_EQ(plat::FileOpCount(plat::kFileRead), 2);
+    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
+    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
+    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
+    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
+    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
+    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
+    EXPECT_EQ(FMClose(ref), MgNoError);
+}
+
+TEST(FileErrors, ErrnoTable) {
+    const struct {
+        int err, arg;
+        MgStatus want;
+    } rows[] = {{0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
+                {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
+                {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
+    for (const auto& r : rows) {
+        errno = r.err;
+        EXPECT_EQ(FMapErrno(r.arg), r.want) << r.err;
+    }
+    mode_t old = umask(022);
+    EXPECT_EQ(FMPermissionMask(0666), 0644);
+    umask(old);
+}
+
+}  // namespace

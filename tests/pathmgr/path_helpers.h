@@ -1,0 +1,91 @@
+// Readable construction and description of paths for the path suites.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "platform/faults.h"
+#include "support/memory_env.h"
+
+// A PStr built from a std::string.
+struct P {
+    uint8_t b[256] = {};
+    explicit P(const std::string& s) {
+        b[0] = static_cast<uint8_t>(s.size());
+        memcpy(b + 1, s.data(), s.size());
+    }
+    operator PStr() { return b; }
+};
+
+// Owns a path for the length of a test.
+struct OwnedPath {
+    Path p = nullptr;
+    OwnedPath() = default;
+    explicit OwnedPath(Path path) : p(path) {}
+    OwnedPath(const OwnedPath&) = delete;
+    OwnedPath& operator=(const OwnedPath&) = delete;
+    ~OwnedPath() { FPathRelease(p); }
+    operator Path() const { return p; }
+};
+
+// Reads Windows or POSIX text into a new path; fails the test on a bad status.
+inline Path Parse(const std::string& text, int32_t syntax = PathSyntaxWindows) {
+    Path p = nullptr;
+    MgStatus status = FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()),
+                                        static_cast<int32_t>(text.size()), &p, syntax);
+    EXPECT_EQ(status, MgNoError) << text;
+    return p;
+}
+
+// "A:C|a|b": the kind (A, R, N or U), then the components, with ".." for an up-level one.
+inline std::string Describe(Path p) {
+    if (p == nullptr) return "null";
+    const uint8_t* block = *p;
+    int16_t kind, count;
+    memcpy(&kind, block, 2);
+    memcpy(&count, block + 2, 2);
+    std::string out(1, "ARNU?"[kind >= 0 && kind <= 3 ? kind : 4]);
+    out += ':';
+    int32_t offset = 4;
+    for (int32_t i = 0; i < count; ++i) {
+        if (i > 0) out += '|';
+        uint8_t length = block[offset];
+        out += length == 0 ? std::string("..")
+                           : std::string(reinterpret_cast<const char*>(block + offset + 1), length);
+        offset += length + 1;
+    }
+    return out;
+}
+
+// The user text of a path in a syntax, through the measure-then-write protocol.
+inline std::string Text(Path p, int32_t syntax = PathSyntaxWindows) {
+    std::vector<uint8_t> mem(sizeof(int32_t));
+    auto* l = reinterpret_cast<LStr*>(mem.data());
+    l->count = -1;
+    EXPECT_EQ(FPathTextIntoSyntax(p, l, syntax), MgNoError);
+    int32_t length = l->count;
+    mem.assign(sizeof(int32_t) + length + 1, 0xEE);
+    l = reinterpret_cast<LStr*>(mem.data());
+    l->count = 0;
+    EXPECT_EQ(FPathTextIntoSyntax(p, l, syntax), MgNoError);
+    EXPECT_EQ(l->count, length);
+    EXPECT_EQ(mem.back(), 0xEE) << "wrote beyond its measure";
+    return std::string(reinterpret_cast<const char*>(l->text), length);
+}
+
+// Resets faults and points the current directory at a Windows one for the whole test.
+class PathTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        plat::ResetFaults();
+        plat::SetCurrentDirectoryForTest("D:\\work");
+    }
+    void TearDown() override {
+        plat::SetCurrentDirectoryForTest(nullptr);
+        plat::ResetFaults();
+    }
+};
