@@ -64,4 +64,11 @@ void SleepMilliseconds(int32_t ms);
 // value with the bytes left unspecified.
 int32_t NewGuidBytes(uint8_t guid[16]);
 
+// The id of this process.
+int32_t ProcessId();
+// Lets the user's settings govern the runtime's number and time formatting.
+void UseUserLocaleForTimeAndNumbers();
+// The decimal mark of the user's settings, or 0 when there is none.
+char UserDecimalMark();
+
 }  // namespace plat

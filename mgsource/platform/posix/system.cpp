@@ -2,6 +2,7 @@
 #include <ctype.h>
 #include <errno.h>
 #include <limits.h>
+#include <locale.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -46,6 +47,24 @@ int32_t ModuleFileName(char* buffer, int32_t size) {
     }
     buffer[n] = 0;
     return static_cast<int32_t>(n);
+}
+
+int32_t ProcessId() { return static_cast<int32_t>(getpid()); }
+
+void UseUserLocaleForTimeAndNumbers() {
+    setlocale(LC_NUMERIC, "");
+    setlocale(LC_TIME, "");
+}
+
+// The user's numeric settings, read apart from the process locale.
+char UserDecimalMark() {
+    locale_t user = newlocale(LC_NUMERIC_MASK, "", static_cast<locale_t>(0));
+    if (user == static_cast<locale_t>(0)) return 0;
+    locale_t previous = uselocale(user);
+    char mark = localeconv()->decimal_point[0];
+    uselocale(previous);
+    freelocale(user);
+    return mark;
 }
 
 }  // namespace plat

@@ -1,4 +1,5 @@
 // Process and text services on Windows hosts.
+#include <locale.h>
 #include <windows.h>
 
 #include "platform/faults_internal.h"
@@ -40,6 +41,19 @@ int32_t ModuleFileName(char* buffer, int32_t size) {
     if (size <= 0) return 0;
     DWORD n = GetModuleFileNameA(nullptr, buffer, static_cast<DWORD>(size));
     return n >= static_cast<DWORD>(size) ? 0 : static_cast<int32_t>(n);
+}
+
+int32_t ProcessId() { return static_cast<int32_t>(GetCurrentProcessId()); }
+
+void UseUserLocaleForTimeAndNumbers() {
+    setlocale(LC_NUMERIC, "");
+    setlocale(LC_TIME, "");
+}
+
+char UserDecimalMark() {
+    char mark[2] = {0, 0};
+    GetProfileStringA("intl", "sDecimal", "", mark, sizeof mark);
+    return mark[0];
 }
 
 }  // namespace plat

@@ -1,0 +1,239 @@
+// Conversion between the number types: integer truncation, saturation through Extended,
+// float specials, complex parts, and the portable form.
+#include <gtest/gtest.h>
+#include <math.h>
+#include <string.h>
+
+#include <limits>
+#include <random>
+
+#include "mg/math.h"
+
+namespace {
+
+// Room for any number type.
+struct Cell {
+    alignas(16) uint8_t bytes[32] = {};
+    template <typename T>
+    T As() const {
+        T v;
+        memcpy(&v, bytes, sizeof v);
+        return v;
+    }
+    template <typename T>
+    static Cell Of(T v) {
+        Cell c;
+        memcpy(c.bytes, &v, sizeof v);
+        return c;
+    }
+};
+
+// The stored bits of an integer type, read back as unsigned 64 bits.
+uint64_t StoredBits(NumType t, const Cell& c) {
+    switch (NumTypeSize(t)) {
+        case 1:
+            return c.As<uint8_t>();
+        case 2:
+            return c.As<uint16_t>();
+        case 4:
+            return c.As<uint32_t>();
+        default:
+            return c.As<uint64_t>();
+    }
+}
+
+TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
+    // Limits of every integer type, widened by their own sign rule.
+    struct Limit {
+        NumType type;
+        Cell cell;
+        uint64_t widened;
+    };
+    const Limit limits[] = {
+        {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull},
+        {NumIB, Cell::Of<int8_t>(127), 127},
+        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
+        {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
+        {NumIL, Cell::Of<int32_t>(-1), ~0ull},
+        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
+        {NumUB, Cell::Of<uint8_t>(255), 255},
+        {NumUW, Cell::Of<uint16_t>(65535), 65535},
+        {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
+        {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull},
+    };
+    for (const Limit& l : limits) {
+        for (NumType t = NumIB; t <= NumUQ; ++t) {
+            Cell out;
+            NumConvert(l.type, l.cell.bytes, t, out.bytes);
+            uint64_t mask = NumTypeSize(t) == 8 ? ~0ull : (1ull << (8 * NumTypeSize(t))) - 1;
+            EXPECT_EQ(StoredBits(t, out), l.widened & mask) << "from " << l.type << " to " << t;
+        }
+    }
+}
+
+TEST(NumConvert, IntegerCasesAndTypeWordHighBits) {
+    Cell out;
+    NumConvert(NumIL, Cell::Of<int32_t>(-1).bytes, NumUW, out.bytes);
+    EXPECT_EQ(out.As<uint16_t>(), 65535);
+    NumConvert(NumIL, Cell::Of<int32_t>(70000).bytes, NumIW, out.bytes);
+    EXPECT_EQ(out.As<int16_t>(), 4464);
+    // Only the low 4 bits of a type word up to 30 name the type.
+    NumConvert(0x10 | NumIL, Cell::Of<int32_t>(-2).bytes, 0x10 | NumIQ, out.bytes);
+    EXPECT_EQ(out.As<int64_t>(), -2);
+}
+
+TEST(NumConvertDeathTest, TypeZeroOrAbove30IsAFailure) {
+    Cell in, out;
+    EXPECT_EXIT(NumConvert(0, in.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(NumConvert(NumIL, in.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
+}
+
+struct StoreCase {
+    long double value;
+    NumType type;
+    uint64_t bits;  // the stored integer, as its unsigned bits
+    int32_t result;
+};
+
+TEST(NumStore, SaturatesAndRoundsByTheTable) {
+    const long double inf = INFINITY, nan = NAN;
+    const StoreCase cases[] = {
+        {70000.0L, NumIW, 32767, 1},
+        {-70000.0L, NumIW, 0x8000, 1},
+        {300, NumIB, 127, 1},
+        {-300, NumIB, 0x80, 1},
+        {-128.4L, NumIB, 0x80, 1},
+        {3e9L, NumIL, 0x7FFFFFFF, 1},
+        {-3e9L, NumIL, 0x80000000, 1},
+        {inf, NumIL, 0x7FFFFFFF, 1},
+        {-inf, NumIW, 0x8000, 1},
+        {2.5L, NumIL, 2, 1},  // ties to even
+        {3.5L, NumIL, 4, 1},
+        {-2.5L, NumIW, 0xFFFE, 1},
+        {nan, NumIL, 0x80000000, 0},  // integer indefinite
+        {nan, NumIW, 0x8000, 0},
+        {1e19L, NumIQ, 0x8000000000000000ull, 0},
+        {-1e19L, NumIQ, 0x8000000000000000ull, 0},
+        {-9223372036854775808.0L, NumIQ, 0x8000000000000000ull, 1},
+        {300, NumUB, 255, 0},
+        {-1, NumUB, 0, 0},
+        {200.5L, NumUB, 200, 1},
+        {nan, NumUB, 0, 0},
+        {70000, NumUW, 65535, 0},
+        {-5, NumUW, 0, 0},
+        {5e9L, NumUL, 0xFFFFFFFF, 1},
+        {-5, NumUL, 0, 1},
+        {4294967295.0L, NumUL, 0xFFFFFFFF, 1},
+        {nan, NumUL, 0, 0},
+        {18446744073709551615.0L, NumUQ, ~0ull, 1},
+        {9223372036854775808.0L, NumUQ, 0x8000000000000000ull, 1},
+        {9223372036854775807.0L, NumUQ, 0x7FFFFFFFFFFFFFFFull, 1},
+        {1e20L, NumUQ, 0x8000000000000000ull, 0},
+        {-1, NumUQ, ~0ull, 0},
+    };
+    for (const StoreCase& c : cases) {
+        Cell out;
+        int32_t result = NumStore(c.type, out.bytes, ExtendedPair{c.value, 0});
+        EXPECT_EQ(StoredBits(c.type, out), c.bits) << (double)c.value << " as " << c.type;
+        EXPECT_EQ(result, c.result) << (double)c.value << " as " << c.type;
+    }
+}
+
+TEST(NumConvert, FloatSourcesSaturateThroughTheStore) {
+    Cell out;
+    NumConvert(NumFD, Cell::Of<double>(70000.0).bytes, NumIW, out.bytes);
+    EXPECT_EQ(out.As<int16_t>(), 32767);
+    EXPECT_EQ(NumConvert(NumFD, Cell::Of<double>(NAN).bytes, NumIL, out.bytes), 0);
+    EXPECT_EQ(out.As<uint32_t>(), 0x80000000u);
+    // Every float type's largest value saturates each integer type the same way.
+    const NumType floats[] = {NumFS, NumFD, NumFX, NumCD};
+    for (NumType f : floats) {
+        Cell big;
+        ExtendedPair v{1e30L, 0};
+        NumStore(f, big.bytes, v);
+        NumConvert(f, big.bytes, NumIL, out.bytes);
+        EXPECT_EQ(out.As<int32_t>(), INT32_MAX) << f;
+        NumConvert(f, big.bytes, NumUW, out.bytes);
+        EXPECT_EQ(out.As<uint16_t>(), 65535) << f;
+    }
+}
+
+TEST(NumConvert, FloatWidthsAndSpecials) {
+    Cell out;
+    NumConvert(NumFD, Cell::Of<double>(INFINITY).bytes, NumFS, out.bytes);
+    EXPECT_EQ(out.As<uint32_t>(), 0x7F800000u);
+    NumConvert(NumFD, Cell::Of<double>(-INFINITY).bytes, NumFS, out.bytes);
+    EXPECT_EQ(out.As<uint32_t>(), 0xFF800000u);
+    NumConvert(NumFD, Cell::Of<double>(1e300).bytes, NumFS, out.bytes);
+    EXPECT_TRUE(isinf(out.As<float>()));
+    NumConvert(NumFD, Cell::Of<double>(0.1).bytes, NumFX, out.bytes);
+    EXPECT_EQ(ExtendedRead(out.bytes), (long double)0.1);
+    // The extended form in memory is 10 bytes: nothing beyond them is written.
+    Cell marked;
+    memset(marked.bytes, 0xAA, sizeof marked.bytes);
+    NumConvert(NumFD, Cell::Of<double>(2.0).bytes, NumFX, marked.bytes);
+    EXPECT_EQ(marked.bytes[10], 0xAA);
+    // Largest uQ loads exactly.
+    NumConvert(NumUQ, Cell::Of<uint64_t>(~0ull).bytes, NumFX, out.bytes);
+    EXPECT_EQ(ExtendedRead(out.bytes), 18446744073709551615.0L);
+    Cell back;
+    NumConvert(NumFX, out.bytes, NumUQ, back.bytes);
+    EXPECT_EQ(back.As<uint64_t>(), ~0ull);
+}
+
+TEST(NumConvert, ComplexParts) {
+    Cell out;
+    NumConvert(NumFD, Cell::Of<double>(2.5).bytes, NumCD, out.bytes);
+    double pair[2];
+    memcpy(pair, out.bytes, 16);
+    EXPECT_EQ(pair[0], 2.5);
+    EXPECT_EQ(pair[1], 0.0);
+    float cs[2] = {1.5f, -4.0f};
+    NumConvert(NumCS, cs, NumCX, out.bytes);
+    EXPECT_EQ(ExtendedRead(out.bytes), 1.5L);
+    EXPECT_EQ(ExtendedRead(out.bytes + 10), -4.0L);
+    double cd[2] = {-7.25, 3.0};
+    NumConvert(NumCD, cd, NumIL, out.bytes);
+    EXPECT_EQ(out.As<int32_t>(), -7);
+    ExtendedPair loaded = NumLoad(NumCD, cd);
+    EXPECT_EQ(loaded.re, -7.25L);
+    EXPECT_EQ(loaded.im, 3.0L);
+}
+
+// The portable form: big-endian sign and exponent, the fraction without its top bit.
+TEST(PortableForm, LayoutOfKnownValues) {
+    uint8_t out[16];
+    EXPECT_EQ(ExtendedToPortable(1.5L, out), out + 16);
+    const uint8_t oneAndHalf[16] = {0x3F, 0xFF, 0x80};
+    EXPECT_EQ(memcmp(out, oneAndHalf, 16), 0);
+    ExtendedToPortable(-2.0L, out);
+    const uint8_t minusTwo[16] = {0xC0, 0x00};
+    EXPECT_EQ(memcmp(out, minusTwo, 16), 0);
+}
+
+TEST(PortableForm, RoundTripKeepsEveryBit) {
+    std::mt19937_64 rng(7);
+    auto check = [](uint64_t mantissa, uint16_t signExponent) {
+        uint8_t raw[10], again[10], portable[16];
+        memcpy(raw, &mantissa, 8);
+        memcpy(raw + 8, &signExponent, 2);
+        ExtendedToPortable(ExtendedRead(raw), portable);
+        for (int i = 10; i < 16; ++i) ASSERT_EQ(portable[i], 0);
+        Extended back;
+        ExtendedFromPortable(portable, &back);
+        ExtendedWrite(again, back);
+        EXPECT_EQ(memcmp(raw, again, 10), 0) << std::hex << signExponent << " " << mantissa;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        uint64_t bits = rng();
+        check(bits | 0x8000000000000000ull,
+              static_cast<uint16_t>(1 + rng() % 0xFFFE) | static_cast<uint16_t>(rng() & 0x8000));
+        check(bits >> 1, static_cast<uint16_t>(rng() & 0x8000));  // denormals
+    }
+    check(0, 0);
+    check(0, 0x8000);
+    check(0x8000000000000000ull, 0x7FFF);
+    check(0x8000000000000000ull, 0xFFFF);
+}
+
+}  // namespace
