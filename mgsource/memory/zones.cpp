@@ -65,10 +65,12 @@ using namespace mgmem;
 
 extern "C" {
 
-// The zone records are not tested for null: start-up cannot go on without them.
+// A zone record that cannot be had ends the start with 2 rather than a crash, so that the
+// caller can say "not enough memory"; nothing else in start-up is optional.
 MgStatus InitMemoryManager(void) {
     gMainZone = static_cast<MemZone*>(plat::Malloc(sizeof(MemZone)));
     gCompactZone = static_cast<MemZone*>(plat::Malloc(sizeof(MemZone)));
+    if (gMainZone == nullptr || gCompactZone == nullptr) return MgNoMemory;
     gMemChecking = 0;
     InitZone(gMainZone, kMainHeaderSize, 0);
     for (int i = 0; i < 3; ++i) MemGrowMasterPointers(gMainZone);
