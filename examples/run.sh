@@ -6,6 +6,8 @@ tool=$1
 dir=$2
 here=$(dirname "$0")
 rm -rf "$dir" && mkdir -p "$dir" && cp "$here/demo.dll" "$dir/"
+# The directory must be absolute: relative paths name no file to open.
+dir=$(cd "$dir" && pwd)
 echo "\$ mxsbutil -c demo -t DRVR -d $dir/"
 "$tool" -c demo -t DRVR -d "$dir/"
 status=$?
@@ -14,6 +16,6 @@ if [ -f "$dir/demo.msb" ]; then
     echo "$dir/demo.msb:"
     od -A d -t x1z -v "$dir/demo.msb"
 else
-    echo "(no package written: the package run is not built yet)"
+    echo "(no package written)"
 fi
 exit $status

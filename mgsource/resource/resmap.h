@@ -1,0 +1,96 @@
+// Internal view of a map in memory, shared by the files of the resource manager.
+//
+// Map layout: header copy (0..31), unused word (32), file id (36), file attributes (40),
+// type-list offset (44), name-list offset (48), then the type list, the reference lists in
+// type-list order without gaps, and the name list up to the end of the block. The edits rely
+// on the type list standing at 52 and on those lists being contiguous ("canonical" below).
+#pragma once
+
+#include "mg/resource.h"
+
+namespace rsrc {
+
+constexpr int32_t kHeaderSize = 32;
+constexpr int32_t kMapUnused = 32;
+constexpr int32_t kMapFileId = 36;
+constexpr int32_t kMapFileAttrs = 40;
+constexpr int32_t kMapTypeListOffset = 44;
+constexpr int32_t kMapNameListOffset = 48;
+constexpr int32_t kMapHeaderSize = 52;
+// A map whose size word is at most this holds no resource.
+constexpr int32_t kEmptyMapSize = 32;
+constexpr int32_t kTypeEntrySize = 12;
+constexpr int32_t kRefEntrySize = 20;
+constexpr int32_t kNoName = -1;
+
+inline int32_t& Word(Ptr map, int32_t offset) {
+    return *reinterpret_cast<int32_t*>(map + offset);
+}
+inline ResFileHeader* HeaderOf(Ptr map) {
+    return reinterpret_cast<ResFileHeader*>(map);
+}
+inline bool MapEmpty(Ptr map) {
+    return HeaderOf(map)->mapSize <= kEmptyMapSize;
+}
+inline Ptr TypeListOf(Ptr map) {
+    return map + Word(map, kMapTypeListOffset);
+}
+inline int32_t TypeCount(Ptr typeList) {
+    return *reinterpret_cast<int32_t*>(typeList) + 1;
+}
+inline ResTypeEntry* TypeAt(Ptr typeList, int32_t i) {
+    return reinterpret_cast<ResTypeEntry*>(typeList + 4 + i * kTypeEntrySize);
+}
+inline ResRefEntry* RefsOf(Ptr typeList, const ResTypeEntry* t) {
+    return reinterpret_cast<ResRefEntry*>(typeList + t->listOffset);
+}
+inline bool ReadOnly(Ptr map) {
+    return (Word(map, kMapFileAttrs) & RFileReadOnly) != 0;
+}
+inline void SetDirty(Ptr map) {
+    Word(map, kMapFileAttrs) |= RFileDirty;
+}
+
+// Converts a 32- or 16-bit word between big-endian and host order; the same call serves both
+// directions.
+void FlipBig32(void* p);
+void FlipBig16(void* p);
+
+// The name of a reference, or null when it has none or its position lies outside the block.
+ConstPStr NameOf(Ptr map, int32_t mapBytes, const ResRefEntry* ref);
+// True when the type list stands at 52 and every reference list follows the one before.
+bool MapCanonical(Ptr map, int32_t mapBytes);
+// The handle held in a reference, or null.
+Handle DataHandle(const ResRefEntry* ref);
+// Size and disposal of a data handle of either zone.
+int32_t DataSize(Handle h);
+void DisposeData(Handle h);
+// Signature "RSRC" with a version and line end that a reader accepts.
+bool HeaderPasses(const ResFileHeader* h);
+// Reads and checks the header at the file's position; 13 when it is no resource header.
+MgStatus ReadHeader(FileRef ref, ResFileHeader* header);
+// Reads and checks the header, trying the trailer once when `tryTrailer`; gives the base.
+MgStatus ReadHeaderWithTrailer(FileRef ref, bool tryTrailer, ResFileHeader* header, int32_t* base);
+
+// Index from a data handle's token to its reference. Every reference with a nonzero handle
+// word is in it; entries are hints, checked against the map on every use.
+struct RefLocator {
+    ResFile fileId;
+    ResType type;
+    int32_t resId;
+};
+// Makes room for one more entry, so that the insert that follows can't fail.
+MgStatus IndexReserve();
+void IndexInsert(uint32_t token, const RefLocator& where);
+void IndexErase(uint32_t token);
+bool IndexFind(uint32_t token, RefLocator* where);
+int32_t IndexCount();
+// Stores `h` in `ref` and in the index; IndexReserve must have succeeded first.
+void AttachHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle h);
+// Clears the handle word of `ref` and drops it from the index.
+void DetachHandle(ResRefEntry* ref);
+
+// The type entry that holds `ref`, or null.
+ResTypeEntry* TypeOfRef(Ptr map, const ResRefEntry* ref);
+
+}  // namespace rsrc

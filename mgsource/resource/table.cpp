@@ -1,0 +1,93 @@
+// The table of open resource files: one slot per file, the file's id being its FileRef.
+#include "mg/dbgtools.h"
+#include "mg/memory.h"
+#include "resource/resmap.h"
+
+MG_SOURCE_IDENTITY("mgsource\\resource\\table.cpp", "$Revision: 1 $");
+
+using namespace rsrc;
+
+namespace {
+
+constexpr int32_t kInitialSlots = 20;
+constexpr int32_t kGrowSlots = 4;
+
+ResFileEntry* Slots() {
+    return reinterpret_cast<ResFileEntry*>(*RFileTable);
+}
+
+}  // namespace
+
+extern "C" {
+
+Handle RFileTable = nullptr;
+int32_t RFileTableSize = 0;
+
+MgStatus RInit(void) {
+    RFileTableSize = kInitialSlots;
+    RFileTable = MemNewHandleClear(kInitialSlots * static_cast<int32_t>(sizeof(ResFileEntry)));
+    return RFileTable ? MgNoError : MgNoMemory;
+}
+
+// Files still open are left as they are; only the table goes.
+MgStatus RExit(void) {
+    MgStatus status = MemDisposeHandle(RFileTable);
+    RFileTable = nullptr;
+    RFileTableSize = 0;
+    return status;
+}
+
+// Id 0 finds a free slot like any other value: callers must not pass it.
+MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
+    *entry = nullptr;
+    if (!RFileTable) return MgBadResourceFile;
+    ResFileEntry* slots = Slots();
+    for (int32_t i = 0; i < RFileTableSize; ++i) {
+        if (slots[i].fileId == id) {
+            *entry = &slots[i];
+            return MgNoError;
+        }
+    }
+    return MgBadResourceFile;
+}
+
+MgStatus RRegisterFile(ResFile* id, FileRef fileRef, Handle mapHandle, Ptr map) {
+    if (!RFileTable) return MgBadResourceFile;
+    int32_t slot = 0;
+    while (slot < RFileTableSize && Slots()[slot].fileId != 0) ++slot;
+    if (slot == RFileTableSize) {
+        const int32_t grown = RFileTableSize + kGrowSlots;
+        MgStatus status =
+            MemResizeHandleClear(RFileTable, grown * static_cast<int32_t>(sizeof(ResFileEntry)));
+        if (status) return status;
+        RFileTableSize = grown;
+    }
+    ResFileEntry* e = &Slots()[slot];
+    e->fileId = fileRef;
+    e->reserved = 0;
+    e->fileRef = fileRef;
+    e->mapHandle = mapHandle;
+    e->map = map;
+    *id = fileRef;
+    return MgNoError;
+}
+
+MgStatus RGetFileAttrs(ResFile id, int32_t* attrs) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    *attrs = Word(entry->map, kMapFileAttrs);
+    return MgNoError;
+}
+
+MgStatus RSetFileAttrs(ResFile id, int32_t attrs) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    if (ReadOnly(entry->map)) {
+        DPrintf("Tried to call RSetFileAttrs on a readonly file");
+        return MgNoPermission;
+    }
+    Word(entry->map, kMapFileAttrs) = attrs;
+    return MgNoError;
+}
+
+}  // extern "C"

@@ -1,0 +1,275 @@
+// Lookup, enumeration and edits of the map in memory.
+#include "resource/resource_env.h"
+
+namespace {
+
+class EditTest : public ResourceTest {
+  protected:
+    std::vector<int32_t> Ids(ResFile f, const char* type) {
+        std::vector<int32_t> ids;
+        int32_t n = 0;
+        EXPECT_EQ(RCount(f, T(type), &n), MgNoError);
+        for (int32_t i = 1; i <= n; ++i) {
+            Handle h = nullptr;
+            EXPECT_EQ(RGetInd(f, T(type), i, &h), MgNoError);
+            int32_t id = 0;
+            EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
+            ids.push_back(id);
+        }
+        return ids;
+    }
+    std::string NameOf(Handle h) {
+        uint8_t name[256] = {};
+        EXPECT_EQ(RGetInfo(h, nullptr, nullptr, name), MgNoError);
+        return std::string(reinterpret_cast<char*>(name + 1), name[0]);
+    }
+    Bytes MapBytes(ResFile f) {
+        ResFileEntry* e;
+        EXPECT_EQ(RLookupFile(f, &e), MgNoError);
+        return Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
+    }
+};
+
+TEST_F(EditTest, IdsStaySortedAndNamesKeepTheirOrder) {
+    ResFile f = CreateAndOpen("a");
+    Handle h5 = AddData(f, "AAAA", 5, {5}, "five");
+    Handle h1 = AddData(f, "AAAA", 1, {1}, "one");
+    AddData(f, "BBBB", 9, {9});
+    Handle h3 = AddData(f, "AAAA", 3, {3}, "three");
+    EXPECT_EQ(Ids(f, "AAAA"), (std::vector<int32_t>{1, 3, 5}));
+    EXPECT_EQ(NameOf(h5), "five");
+    EXPECT_EQ(NameOf(h1), "one");
+    EXPECT_EQ(NameOf(h3), "three");
+    ResType t = 0;
+    EXPECT_EQ(RGetIndType(f, &t, 2), MgNoError);
+    EXPECT_EQ(t, T("BBBB"));
+    // Names follow the order of addition at the end of the map.
+    const Bytes map = MapBytes(f);
+    const std::string tail(map.end() - 15, map.end());
+    EXPECT_EQ(tail, P("five") + P("one") + P("three"));
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+
+    f = Open("a");
+    EXPECT_EQ(Ids(f, "AAAA"), (std::vector<int32_t>{1, 3, 5}));
+    Handle h = nullptr;
+    ASSERT_EQ(RGetNamed(f, T("AAAA"), PS(P("THREE")), &h), MgNoError);
+    EXPECT_EQ(Contents(h), Bytes{3});
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, RefusedAddsChangeNothing) {
+    ResFile f = CreateAndOpen("a");
+    Handle h = AddData(f, "AAAA", 1, {1});
+    ASSERT_EQ(RUpdateFile(f), MgNoError);
+    const Bytes before = MapBytes(f);
+    Handle other = MemNewHandle(1);
+    EXPECT_EQ(RAdd(other, f, T("AAAA"), 1, nullptr), MgResourceDuplicate);
+    EXPECT_EQ(RAdd(h, f, T("AAAA"), 2, nullptr), MgResourceDuplicate);
+    EXPECT_EQ(RAdd(h, f, T("CCCC"), 2, nullptr), MgResourceDuplicate);
+    EXPECT_EQ(RAdd(nullptr, f, T("AAAA"), 2, nullptr), MgResourceDuplicate);
+    EXPECT_EQ(RAdd(other, 0x7777, T("AAAA"), 2, nullptr), MgBadResourceFile);
+    EXPECT_EQ(MapBytes(f), before);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    MemDisposeHandle(other);
+}
+
+TEST_F(EditTest, SameIdAndNameInTwoTypes) {
+    ResFile f = CreateAndOpen("a");
+    Handle a = AddData(f, "AAAA", 4, {1}, "same");
+    Handle b = AddData(f, "BBBB", 4, {2}, "same");
+    Handle h = nullptr;
+    ASSERT_EQ(RGetNamed(f, T("BBBB"), PS(P("same")), &h), MgNoError);
+    EXPECT_EQ(h, b);
+    ResType type = 0;
+    int32_t id = 0;
+    ASSERT_EQ(RGetInfo(a, &id, &type, nullptr), MgNoError);
+    EXPECT_EQ(type, T("AAAA"));
+    ASSERT_EQ(RGetInfo(b, &id, &type, nullptr), MgNoError);
+    EXPECT_EQ(type, T("BBBB"));
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, LoadsOnceDetachAndRelease) {
+    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
+    ResFile f = Open("a");
+    Handle h1 = nullptr, h2 = nullptr;
+    const int64_t reads = plat::FileOpCount(plat::kFileRead);
+    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h1), MgNoError);
+    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h2), MgNoError);
+    EXPECT_EQ(h1, h2);
+    EXPECT_EQ(plat::FileOpCount(plat::kFileRead) - reads, 2);  // size word and data, once
+    int32_t size = 0;
+    EXPECT_EQ(RGetSize(h1, &size), MgNoError);
+    EXPECT_EQ(size, 2);
+
+    ASSERT_EQ(RDetach(h1), MgNoError);
+    int32_t id = 9;
+    EXPECT_EQ(RGetInfo(h1, &id, nullptr, nullptr), MgResourceNotFound);
+    EXPECT_EQ(id, 0);
+    int32_t attrs = 77;
+    EXPECT_EQ(RGetAttrs(h1, &attrs), MgResourceNotFound);
+    EXPECT_EQ(attrs, 77);
+    ASSERT_EQ(RGetInd(f, T("AAAA"), 1, &h2), MgNoError);
+    EXPECT_NE(h1, h2);
+    EXPECT_EQ(Contents(h1), Contents(h2));
+    MemDisposeHandle(h1);
+
+    ASSERT_EQ(RRelease(h2), MgNoError);
+    EXPECT_FALSE(RIsResource(h2));
+    Handle bad = nullptr;
+    EXPECT_EQ(RGetInd(f, T("AAAA"), 0, &bad), MgResourceNotFound);
+    EXPECT_EQ(RGetInd(f, T("AAAA"), -1, &bad), MgResourceNotFound);
+    EXPECT_EQ(RGetInd(f, T("AAAA"), 3, &bad), MgResourceNotFound);
+    EXPECT_EQ(bad, nullptr);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, DataBeyondTheSectionGivesEndOfFile) {
+    Bytes b = BuildFile({{"AAAA", {{1, "", {1, 2, 3, 4}}}}});
+    PutBig32(b, 32, 1000);  // the size word
+    WriteFile("a", b);
+    ResFile f = Open("a");
+    Handle h = nullptr;
+    EXPECT_EQ(RGet(f, T("AAAA"), 1, &h), MgEndOfFile);
+    EXPECT_EQ(h, nullptr);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, RemoveKeepsTheRestReadable) {
+    ResFile f = CreateAndOpen("a");
+    Handle a1 = AddData(f, "AAAA", 1, {1}, "a-one");
+    Handle a2 = AddData(f, "AAAA", 2, {2});
+    Handle b1 = AddData(f, "BBBB", 1, {3}, "b-one");
+    Handle c1 = AddData(f, "CCCC", 1, {4}, "c-one");
+    ASSERT_EQ(RRemove(a2, f), MgNoError);
+    EXPECT_FALSE(RIsResource(a2));
+    EXPECT_EQ(NameOf(a1), "a-one");
+    EXPECT_EQ(NameOf(c1), "c-one");
+    // The last of a type takes the type with it, and later types move up.
+    ASSERT_EQ(RRemove(b1, f), MgNoError);
+    ResType t = 0;
+    EXPECT_EQ(RGetIndType(f, &t, 2), MgNoError);
+    EXPECT_EQ(t, T("CCCC"));
+    EXPECT_EQ(NameOf(c1), "c-one");
+    ASSERT_EQ(RRemove(a1, f), MgNoError);
+    EXPECT_EQ(NameOf(c1), "c-one");
+    ASSERT_EQ(RRemove(c1, f), MgNoError);
+    int32_t n = -1;
+    EXPECT_EQ(RCountTypes(f, &n), MgNoError);
+    EXPECT_EQ(n, 0);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    for (Handle h : {a1, a2, b1, c1}) MemDisposeHandle(h);
+}
+
+TEST_F(EditTest, ProtectedReadOnlyAndUnknownHandles) {
+    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1}, RAttrProtected}, {2, "", {2}}}}}));
+    ResFile f = Open("a");
+    Handle p = nullptr, q = nullptr;
+    ASSERT_EQ(RGet(f, T("AAAA"), 1, &p), MgNoError);
+    EXPECT_EQ(RRemove(p, f), MgResourceNotFound);
+    Handle stranger = MemNewHandle(4);
+    EXPECT_EQ(RRemove(stranger, f), MgResourceNotFound);
+    EXPECT_EQ(RRemove(nullptr, f), MgResourceDuplicate);
+    EXPECT_EQ(RCheckResource(stranger), MgResourceNotFound);
+    EXPECT_EQ(RCheckResource(p), MgNoError);
+    ASSERT_EQ(RSetAttrs(p, 0), MgNoError);
+    EXPECT_EQ(RRemove(p, f), MgNoError);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    MemDisposeHandle(p);
+
+    f = Open("a", FMModeRead);
+    ASSERT_EQ(RGet(f, T("AAAA"), 2, &q), MgNoError);
+    EXPECT_EQ(RChanged(q), MgNoPermission);
+    EXPECT_EQ(RSetAttrs(q, 0), MgNoPermission);
+    EXPECT_EQ(RRemove(q, f), MgNoPermission);
+    EXPECT_EQ(RAdd(stranger, f, T("AAAA"), 9, nullptr), MgNoPermission);
+    EXPECT_EQ(RPreAllocFile(f, 10), MgNoPermission);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    MemDisposeHandle(stranger);
+}
+
+// Removing an unnamed resource from a map with no names drives the name-list offset below
+// zero; a later named add builds on that offset and reads its name from the wrong place.
+TEST_F(EditTest, NegativeNameListOffsetIsKept) {
+    ResFile f = CreateAndOpen("a");
+    Handle a = AddData(f, "AAAA", 1, {1});
+    AddData(f, "AAAA", 2, {2});
+    ASSERT_EQ(RRemove(a, f), MgNoError);
+    ResFileEntry* e;
+    ASSERT_EQ(RLookupFile(f, &e), MgNoError);
+    EXPECT_EQ(*reinterpret_cast<int32_t*>(e->map + 48), -20);
+    Handle named = AddData(f, "AAAA", 3, {3}, "late");
+    ASSERT_EQ(RLookupFile(f, &e), MgNoError);
+    EXPECT_EQ(*reinterpret_cast<int32_t*>(e->map + 48), 0);
+    EXPECT_NE(NameOf(named), "late");
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    MemDisposeHandle(a);
+    // The file written with that offset opens again.
+    f = Open("a");
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, UniqueIds) {
+    ResFile f = CreateAndOpen("a");
+    EXPECT_EQ(RUniqueID(f, T("AAAA")), 128);
+    EXPECT_EQ(RUniqueID(f, T("AAAA")), 128);
+    EXPECT_EQ(RUniqueID(0x7777, T("AAAA")), 0);
+    const int32_t next = gNextResId;
+    AddData(f, "AAAA", next, {1});
+    AddData(f, "AAAA", next + 1, {1});
+    EXPECT_EQ(RUniqueID(f, T("AAAA")), next + 2);
+    EXPECT_EQ(gNextResId, next + 1);
+    EXPECT_EQ(RUniqueID(f, T("BBBB")), next + 1);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, StringGetters) {
+    Bytes strList = {0, 2, 3, 'a', 'b', 'c', 2, 'd', 'e'};
+    Bytes longList;
+    AppendBig32(longList, 2);
+    AppendBig32(longList, 5);
+    longList.insert(longList.end(), {'h', 'e', 'l', 'l', 'o', 0, 0, 0});
+    AppendBig32(longList, 2);
+    longList.insert(longList.end(), {'o', 'k', 0, 0});
+    WriteFile("s", BuildFile({{"STR ", {{1, "", {9, 'x', 'y'}}}},
+                              {"STR#", {{1, "", strList}}},
+                              {"LLST", {{1, "", longList}}}}));
+    ResFile f = Open("s", FMModeRead);
+    uint8_t out[256] = {};
+    EXPECT_EQ(RGetStringText(f, 1, out), MgNoError);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), P("xy"));
+    EXPECT_EQ(RGetIndString(f, out, 1, 2), MgNoError);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), P("de"));
+    for (int32_t bad : {0, 3, -1}) {
+        EXPECT_EQ(RGetIndString(f, out, 1, bad), MgResourceNotFound);
+        EXPECT_EQ(out[0], 0);
+    }
+    const uint8_t* text = nullptr;
+    EXPECT_EQ(RGetIndStringPtr(f, &text, 1, 1, T("STR#")), MgNoError);
+    EXPECT_EQ(text[0], 3);
+    Handle l = nullptr;
+    EXPECT_EQ(RGetIndLStr(f, &l, 1, 2, T("LLST")), MgNoError);
+    EXPECT_EQ(reinterpret_cast<LStr*>(*l)->count, 2);
+    EXPECT_EQ(memcmp(reinterpret_cast<LStr*>(*l)->text, "ok", 2), 0);
+    MemDisposeHandle(l);
+    EXPECT_EQ(RGetIndLStr(f, &l, 1, 3, T("LLST")), MgResourceNotFound);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+TEST_F(EditTest, PathResources) {
+    Path p = MakePath("x/y");
+    std::vector<uint8_t> flat(1024);
+    const int32_t n = FPathFlattenOrder(p, flat.data(), 1);
+    flat.resize(size_t(n));
+    WriteFile("p", BuildFile({{"PATH", {{1, "", flat}, {2, "", {'P', 'T', 'H', '0', 0, 0}}}}}));
+    ResFile f = Open("p", FMModeRead);
+    Path out = nullptr;
+    ASSERT_EQ(RGetPath(f, T("PATH"), 1, &out), MgNoError);
+    EXPECT_TRUE(FPathSame(out, p));
+    FPathRelease(out);
+    EXPECT_EQ(RGetPath(f, T("PATH"), 2, &out), MgBadFlatPath);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+}  // namespace

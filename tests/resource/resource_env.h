@@ -1,0 +1,70 @@
+// Shared set-up of the resource suite: managers started once per process, a fresh temporary
+// directory per test, and a builder of resource files byte by byte.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "mg/filemgr.h"
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "mg/resource.h"
+#include "platform/faults.h"
+
+using Bytes = std::vector<uint8_t>;
+
+inline ResType T(const char* s) {
+    return MgResType(s);
+}
+
+// A PStr in a std::string: count byte first.
+inline std::string P(const std::string& text) {
+    return std::string(1, static_cast<char>(text.size())) + text;
+}
+inline ConstPStr PS(const std::string& p) {
+    return reinterpret_cast<ConstPStr>(p.data());
+}
+
+void PutBig32(Bytes& b, size_t at, uint32_t v);
+void AppendBig32(Bytes& b, uint32_t v);
+uint32_t Big32At(const Bytes& b, size_t at);
+
+// One resource for FileBuilder.
+struct RefSpec {
+    int32_t id;
+    std::string name;  // empty: no name
+    Bytes data;
+    int32_t attrs = 0;
+};
+struct TypeSpec {
+    std::string type;
+    std::vector<RefSpec> refs;  // written in this order, sorted or not
+};
+
+// Writes a file the way the manager lays it out; fields can be spoiled afterwards.
+Bytes BuildFile(const std::vector<TypeSpec>& types, int16_t version = 3,
+                const char* fileType = "TEST", const char* creator = "CRTR");
+
+class ResourceTest : public ::testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    std::string FilePath(const std::string& leaf) const { return dir_ + "/" + leaf; }
+    Path MakePath(const std::string& leaf);
+    void WriteFile(const std::string& leaf, const Bytes& bytes) const;
+    Bytes ReadFile(const std::string& leaf) const;
+    // Creates an empty resource file and opens it read-write.
+    ResFile CreateAndOpen(const std::string& leaf);
+    ResFile Open(const std::string& leaf, int32_t mode = FMModeReadWrite,
+                 MgStatus expect = MgNoError);
+    // Adds a new handle holding `data`.
+    Handle AddData(ResFile f, const char* type, int32_t id, const Bytes& data,
+                   const std::string& name = "");
+    static Bytes Contents(Handle h);
+
+    std::string dir_;
+    std::vector<Path> paths_;
+};
