@@ -110,9 +110,10 @@ BENCHMARK(StrtodTexts);
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run>& runs) override {
+        // Single runs, or the mean when repetitions are asked for.
         for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                perIteration[r.benchmark_name()] = r.GetAdjustedRealTime();
+            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "mean")
+                perIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
         ConsoleReporter::ReportRuns(runs);
     }
     std::map<std::string, double> perIteration;

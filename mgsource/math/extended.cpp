@@ -1,7 +1,12 @@
 // The memory and portable forms of Extended.
 #include <string.h>
 
+#include "math/x87.h"
 #include "mg/math.h"
+
+#if !MG_HAVE_X87
+#include <cmath>
+#endif
 
 namespace {
 
@@ -10,7 +15,7 @@ struct Bits {
     uint16_t signExponent;
 };
 
-#if defined(__i386__) || defined(__x86_64__)
+#if MG_HAVE_X87
 Bits ToBits(Extended v) {
     uint8_t raw[sizeof(Extended)];
     memcpy(raw, &v, sizeof raw);
@@ -31,7 +36,6 @@ Extended FromBits(Bits b) {
 #else
 // Hosts without the 80-bit format build it from the value: 64-bit mantissa, 15-bit
 // exponent with bias 16383, explicit top bit.
-#include <cmath>
 Bits ToBits(Extended v) {
     Bits b{0, static_cast<uint16_t>(std::signbit(v) ? 0x8000 : 0)};
     if (std::isnan(v)) {

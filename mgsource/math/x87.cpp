@@ -2,7 +2,7 @@
 // sequence) so that the numeric results are exactly those of the unit.
 #include "math/x87.h"
 
-#if defined(__i386__) || defined(__x86_64__)
+#if MG_HAVE_X87
 
 namespace x87 {
 

@@ -5,6 +5,13 @@
 
 #include <stdint.h>
 
+// The unit is used on x86 unless MG_SOFT_EXTENDED asks for the stand-ins (to test them).
+#if (defined(__i386__) || defined(__x86_64__)) && !defined(MG_SOFT_EXTENDED)
+#define MG_HAVE_X87 1
+#else
+#define MG_HAVE_X87 0
+#endif
+
 namespace x87 {
 
 // Classes of Examine, from the unit's condition codes.

@@ -4,7 +4,7 @@
 // double is narrower than 64 bits of mantissa.
 #include "math/x87.h"
 
-#if !(defined(__i386__) || defined(__x86_64__))
+#if !MG_HAVE_X87
 
 #include <cfenv>
 #include <cmath>

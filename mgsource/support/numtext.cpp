@@ -355,9 +355,9 @@ int32_t NumToText(const void* number, NumType type, int32_t code, char* out, int
         length =
             ComplexText(number, type, code, notation, frac, out, outSize, mark, prefixExponent);
     } else if (notation == kEngineering) {
-        return NumToEngineering(number, type, frac, outSize, out, mark, prefixExponent);
+        length = NumToEngineering(number, type, frac, outSize, out, mark, prefixExponent);
     } else if (notation == kSI) {
-        return NumToSIOrEngineering(number, type, frac, outSize, out, mark, prefixExponent);
+        length = NumToSIOrEngineering(number, type, frac, outSize, out, mark, prefixExponent);
     } else {
         DecimalNumber decimal;
         length = RealText(NumLoad(type, number).re, code, out, outSize, mark, &decimal);

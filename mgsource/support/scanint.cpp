@@ -1,5 +1,7 @@
 // Integer scanners. They never fail: no digits leave the position where it was, and too
 // many saturate to the type.
+#include <string.h>
+
 #include "mg/dbgtools.h"
 #include "mg/numscan.h"
 
@@ -182,17 +184,17 @@ int32_t ScanNumberText(const char* text, int32_t length, NumType type, void* out
         case NumIW:
         case NumUW: {
             uint16_t v = static_cast<uint16_t>(value);
-            __builtin_memcpy(out, &v, 2);
+            memcpy(out, &v, 2);
             break;
         }
         case NumIL:
         case NumUL:
-            __builtin_memcpy(out, &value, 4);
+            memcpy(out, &value, 4);
             break;
         case NumIQ:
         case NumUQ: {
             int64_t v = value;
-            __builtin_memcpy(out, &v, 8);
+            memcpy(out, &v, 8);
             break;
         }
         default:

@@ -1,6 +1,7 @@
 // Start-up of the number layer: its handles and constants, the decimal mark, the seeds and
 // the random sequence, and the version text.
 #include <gtest/gtest.h>
+#include <locale.h>
 #include <math.h>
 #include <string.h>
 
@@ -16,6 +17,10 @@ class Startup : public ::testing::Test {
   protected:
     static void SetUpTestSuite() { InitMemoryManager(); }
     void TearDown() override {
+        // Start-up hands number and time formatting to the user's locale; the other suites
+        // compare with the C library's text in the C locale.
+        setlocale(LC_NUMERIC, "C");
+        setlocale(LC_TIME, "C");
         plat::ResetFaults();
         SupportExit();
         SetSeedSource(nullptr);
