@@ -3,6 +3,7 @@
 #include "mg/math.h"
 #include "mg/memory.h"
 #include "mg/numtext.h"
+#include "mg/path.h"
 #include "mg/support.h"
 #include "platform/platform.h"
 
@@ -16,17 +17,6 @@ LStrHandle MakeLStr(const char* bytes, int32_t n) {
     s->count = n;
     for (int32_t i = 0; i < n; ++i) s->text[i] = static_cast<uint8_t>(bytes[i]);
     return reinterpret_cast<LStrHandle>(h);
-}
-
-// A path value with no names: kind (16 bits) and a count of 0.
-Path MakeEmptyPath(int16_t kind) {
-    Handle h = MemNewHandle(4);
-    if (!h) return nullptr;
-    int16_t fields[2] = {kind, 0};
-    uint8_t* p = *h;
-    const uint8_t* f = reinterpret_cast<const uint8_t*>(fields);
-    for (int i = 0; i < 4; ++i) p[i] = f[i];
-    return h;
 }
 
 void Dispose(Handle* h) {
@@ -64,8 +54,8 @@ MgStatus SupportInit(void) {
     if (!(LStrCRLF = MakeLStr("\r\n", 2))) return MgNoMemory;
     if (!(LStrTab = MakeLStr("\t", 1))) return MgNoMemory;
     if (!(LStrEmpty = MakeLStr("", 0))) return MgNoMemory;
-    if (!(EmptyPathValue = MakeEmptyPath(0))) return MgNoMemory;
-    if (!(NotAPathValue = MakeEmptyPath(2))) return MgNoMemory;
+    if (!(EmptyPathValue = FEmptyPath(nullptr))) return MgNoMemory;
+    if (!(NotAPathValue = FMakeNoPath(nullptr))) return MgNoMemory;
     FloatInfinity = 0x7F800000u;
     FloatNegInfinity = 0xFF800000u;
     DoubleInfinity = 0x7FF0000000000000ull;
