@@ -65,8 +65,7 @@ MgStatus ImportResources(ResFile target, int32_t* typeIndex, int32_t* resIndex) 
     if ((result = FTextToPath(reinterpret_cast<const uint8_t*>(o.resFileName),
                               StrLenOf(o.resFileName), &o.resFilePath)) != MgNoError) {
         DPrintf("FTextToPath error");
-    } else if ((result = ROpenFile(o.resFilePath, 1, &source, &fileType, &creator)) !=
-               MgNoError) {
+    } else if ((result = ROpenFile(o.resFilePath, 1, &source, &fileType, &creator)) != MgNoError) {
         DPrintf("ROpenFile error %ld on %z (3)", result, o.resFilePath);
     } else if ((result = RCountTypes(source, &typeCount)) != MgNoError) {
         DPrintf("RCountTypes error %ld", result);

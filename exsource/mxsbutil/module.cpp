@@ -9,12 +9,18 @@
 #include "mxsbutil/options.h"
 #include "mxsbutil/package.h"
 
-int32_t StrLenOf(const char* text) { return StrLen(text); }
+int32_t StrLenOf(const char* text) {
+    return StrLen(text);
+}
 
-void AppendToCodeName(const char* suffix) { PStringAppend(gOptions.codeName, TempPString(suffix)); }
+void AppendToCodeName(const char* suffix) {
+    PStringAppend(gOptions.codeName, TempPString(suffix));
+}
 
 // The count byte wraps as a byte does; names near 255 characters lose what the clip took.
-void DropCodeNameSuffix() { gOptions.codeName[0] = static_cast<uint8_t>(gOptions.codeName[0] - 4); }
+void DropCodeNameSuffix() {
+    gOptions.codeName[0] = static_cast<uint8_t>(gOptions.codeName[0] - 4);
+}
 
 Handle ReadCodeModule() {
     PackageOptions& o = gOptions;

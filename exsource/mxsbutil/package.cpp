@@ -1,12 +1,13 @@
 // Writing the package: a new resource file (or, with -vi, an existing one) receives the
 // platform tag, the module and the imported resources. Every failure ends at the same closing
 // step, which releases the target path and closes the file.
+#include "mxsbutil/package.h"
+
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
 #include "mg/path.h"
 #include "mg/resource.h"
 #include "mxsbutil/options.h"
-#include "mxsbutil/package.h"
 
 namespace {
 

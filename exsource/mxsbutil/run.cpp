@@ -9,7 +9,9 @@
 
 namespace {
 
-const uint8_t* Bytes(const char* text) { return reinterpret_cast<const uint8_t*>(text); }
+const uint8_t* Bytes(const char* text) {
+    return reinterpret_cast<const uint8_t*>(text);
+}
 
 }  // namespace
 

@@ -87,7 +87,8 @@ TEST(PackageCli, LongCodeNames) {
     for (const auto& row : rows) {
         TempDir dir;
         std::string name(row.length, 'n');
-        std::string module = name + std::string(".dll").substr(0, row.moduleNameLength - row.length);
+        std::string module =
+            name + std::string(".dll").substr(0, row.moduleNameLength - row.length);
         WriteFile(dir.path / module, "CODE");
         ToolResult r = RunTool({name}, dir.path);
         EXPECT_EQ(r.status, 0) << row.length;

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "mg/memory.h"
-#include "support/memory_env.h"
 #include "mg/textutil.h"
 #include "platform/faults.h"
+#include "support/memory_env.h"
 
 namespace {
 

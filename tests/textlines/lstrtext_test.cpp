@@ -5,8 +5,8 @@
 #include <string>
 
 #include "mg/memory.h"
-#include "support/memory_env.h"
 #include "mg/textutil.h"
+#include "support/memory_env.h"
 
 namespace {
 

@@ -49,7 +49,9 @@ int32_t ModuleFileName(char* buffer, int32_t size) {
     return static_cast<int32_t>(n);
 }
 
-int32_t ProcessId() { return static_cast<int32_t>(getpid()); }
+int32_t ProcessId() {
+    return static_cast<int32_t>(getpid());
+}
 
 void UseUserLocaleForTimeAndNumbers() {
     setlocale(LC_NUMERIC, "");

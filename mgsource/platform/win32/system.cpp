@@ -43,7 +43,9 @@ int32_t ModuleFileName(char* buffer, int32_t size) {
     return n >= static_cast<DWORD>(size) ? 0 : static_cast<int32_t>(n);
 }
 
-int32_t ProcessId() { return static_cast<int32_t>(GetCurrentProcessId()); }
+int32_t ProcessId() {
+    return static_cast<int32_t>(GetCurrentProcessId());
+}
 
 void UseUserLocaleForTimeAndNumbers() {
     setlocale(LC_NUMERIC, "");
