@@ -32,7 +32,7 @@ int32_t HostConfigRead(int32_t, const char*, void*) {
     return 20;
 }
 
-void HostNotify(int32_t, int32_t, int32_t) {}
+void HostNotify(int32_t, const char*, int32_t) {}
 void HostStartup(void) {}
 void HostStartup2(void) {}
 void HostIdle(void) {}

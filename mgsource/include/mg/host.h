@@ -18,7 +18,8 @@ int32_t HostWritePStr(ConstPStr text, int32_t ignored);
 int32_t HostGetModuleFileName(void* module, char* buffer, int32_t size);
 // Reads a configuration value of the host; 20 means the host does not have it.
 int32_t HostConfigRead(int32_t kind, const char* key, void* value);
-void HostNotify(int32_t a, int32_t b, int32_t c);
+// Hands a text to the host's notification; `text` is a real pointer, not a 32-bit word.
+void HostNotify(int32_t first, const char* text, int32_t length);
 void HostStartup(void);
 void HostStartup2(void);
 void HostIdle(void);
