@@ -3,8 +3,11 @@
 // step, which releases the target path and closes the file.
 #include "mxsbutil/package.h"
 
+#include <string.h>
+
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
+#include "mg/host.h"
 #include "mg/path.h"
 #include "mg/resource.h"
 #include "mxsbutil/options.h"
@@ -57,7 +60,11 @@ MgStatus ImportWithBailout(ResFile* file, Path target) {
     for (;;) {
         MgStatus status = ImportResources(*file, &typeIndex, &resIndex);
         if (status == MgNoError) {
-            // The success line comes with the format engine; nothing else is printed.
+            // The type is four characters with no terminator of its own.
+            char type[5] = {};
+            memcpy(type, &gOptions.codeType, 4);
+            HostPrintf("Meridax resource file, type '%.4s', name '%p.msb', created properly.",
+                       type, gOptions.codeName);
             return MgNoError;
         }
         if (status != MgNoMemory) {

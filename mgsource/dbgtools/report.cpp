@@ -1,38 +1,66 @@
 // The fatal failure report: one message on the host's output, then exit(1).
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
+
 #include "mg/dbgtools.h"
+#include "mg/format.h"
 #include "mg/host.h"
+#include "mg/memory.h"
 
 MG_SOURCE_IDENTITY("mgsource\\dbgtools\\report.cpp", "$Revision: 1 $");
 
+// The `\n` are the format engine's two-character escapes: each becomes CR LF.
+#define MG_REPORT_ADVICE                                                                  \
+    "\\n\\nFor assistance in resolving this problem, please record the preceding "        \
+    "information and navigate to https://support.meridax.example, or contact Meridax " \
+    "Technical Support."
+
 namespace {
 
-// Prints the report line, cut at 255 characters as the message PStr is, and ends the
-// process. An error number of 0 means a failure report.
-[[noreturn]] void FinishReport(int32_t error, const char* detail, const char* file, int32_t line) {
+const char kErrorFormat[] = "Error #%ld: %s \"%s\" line %ld" MG_REPORT_ADVICE;
+const char kFailureFormat[] = "Failure %s: \"%s\" line %ld" MG_REPORT_ADVICE;
+
+// The replacement block: four unread bytes, the error format, then the failure format,
+// both as PStrs.
+void ReplacementFormat(bool error, char out[256]) {
+    ConstPStr p = *gFailureFormats + 4;
+    if (!error) p += 1 + p[0];
+    memcpy(out, p + 1, p[0]);
+    out[p[0]] = 0;
+}
+
+void Report(int32_t error, const char* file, int32_t line, const char* detail,
+                         const char* revision) {
+    char replacement[256];
+    const char* format = error ? kErrorFormat : kFailureFormat;
+    if (gFailureFormats) {
+        ReplacementFormat(error != 0, replacement);
+        format = replacement;
+    }
+    // A failed allocation on record may well be the cause of what follows.
+    if (MemOutOfMemoryInfo(nullptr)) MemReportOutOfMemory(0, 7);
     char leaf[260];
-    snprintf(leaf, sizeof leaf, "%s", file ? file : "");
+    strncpy(leaf, file ? file : "", sizeof leaf - 1);
+    leaf[sizeof leaf - 1] = 0;
     DStripDirectory(leaf);
     if (!detail) detail = "";
-    char text[512];
-    int n = error ? snprintf(text, sizeof text, "Error #%ld: %s \"%s\" line %ld",
-                             static_cast<long>(error), detail, leaf, static_cast<long>(line))
-                  : snprintf(text, sizeof text, "Failure %s: \"%s\" line %ld", detail, leaf,
-                             static_cast<long>(line));
     uint8_t message[256];
-    size_t count = n < 0 ? 0 : (n > 255 ? 255 : static_cast<size_t>(n));
-    message[0] = static_cast<uint8_t>(count);
-    memcpy(message + 1, text, count);
-    HostWritePStr(message, 0);
-    exit(1);
+    if (error)
+        StrFormatP(message, format, error, detail, leaf, line, gFailureExtra);
+    else
+        StrFormatP(message, format, detail, leaf, line, gFailureExtra);
+    DFailureFinish(message, revision);
 }
 
 }  // namespace
 
 extern "C" {
+
+Handle gFailureFormats = nullptr;
+int32_t gFailureToHost = 1;
+int32_t gFailureNoExit = 0;
+char gFailureExtra[256];
 
 void DStripDirectory(char* path) {
     size_t len = strlen(path);
@@ -43,14 +71,27 @@ void DStripDirectory(char* path) {
     memmove(path, leaf, strlen(leaf) + 1);
 }
 
-int32_t DReportFailure(const char* file, int32_t line, const char* detail, const char*) {
-    FinishReport(0, detail, file, line);
+Handle DSetFailureFormats(Handle formats) {
+    gFailureFormats = formats;
+    return formats;
+}
+
+void DFailureFinish(ConstPStr message, const char*) {
+    if (gFailureToHost) HostWritePStr(message, 0);
+    // The failure log with its stack trace is written here once the output sinks exist.
+    if (gFailureNoExit == 0) exit(1);
+}
+
+int32_t DReportFailure(const char* file, int32_t line, const char* detail, const char* revision) {
+    Report(0, file, line, detail, revision);
+    return 0;
 }
 
 int32_t DReportError(const char* file, int32_t line, int32_t error, const char* detail,
-                     const char*) {
+                     const char* revision) {
     if (error == 0) return 0;
-    FinishReport(error, detail, file, line);
+    Report(error, file, line, detail, revision);
+    return 1;
 }
 
 int32_t DFailure(const char* file, int32_t line, const char* detail) {

@@ -1,6 +1,7 @@
 // The out-of-memory step and the record of the first allocation that failed.
 #include "memory/zone.h"
 #include "mg/dbgtools.h"
+#include "mg/pstring.h"
 
 MG_SOURCE_IDENTITY("mgsource\\memory\\outofmemory.cpp", "$Revision: 1 $");
 
@@ -12,6 +13,11 @@ struct OutOfMemoryRecord {
     int32_t data;
 };
 OutOfMemoryRecord gOutOfMemory;
+Handle gMessageTable;
+
+// Read as a PStr, the first character is the count: 47 cuts the last two characters and
+// leaves the digits in front of the words.
+const char kBuiltInMessage[] = "/0105Not enough memory to complete this operation.";
 
 }  // namespace
 
@@ -50,6 +56,25 @@ int32_t MemOutOfMemoryInfo(int32_t* out) {
 
 void MemClearOutOfMemory(void) {
     gOutOfMemory = OutOfMemoryRecord{};
+}
+
+}  // extern "C"
+
+extern "C" {
+
+Handle MemSetMessageTable(Handle table) {
+    gMessageTable = table;
+    return table;
+}
+
+void MemReportOutOfMemory(int32_t index, int32_t flags) {
+    if (gOutOfMemory.size == 0) return;
+    MG_CHECK((flags & ~7) == 0);
+    MG_CHECK(index >= 0);
+    ConstPStr text = gMessageTable ? PListGet(gMessageTable, index)
+                                   : reinterpret_cast<ConstPStr>(kBuiltInMessage);
+    if (flags & 4) DPrintf("%p", text);
+    MemClearOutOfMemory();
 }
 
 }  // extern "C"

@@ -61,6 +61,33 @@ TEST(PackageCli, ModuleSizesArePackedWhole) {
     }
 }
 
+// The one line the tool prints, on the error stream; failed runs print nothing at all.
+TEST(PackageCli, SuccessLineOnlyWhenThePackageIsMade) {
+    TempDir dir;
+    WriteFile(dir.path / "foo.dll", "HELLO");
+    const struct {
+        std::vector<std::string> args;
+        int status;
+        const char* err;
+    } rows[] = {
+        {{"-c", "foo", "-t", "CIN"}, 0,
+         "Meridax resource file, type 'CIN ', name 'foo.msb', created properly.\n"},
+        {{"-c", "foo", "-t", "DRVR"}, 0,
+         "Meridax resource file, type 'DRVR', name 'foo.msb', created properly.\n"},
+        {{"-c", "foo", "-t", "'CIN"}, 0,
+         "Meridax resource file, type 'CIN ', name 'foo.msb', created properly.\n"},
+        {{"-c", "foo", "-t", "MXSB"}, 1, ""},
+        {{"-c", "gone"}, 2, ""},
+        {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""},
+    };
+    for (const auto& row : rows) {
+        ToolResult r = RunTool(row.args, dir.path);
+        EXPECT_EQ(r.status, row.status) << row.args.back();
+        EXPECT_EQ(r.out, "") << row.args.back();
+        EXPECT_EQ(r.err, row.err) << row.args.back();
+    }
+}
+
 TEST(PackageCli, MissingModuleGivesTwoAndNoPackage) {
     TempDir dir;
     ToolResult r = RunTool({"-c", "nothing"}, dir.path);

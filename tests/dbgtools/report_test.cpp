@@ -5,6 +5,9 @@
 
 #include "mg/dbgtools.h"
 #include "mg/host.h"
+#include "mg/memory.h"
+#include "mg/pstring.h"
+#include "support/memory_env.h"
 
 namespace {
 
@@ -28,12 +31,68 @@ TEST(StripDirectory, OnlyBackslashSeparates) {
     }
 }
 
+const char kAdvice[] =
+    "\r\n\r\nFor assistance in resolving this problem, please record the preceding "
+    "information and navigate to https://support\\.meridax\\.example, or contact Meridax "
+    "Technical Support\\.\n$";
+
 TEST(FailureReport, PrintsLeafAndLineThenExits) {
     EXPECT_EXIT(DReportFailure("mgsource\\memory\\handles.cpp", 120, nullptr, "$Revision: 1 $"),
-                ::testing::ExitedWithCode(1), "^Failure : \"handles.cpp\" line 120\n$");
+                ::testing::ExitedWithCode(1),
+                std::string("^Failure : \"handles\\.cpp\" line 120") + kAdvice);
     EXPECT_EXIT(DReportError("x\\resource", 7, 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
-                "^Error #3:  \"resource\" line 7\n$");
+                std::string("^Error #3:  \"resource\" line 7") + kAdvice);
+    EXPECT_EXIT(DFailure("a/b/c", 9, "detail"), ::testing::ExitedWithCode(1),
+                std::string("^Failure detail: \"a/b/c\" line 9") + kAdvice);
     EXPECT_EQ(DReportError("x", 1, 0, nullptr, nullptr), 0);  // error 0 reports nothing
+}
+
+TEST(FailureReport, MessageIsCutAt255Characters) {
+    const std::string detail(300, 'd');
+    EXPECT_EXIT(DReportFailure("f", 1, detail.c_str(), nullptr), ::testing::ExitedWithCode(1),
+                "^Failure " + std::string(247, 'd') + "\n$");
+}
+
+TEST(FailureReport, ReplacementFormatsAreUsed) {
+    // Four unread bytes, then the error format and the failure format.
+    const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x09" + "F%s %s %ld";
+    Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
+    ASSERT_NE(h, nullptr);
+    memcpy(*h, block.data(), block.size());
+    EXPECT_EXIT((DSetFailureFormats(h), DReportFailure("d\\leaf", 5, "x", nullptr)),
+                ::testing::ExitedWithCode(1), "^Fx leaf 5\n$");
+    EXPECT_EXIT((DSetFailureFormats(h), DReportError("d\\leaf", 5, 4, "x", nullptr)),
+                ::testing::ExitedWithCode(1), "^E4 x leaf!\n$");
+    MemDisposeHandle(h);
+}
+
+TEST(FailureReport, EmptiesTheOutOfMemoryRecord) {
+    MemClearOutOfMemory();
+    MemSetOutOfMemory(64, 0);
+    MemReportOutOfMemory(0, 3);
+    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
+    MemReportOutOfMemory(0, 8);  // no record: no check either
+    MemSetOutOfMemory(64, 0);
+    EXPECT_EXIT(MemReportOutOfMemory(0, 8), ::testing::ExitedWithCode(1), "^Failure ");
+    EXPECT_EXIT(MemReportOutOfMemory(-1, 7), ::testing::ExitedWithCode(1), "^Failure ");
+    MemClearOutOfMemory();
+}
+
+TEST(PackedList, GetClampsTheIndex) {
+    const std::string block = std::string("\0\0\0\0", 4) + "\1a" + "\2bc" + "\0";
+    Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
+    memcpy(*h, block.data(), block.size());
+    const int32_t count = 3;
+    memcpy(*h, &count, 4);
+    const struct {
+        int32_t index;
+        const char* want;
+    } rows[] = {{-5, "a"}, {0, "a"}, {1, "bc"}, {2, ""}, {3, ""}, {99, ""}};
+    for (const auto& r : rows) {
+        ConstPStr p = PListGet(h, r.index);
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(p) + 1, p[0]), r.want) << r.index;
+    }
+    MemDisposeHandle(h);
 }
 
 TEST(DebugPrint, SilentWhileSwitchedOff) {

@@ -24,6 +24,19 @@ int32_t DReportError(const char* file, int32_t line, int32_t error, const char* 
                      const char* revision);
 // DReportFailure with the diagnostics module's own revision.
 int32_t DFailure(const char* file, int32_t line, const char* detail);
+// Optional replacement texts of the two reports: four unread bytes, then the error format
+// and the failure format as PStrs; null selects the built-in texts.
+extern Handle gFailureFormats;
+// Nonzero: the report's message goes to the host's output.
+extern int32_t gFailureToHost;
+// Zero: a report ends the process.
+extern int32_t gFailureNoExit;
+// Passed as a last argument to both report formats; the built-in texts don't use it.
+extern char gFailureExtra[256];
+
+Handle DSetFailureFormats(Handle formats);
+// The common end of both reports: shows the message and ends the process.
+void DFailureFinish(ConstPStr message, const char* revision);
 // Cuts a backslash-separated path text in place down to its leaf.
 void DStripDirectory(char* path);
 

@@ -81,6 +81,11 @@ Handle CompactResizingHandle(void);
 int32_t MemSetOutOfMemory(int32_t size, int32_t data);
 int32_t MemOutOfMemoryInfo(int32_t* out);
 void MemClearOutOfMemory(void);
+// Installs the packed PStr list of out-of-memory messages; returns it.
+Handle MemSetMessageTable(Handle table);
+// Passes message `index` (of the table, or the built-in text) to the debug print when bit 2
+// of `flags` is set, and empties the record; does nothing without a record.
+void MemReportOutOfMemory(int32_t index, int32_t flags);
 
 // Checks the zone's free list of master pointers against its count; 0 while checking is off.
 MgStatus MemCheckFreeList(MemZone* zone);

@@ -22,6 +22,10 @@ PStr PStringCopy(PStr dest, ConstPStr src);
 PStr PStringCopyLimited(PStr dest, ConstPStr src, int32_t size);
 int32_t PStringAppend(PStr dest, ConstPStr src);
 
+// Element `index` of a packed PStr list, the index clamped to the elements there are; the
+// pointer lies in the block and is valid until the handle moves.
+ConstPStr PListGet(Handle list, int32_t index);
+
 // PStr comparisons.
 int32_t PStringOrder(ConstPStr a, ConstPStr b);
 int32_t PStringSame(ConstPStr a, ConstPStr b);
