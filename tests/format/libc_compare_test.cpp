@@ -62,14 +62,10 @@ TEST(FormatVersusLibc, DifferencesByDesign) {
         {"hexadecimal digits are upper-case", Format("%x", 0xABC), "ABC", Libc("%x", 0xABC), "abc"},
         {"string precision caps the whole field", Format("%8.3s", "abcdef"), "   ",
          Libc("%8.3s", "abcdef"), "     abc"},
-        {"a short string under a precision", Format("%.4s", "ab"), "ab", Libc("%.4s", "ab"), "ab"},
         {"%ld is 32 bits", Format("%ld", -1), "-1", Libc("%ld", 4294967295L), "4294967295"},
         {"precision has no effect on integers", Format("%.5d", 42), "42", Libc("%.5d", 42),
          "00042"},
         {"%c ignores other widths", Format("%5c", 'x'), "x", Libc("%5c", 'x'), "    x"},
-        {"%e has 7 significant digits and a short exponent", Format("%e", 1.5), "1.500000E+0",
-         Libc("%e", 1.5), "1.500000e+00"},
-        {"%g is the exponent form", Format("%g", 100.0), "1.000000E+2", Libc("%g", 100.0), "100"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(c.ours, c.ourWant) << c.what;
