@@ -142,8 +142,8 @@ SpecRead ReadSpecifier(FormatState& st, Specifier& spec) {
             spec.width = number;
             break;
         }
+        if (number < 1 || number > kSlotCount) return SpecRead::kFailed;
         int32_t index = number - 1;
-        if (index < 0 || index >= kSlotCount) return SpecRead::kFailed;
         if (!st.positionalSeen) {
             memset(st.slots, 0, sizeof st.slots);
             st.positionalSeen = true;

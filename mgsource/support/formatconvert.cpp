@@ -146,12 +146,8 @@ bool ConvertInteger(FormatState& st, const Specifier& spec, int32_t code) {
 }
 
 int32_t SignificantDigits(const Specifier& spec) {
-    int32_t digits;
-    if (spec.precision >= 0)
-        digits = spec.precision + 1;
-    else
-        digits = spec.width > 6 ? spec.width - 5 : 7;
-    return digits > 17 ? 17 : digits;
+    if (spec.precision >= 0) return spec.precision >= 16 ? 17 : spec.precision + 1;
+    return spec.width > 22 ? 17 : spec.width > 6 ? spec.width - 5 : 7;
 }
 
 bool ConvertFloat(FormatState& st, const Specifier& spec, bool fixed) {

@@ -51,6 +51,7 @@ TEST(FormatEngine, Floats) {
         {Format("%20e|%40e", 1.0, 1.0),
          " 1.00000000000000E+0|                   1.0000000000000000E+0"},
         {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
+        {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
     });
 }
 
@@ -169,10 +170,15 @@ TEST(FormatEngine, PositionalParameters) {
 // Each specifier failure is reported; the report ends the process with status 1.
 TEST(FormatEngineDeathTest, SpecifierFailures) {
     const char* const formats[] = {
-        "%k",        "%X",         "%i",    "%n",      "%a",      "%h",      "%l",
-        "%ld%lh",    "%5",         "%-5",   "%.3",     "%{",      "%{i",     "%{iB",
-        "%1$",       "%0$d",       "%11$d", "%1${*}d", "%1$d %d", "%d %1$d", "%1$d %1$ld",
-        "%1$s %1$d", "%1$c %1$4c", "%[;d",  "%\\s;d",  "%5;",
+        "%k",        "%X",         "%i",
+        "%n",        "%a",         "%h",
+        "%l",        "%ld%lh",     "%5",
+        "%-5",       "%.3",        "%{",
+        "%{i",       "%{iB",       "%1$",
+        "%0$d",      "%11$d",      "%1${*}d",
+        "%1$d %d",   "%d %1$d",    "%1$d %1$ld",
+        "%1$s %1$d", "%1$c %1$4c", "%[;d",
+        "%\\s;d",    "%5;",        "%2147483648$d",
     };
     for (const char* format : formats) {
         char buffer[64];
