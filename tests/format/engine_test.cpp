@@ -1,0 +1,191 @@
+// The format engine itself: conversions, fields, the output limit, the decimal-mark form
+// and positional parameters.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "format/format_helpers.h"
+#include "mg/format.h"
+
+namespace {
+
+using formattest::Format;
+
+struct Case {
+    std::string got;
+    const char* expected;
+};
+
+void ExpectAll(const std::vector<Case>& cases) {
+    for (size_t i = 0; i < cases.size(); ++i)
+        EXPECT_EQ(cases[i].got, cases[i].expected) << "case " << i;
+}
+
+TEST(FormatEngine, Integers) {
+    int8_t minusOne8 = -1;
+    int16_t minusOne16 = -1;
+    uint8_t byte = 200;
+    uint64_t big = 0xFFFFFFFF00000005ULL;
+    double real = 3.75;
+    ExpectAll({
+        {Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"},
+        {Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"},
+        {Format("%d|%ld|%u|%.3d", INT32_MIN, -1, -1, 7), "-2147483648|-1|4294967295|7"},
+        {Format("%x|%o|%b|%08x", -1, 8, 5, 0xBEEF), "FFFFFFFF|10|101|0000BEEF"},
+        {Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"},
+        {Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"},
+        {Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"},
+    });
+}
+
+TEST(FormatEngine, Floats) {
+    double real = 3.75;
+    ExpectAll({
+        {Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"},
+        {Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
+         "-0.00|   3.142|2.0   |-0001.50"},
+        {Format("%e|%E|%g|%.0e", 1.5, 1.5, 1.5, 12345.0),
+         "1.500000E+0|1.500000E+0|1.500000E+0|1E+4"},
+        {Format("%20e|%40e", 1.0, 1.0),
+         " 1.00000000000000E+0|                   1.0000000000000000E+0"},
+        {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
+        {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
+    });
+}
+
+TEST(FormatEngine, StringsCharactersPointsRectangles) {
+    const char* text = "abcdef";
+    uint8_t pstr[] = {3, 'x', 'y', 'z'};
+    struct {
+        int32_t count;
+        char text[4];
+    } lstr = {4, {'L', 'S', 'T', 'R'}};
+    int16_t rect[4] = {1, 2, -3, 32767};
+    ExpectAll({
+        {Format("%8s|%-8s|%05s", text, text, "ab"), "  abcdef|abcdef  |000ab"},
+        // The precision caps the whole field, padding included.
+        {Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"},
+        {Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"},
+        {Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"},
+        {Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
+         "A|B|AB|ABCD|AB"},
+        {Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
+         "(3,4)|hv(1,-1)|(-32768,0)|"},
+        {Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)"},
+    });
+}
+
+TEST(FormatEngine, LiteralsAndBackslashCodes) {
+    ExpectAll({
+        {Format("100%") + Format("|a%%b|x%-"), "100%|a%b|x-"},
+        {Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"},
+        {Format("\\41\\4\\4G\\ff"),
+         "A\x04\x04G\x0c"
+         "f"},
+    });
+    const uint8_t withNul[] = {4, 'a', 0, '%', 'd'};  // NUL is an ordinary character
+    char out[8];
+    ASSERT_EQ(StrFormatFromP(out, withNul, 7), 3);
+    EXPECT_EQ(std::string(out, 3), std::string("a\0"
+                                               "7",
+                                               3));
+}
+
+TEST(FormatEngine, CountModeAndSizeZero) {
+    // A null destination ignores the size and counts every byte, CR of \n included.
+    EXPECT_EQ(StrFormatN(nullptr, 0, "ab\\n%5d", 1), 9);
+    EXPECT_EQ(StrFormatN(nullptr, -7, "%s", "xyz"), 3);
+    char buffer[4] = {'#', '#', '#', '#'};
+    EXPECT_EQ(StrFormatN(buffer, 0, "%d", 12), 0);
+    EXPECT_EQ(buffer[0], '#');
+    EXPECT_EQ(StrFormatN(buffer, 2, "a\\n"), 2);  // the CR takes the last byte
+    EXPECT_EQ(std::string(buffer, 2), "a\r");
+}
+
+// Every size from 0 up gives a prefix of the full text, never a byte more.
+TEST(FormatEngine, OutputCutAtEveryByte) {
+    int16_t rect[4] = {10, 20, 30, 40};
+    uint8_t pstr[] = {5, 'h', 'e', 'l', 'l', 'o'};
+    struct Row {
+        std::string full;
+        std::function<int32_t(char*, int32_t)> call;
+    };
+    std::vector<Row> rows = {
+        {"-0001234|FF    |tail",
+         [](char* d, int32_t n) { return StrFormatN(d, n, "%08d|%-6x|%s", -1234, 255, "tail"); }},
+        {"-2.500\r\n    ",
+         [](char* d, int32_t n) { return StrFormatN(d, n, "%.3f\\n%10.4s", -2.5, "abcdef"); }},
+        {"tlbr(10, 20, 30, 40) (0,7) hello   |",
+         [&](char* d, int32_t n) { return StrFormatN(d, n, "%R %q %-8p|", rect, 7, pstr); }},
+        {"5-x", [](char* d, int32_t n) { return StrFormatN(d, n, "%1$d-%2$s", 5, "x"); }},
+    };
+    for (const Row& row : rows) {
+        int32_t full = static_cast<int32_t>(row.full.size());
+        ASSERT_EQ(row.call(nullptr, 0), full) << row.full;
+        for (int32_t size = 0; size <= full + 2; ++size) {
+            std::string buffer(static_cast<size_t>(full) + 8, '#');
+            int32_t n = row.call(buffer.data(), size);
+            ASSERT_EQ(n, size < full ? size : full) << row.full << " size " << size;
+            EXPECT_EQ(buffer.substr(0, n), row.full.substr(0, n)) << row.full << " size " << size;
+            EXPECT_EQ(buffer.find_first_not_of('#', n), std::string::npos) << row.full;
+        }
+    }
+}
+
+TEST(FormatEngine, DecimalMarkForm) {
+    double half = 0.5;
+    ExpectAll({
+        {Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"},
+        {Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"},
+        {Format("%\\2C;%.2f|%';%.1{fD}f", 0.5, &half), "0,50|0'5"},
+        {Format("%,;%d|%x", 1234, 255), "1234|FF"},
+        // Set once per call: the second pass starts with the mark the first ended with.
+        {Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"},
+    });
+}
+
+TEST(FormatEngine, PositionalParameters) {
+    uint8_t pstr[] = {2, 'p', 'q'};
+    int16_t rect[4] = {1, 2, 3, 4};
+    ExpectAll({
+        {Format("%1$s %2$d %1$s", "a", 7), "a 7 a"},
+        {Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"},
+        {Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
+         "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"},
+        {Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
+         "9876543210"},
+        // A gap in the positions: no text at all.
+        {Format("ab%2$d", 1, 2), ""},
+        {Format("%1$d%3$d", 1, 2, 3), ""},
+    });
+    // The first pass stops at the limit too: literal text can fill a small buffer before a
+    // position is recorded, and the gap then fails the binding.
+    char buffer[4];
+    EXPECT_EQ(StrFormatN(buffer, 1, "%2$s-%1$d", 5, "x"), 0);
+    EXPECT_EQ(StrFormatN(buffer, 3, "%2$s-%1$d", 5, "x"), 3);
+}
+
+// Each specifier failure is reported; the report ends the process with status 1.
+TEST(FormatEngineDeathTest, SpecifierFailures) {
+    const char* const formats[] = {
+        "%k",        "%X",         "%i",
+        "%n",        "%a",         "%h",
+        "%l",        "%ld%lh",     "%5",
+        "%-5",       "%.3",        "%{",
+        "%{i",       "%{iB",       "%1$",
+        "%0$d",      "%11$d",      "%1${*}d",
+        "%1$d %d",   "%d %1$d",    "%1$d %1$ld",
+        "%1$s %1$d", "%1$c %1$4c", "%[;d",
+        "%\\s;d",    "%5;",        "%2147483648$d",
+    };
+    for (const char* format : formats) {
+        char buffer[64];
+        EXPECT_EXIT(StrFormatN(buffer, sizeof buffer, format, 1, 2, 3),
+                    ::testing::ExitedWithCode(1), "Failure")
+            << format;
+    }
+}
+
+}  // namespace
