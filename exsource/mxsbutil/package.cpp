@@ -63,8 +63,8 @@ MgStatus ImportWithBailout(ResFile* file, Path target) {
             // The type is four characters with no terminator of its own.
             char type[5] = {};
             memcpy(type, &gOptions.codeType, 4);
-            HostPrintf("Meridax resource file, type '%.4s', name '%p.msb', created properly.",
-                       type, gOptions.codeName);
+            HostPrintf("Meridax resource file, type '%.4s', name '%p.msb', created properly.", type,
+                       gOptions.codeName);
             return MgNoError;
         }
         if (status != MgNoMemory) {

@@ -8,9 +8,9 @@ namespace {
 
 // Sign, all-ones exponent, and whether the fraction is zero give the class of any format.
 int32_t Classify(bool negative, bool exponentAllOnes, bool fractionZero) {
-    if (!exponentAllOnes) return FloatFinite;
-    if (!fractionZero) return FloatNaN;
-    return negative ? FloatNegInfinity : FloatPosInfinity;
+    if (!exponentAllOnes) return FloatClassFinite;
+    if (!fractionZero) return FloatClassNaN;
+    return negative ? FloatClassNegInfinity : FloatClassPosInfinity;
 }
 
 }  // namespace
@@ -40,12 +40,12 @@ int32_t FloatClass(const void* number, NumType type) {
                             (mantissa & 0x7FFFFFFFFFFFFFFFull) == 0);
         }
         default:
-            return FloatFinite;
+            return FloatClassFinite;
     }
 }
 
 int32_t IsNaNValue(double x) {
-    return FloatClass(&x, fD) == FloatNaN;
+    return FloatClass(&x, fD) == FloatClassNaN;
 }
 
 int32_t IsInfValue(double x) {

@@ -2,7 +2,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-
 #include "mg/dbgtools.h"
 #include "mg/format.h"
 #include "mg/host.h"
@@ -11,8 +10,8 @@
 MG_SOURCE_IDENTITY("mgsource\\dbgtools\\report.cpp", "$Revision: 1 $");
 
 // The `\n` are the format engine's two-character escapes: each becomes CR LF.
-#define MG_REPORT_ADVICE                                                                  \
-    "\\n\\nFor assistance in resolving this problem, please record the preceding "        \
+#define MG_REPORT_ADVICE                                                               \
+    "\\n\\nFor assistance in resolving this problem, please record the preceding "     \
     "information and navigate to https://support.meridax.example, or contact Meridax " \
     "Technical Support."
 
@@ -31,7 +30,7 @@ void ReplacementFormat(bool error, char out[256]) {
 }
 
 void Report(int32_t error, const char* file, int32_t line, const char* detail,
-                         const char* revision) {
+            const char* revision) {
     char replacement[256];
     const char* format = error ? kErrorFormat : kFailureFormat;
     if (gFailureFormats) {

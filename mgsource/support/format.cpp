@@ -6,6 +6,7 @@
 
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
+#include "mg/support.h"
 #include "mg/textutil.h"
 #include "support/formatengine.h"
 
@@ -44,7 +45,7 @@ bool TryDecimalMark(FormatState& st) {
     uint8_t c = *p;
     if (c == '[' || c == '%') return false;
     if (c == ';') {
-        st.mark = SystemMark();
+        st.mark = SystemDecimalMark;
         st.fmt = p + 1;
         return true;
     }
@@ -224,7 +225,7 @@ extern "C" int32_t StrFormatV(char* dest, int32_t size, const char* format, int3
     FormatState st;
     st.dest = dest;
     st.limit = dest ? size : INT32_MAX;
-    st.mark = SystemMark();
+    st.mark = SystemDecimalMark;
     st.ansiSeen = false;
     st.positionalSeen = false;
     st.argumentsBound = false;

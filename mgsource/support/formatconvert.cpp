@@ -5,7 +5,6 @@
 #include "mg/format.h"
 #include "mg/numtext.h"
 #include "mg/path.h"
-#include "mg/support.h"
 #include "support/formatengine.h"
 
 namespace mgformat {
@@ -312,10 +311,6 @@ bool ConvertRect(FormatState& st, const Specifier& spec, bool capital) {
 }
 
 }  // namespace
-
-char SystemMark() {
-    return SystemDecimalMark;
-}
 
 bool FormatConversion(FormatState& st, const Specifier& spec) {
     switch (spec.conversion) {

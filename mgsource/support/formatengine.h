@@ -100,9 +100,6 @@ struct FormatState {
     bool Recording() const { return positionalSeen && !argumentsBound; }
 };
 
-// The system's decimal mark. (mg/support.h and mg/ansi.h cannot share a file.)
-char SystemMark();
-
 // Runs one conversion; false is a specifier failure (unknown letter, slot conflict), which
 // the caller reports.
 bool FormatConversion(FormatState& state, const Specifier& spec);

@@ -70,11 +70,14 @@ TEST(PackageCli, SuccessLineOnlyWhenThePackageIsMade) {
         int status;
         const char* err;
     } rows[] = {
-        {{"-c", "foo", "-t", "CIN"}, 0,
+        {{"-c", "foo", "-t", "CIN"},
+         0,
          "Meridax resource file, type 'CIN ', name 'foo.msb', created properly.\n"},
-        {{"-c", "foo", "-t", "DRVR"}, 0,
+        {{"-c", "foo", "-t", "DRVR"},
+         0,
          "Meridax resource file, type 'DRVR', name 'foo.msb', created properly.\n"},
-        {{"-c", "foo", "-t", "'CIN"}, 0,
+        {{"-c", "foo", "-t", "'CIN"},
+         0,
          "Meridax resource file, type 'CIN ', name 'foo.msb', created properly.\n"},
         {{"-c", "foo", "-t", "MXSB"}, 1, ""},
         {{"-c", "gone"}, 2, ""},

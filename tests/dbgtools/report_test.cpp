@@ -55,7 +55,7 @@ TEST(FailureReport, MessageIsCutAt255Characters) {
 
 TEST(FailureReport, ReplacementFormatsAreUsed) {
     // Four unread bytes, then the error format and the failure format.
-    const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x09" + "F%s %s %ld";
+    const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
     ASSERT_NE(h, nullptr);
     memcpy(*h, block.data(), block.size());
@@ -79,7 +79,7 @@ TEST(FailureReport, EmptiesTheOutOfMemoryRecord) {
 }
 
 TEST(PackedList, GetClampsTheIndex) {
-    const std::string block = std::string("\0\0\0\0", 4) + "\1a" + "\2bc" + "\0";
+    const std::string block = std::string("\0\0\0\0", 4) + "\1a" + "\2bc" + std::string(1, '\0');
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
     memcpy(*h, block.data(), block.size());
     const int32_t count = 3;

@@ -7,7 +7,6 @@
 #include <string.h>
 
 #include "mg/format.h"
-
 #include "platform/platform.h"
 
 extern "C" {
@@ -23,8 +22,8 @@ int32_t HostPrintf(const char* format, ...) {
         gHostPrintBusy = 1;
         va_list args;
         va_start(args, format);
-        const int32_t n = StrFormatV(gHostPrintText, 512, format,
-                                     static_cast<int32_t>(strlen(format)), args);
+        const int32_t n =
+            StrFormatV(gHostPrintText, 512, format, static_cast<int32_t>(strlen(format)), args);
         va_end(args);
         gHostPrintText[n] = 0;
         gHostPrintBusy = 0;

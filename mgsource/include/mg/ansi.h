@@ -54,7 +54,12 @@ void Swap64(void* p);
 void SwapHalves32(void* p);
 
 // Floating-point classes of FloatClass.
-enum { FloatFinite = 0, FloatNegInfinity = 1, FloatPosInfinity = 2, FloatNaN = 3 };
+enum {
+    FloatClassFinite = 0,
+    FloatClassNegInfinity = 1,
+    FloatClassPosInfinity = 2,
+    FloatClassNaN = 3
+};
 int32_t FloatClass(const void* number, NumType type);
 int32_t IsNaNValue(double x);
 int32_t IsInfValue(double x);
