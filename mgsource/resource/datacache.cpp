@@ -73,11 +73,14 @@ MgStatus ReadDirect(FileRef fileRef, int64_t at, int32_t count, void* dst) {
 }
 
 // Refills `w` with one read so that it holds [at, at + count) if the file does. Reading
-// forward, the window starts at `at`; reading backward, it ends at the range's end.
+// forward, the window starts at `at`. Reading backward, `at` stands three quarters in, so that
+// the window holds what was asked for, the data behind a size word, and much before it.
 MgStatus Fill(Window* w, FileRef fileRef, int64_t low, int64_t high, int64_t at, int32_t count) {
     int64_t start = at;
     if (w->length > 0 && at < w->start) {
         start = at + count - kDataWindowSize;
+        const int64_t ahead = at - kDataWindowSize / 4 * 3;
+        if (ahead > start) start = ahead;
         if (start < low) start = low;
     }
     const int64_t end = start + kDataWindowSize < high ? start + kDataWindowSize : high;
