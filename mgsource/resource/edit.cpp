@@ -163,7 +163,8 @@ MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, C
     const bool empty = MapEmpty(map);
     if (!empty && !MapCanonical(map, HeaderOf(map)->mapSize)) return MgIOError;
     // Room in the handle index first, so nothing can fail once the map has changed.
-    if (MgStatus status = IndexReserve()) return status;
+    const uint32_t token = MemHandleToken(h);
+    if (MgStatus status = IndexReserve(token)) return status;
     int32_t refPos = 0;
     MgStatus status;
     ResTypeEntry* t = empty ? nullptr : RFindType(map + kMapHeaderSize, type);
@@ -176,7 +177,7 @@ MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, C
                            name, nameBytes, &refPos);
     if (status) return status;
     map = entry->map;
-    AttachHandle(entry, type, reinterpret_cast<ResRefEntry*>(map + refPos), h);
+    AttachHandle(entry, type, reinterpret_cast<ResRefEntry*>(map + refPos), token);
     SetDirty(map);
     return MgNoError;
 }

@@ -158,22 +158,28 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
     return Found(e, r, t->type, entry, ref, type);
 }
 
+// Size word and data come through the file's read window; data too large for it is read
+// from the file straight into the new handle.
 MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
     MG_CHECK(ref->handle == 0);
     const int32_t dataSize = HeaderOf(entry->map)->dataSize;
     if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
+    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
     int32_t size;
-    if (MgStatus status = ReadSizeWord(entry, ref->dataOffset, &size)) return status;
+    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
+    FlipBig32(&size);
     if (int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
-    if (MgStatus status = IndexReserve()) return status;
     Handle h = MemNewHandle(size);
     if (!h) return MgNoMemory;
-    if (MgStatus status = FMRead(entry->fileRef, size, nullptr, *h)) {
+    const uint32_t token = MemHandleToken(h);
+    MgStatus status = IndexReserve(token);
+    if (!status) status = DataRead(entry, at + 4, size, *h);
+    if (status) {
         MemDisposeHandle(h);
         return status;
     }
     ResTypeEntry* t = TypeOfRef(entry->map, ref);
-    AttachHandle(entry, t ? t->type : 0, ref, h);
+    AttachHandle(entry, t ? t->type : 0, ref, token);
     return MgNoError;
 }
 

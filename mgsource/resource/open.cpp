@@ -63,6 +63,8 @@ extern "C" {
 
 MgStatus RCreateCorrectFile(Path path, int32_t replace, ResType creator, ResType type,
                             int32_t permissions) {
+    // A replaced file may be open as a resource file too; none of its bytes may be served.
+    DataCacheInvalidateAll();
     FileRef ref = 0;
     MgStatus status =
         FMMakeFile(&ref, path, permissions, FMModeReadWrite, FMShareAll, 0, replace, creator, type);
@@ -126,6 +128,7 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
     HeaderOf(map)->dataOffset += base;
 
     if ((status = RRegisterFile(id, fileRef, mapHandle, map))) return FailOpen(fileRef, status);
+    DataCacheDrop(*id);
     Word(map, kMapUnused) = 0;
     Word(map, kMapFileId) = *id;
     Word(map, kMapFileAttrs) = mode == FMModeRead ? RFileReadOnly : 0;
@@ -167,6 +170,7 @@ MgStatus RCloseFile(ResFile id) {
     ResFileEntry* entry;
     if (MgStatus status = RLookupFile(id, &entry)) return status;
     if (MgStatus status = RWriteBack(id, entry)) return status;
+    DataCacheDrop(id);
     Ptr map = entry->map;
     if (!MapEmpty(map)) {
         Ptr typeList = TypeListOf(map);
@@ -206,6 +210,7 @@ MgStatus RGetFileTypeCreator(Path path, ResType* type, ResType* creator) {
 }
 
 MgStatus RSetFileTypeCreator(Path path, ResType type, ResType creator) {
+    DataCacheInvalidateAll();
     FileRef ref = 0;
     if (MgStatus status = FMOpen(&ref, path, FMModeReadWrite, FMShareAll)) return status;
     ResFileHeader header, copy;

@@ -79,16 +79,27 @@ struct RefLocator {
     ResType type;
     int32_t resId;
 };
-// Makes room for one more entry, so that the insert that follows can't fail.
-MgStatus IndexReserve();
+// Makes room for the entry of `token` (nonzero), so that the insert that follows can't fail.
+MgStatus IndexReserve(uint32_t token);
 void IndexInsert(uint32_t token, const RefLocator& where);
 void IndexErase(uint32_t token);
 bool IndexFind(uint32_t token, RefLocator* where);
 int32_t IndexCount();
-// Stores `h` in `ref` and in the index; IndexReserve must have succeeded first.
-void AttachHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle h);
+// Stores the token of a data handle in `ref` and in the index; IndexReserve must have
+// succeeded for it first.
+void AttachHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, uint32_t token);
 // Clears the handle word of `ref` and drops it from the index.
 void DetachHandle(ResRefEntry* ref);
+
+// Read windows over data sections (datacache.cpp). DataRead gives `count` bytes at file
+// position `at` with the statuses of a seek and a read there, serving them from the file's
+// window when it holds them; a miss inside the data section refills the window with one read.
+// Every write or truncation of a resource file must be preceded by DataCacheInvalidateAll, and
+// a closing file's id is dropped with DataCacheDrop.
+constexpr int32_t kDataWindowSize = 64 * 1024;
+MgStatus DataRead(const ResFileEntry* entry, int64_t at, int32_t count, void* dst);
+void DataCacheInvalidateAll();
+void DataCacheDrop(ResFile id);
 
 // The type entry that holds `ref`, or null.
 ResTypeEntry* TypeOfRef(Ptr map, const ResRefEntry* ref);

@@ -163,6 +163,7 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     (void)id;
     Ptr map = entry->map;
     if (!(Word(map, kMapFileAttrs) & RFileDirty)) return MgNoError;
+    DataCacheInvalidateAll();
     // A file that lost all its resources is cut to its header, which still describes the
     // old map; the dirty bit stays.
     if (MapEmpty(map)) return FSetFileEnd(entry->fileRef, kHeaderSize);
@@ -220,6 +221,7 @@ MgStatus RWriteNow(Handle h) {
     ResRefEntry* ref;
     if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
     if (!Changed(ref)) return MgNoError;
+    DataCacheInvalidateAll();
     int32_t written = 0;
     if (MgStatus status = RMoveData(entry, ref, HeaderOf(entry->map)->dataSize, &written))
         return status;
@@ -236,6 +238,7 @@ MgStatus RPreAllocFile(ResFile id, int32_t size) {
         DPrintf("Tried to call RPreAllocFile on a readonly file");
         return MgNoPermission;
     }
+    DataCacheInvalidateAll();
     const int32_t chunk = size > kMinPreAlloc ? size : kMinPreAlloc;
     Ptr buffer = MemNewPtrClear(chunk);
     if (!buffer) return MgNoMemory;

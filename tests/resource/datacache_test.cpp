@@ -1,0 +1,237 @@
+// Loads through the read window: many loads from one read, nothing stale after a write-back
+// or a reused id, failures of the fill reported as the read's own, and reads that the window
+// can't or needn't serve.
+#include <map>
+
+#include "resource/resmap.h"
+#include "resource/resource_env.h"
+
+namespace {
+
+constexpr int32_t kWindow = rsrc::kDataWindowSize;
+
+// 16 bytes that say which resource and which generation they belong to.
+Bytes Payload(int32_t id, uint8_t generation) {
+    Bytes b(16, generation);
+    b[0] = uint8_t(id >> 8);
+    b[1] = uint8_t(id);
+    return b;
+}
+
+std::vector<TypeSpec> SmallResources(int32_t count) {
+    TypeSpec t{"DATA", {}};
+    for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, 0)});
+    return {t};
+}
+
+class DataCacheTest : public ResourceTest {
+  protected:
+    // Every DATA resource's contents by id, loading as needed.
+    std::map<int32_t, Bytes> LoadAll(ResFile f) {
+        std::map<int32_t, Bytes> all;
+        int32_t n = 0;
+        EXPECT_EQ(RCount(f, T("DATA"), &n), MgNoError);
+        for (int32_t i = 1; i <= n; ++i) {
+            Handle h = nullptr;
+            EXPECT_EQ(RGetInd(f, T("DATA"), i, &h), MgNoError) << i;
+            int32_t id = 0;
+            EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
+            all[id] = Contents(h);
+        }
+        return all;
+    }
+    void ReleaseAll(ResFile f) {
+        int32_t n = 0;
+        EXPECT_EQ(RCount(f, T("DATA"), &n), MgNoError);
+        for (int32_t i = 1; i <= n; ++i) {
+            Handle h = nullptr;
+            ASSERT_EQ(RGetInd(f, T("DATA"), i, &h), MgNoError);
+            ASSERT_EQ(RRelease(h), MgNoError);
+        }
+    }
+};
+
+// 8000 resources of 24 bytes on disk span three windows. Each edit moves data on disk at the
+// write-back; every resource then reloads from its new place, not from a window filled before.
+TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
+    constexpr int32_t kCount = 8000;
+    static_assert(kCount * 24 > 2 * kWindow);
+    enum Edit { kChange, kRemove, kAdd };
+    // Ids chosen on both sides of the first window's end (about id 2730).
+    for (const Edit edit : {kChange, kRemove, kAdd}) {
+        for (const int32_t id : {2, 2730, 2731, 7999}) {
+            WriteFile("s", BuildFile(SmallResources(kCount)));
+            ResFile f = Open("s");
+            std::map<int32_t, Bytes> expected = LoadAll(f);
+            // Reloading the neighbour in front leaves the window over the edited place.
+            const int32_t front = id > 1 ? id - 1 : id;
+            Handle h = nullptr;
+            ASSERT_EQ(RGet(f, T("DATA"), front, &h), MgNoError);
+            ASSERT_EQ(RRelease(h), MgNoError);
+            ASSERT_EQ(RGet(f, T("DATA"), front, &h), MgNoError);
+            ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError);
+            if (edit == kChange) {
+                (*h)[15] = 0xEE;
+                ASSERT_EQ(RChanged(h), MgNoError);
+                expected[id][15] = 0xEE;
+            } else if (edit == kRemove) {
+                ASSERT_EQ(RRemove(h, f), MgNoError);
+                MemDisposeHandle(h);
+                expected.erase(id);
+            } else {
+                AddData(f, "DATA", -id, Payload(id, 7));
+                expected[-id] = Payload(id, 7);
+            }
+            ASSERT_EQ(RUpdateFile(f), MgNoError);
+            ReleaseAll(f);
+            for (int32_t near = front; near <= id + 2 && near <= kCount; ++near) {
+                if (!expected.count(near)) continue;
+                ASSERT_EQ(RGet(f, T("DATA"), near, &h), MgNoError);
+                EXPECT_EQ(Contents(h), expected[near]) << edit << " " << id << " " << near;
+            }
+            EXPECT_EQ(LoadAll(f), expected) << edit << " " << id;
+            ASSERT_EQ(RCloseFile(f), MgNoError);
+        }
+    }
+}
+
+// RWriteNow puts data where the map stood; a window reaching there must not survive it.
+TEST_F(DataCacheTest, WriteNowDropsTheWindow) {
+    WriteFile("w", BuildFile(SmallResources(4)));
+    ResFile f = Open("w");
+    LoadAll(f);
+    Handle added = AddData(f, "DATA", 9, Payload(9, 3));
+    ASSERT_EQ(RWriteNow(added), MgNoError);
+    ASSERT_EQ(RRelease(added), MgNoError);
+    Handle h = nullptr;
+    ASSERT_EQ(RGet(f, T("DATA"), 9, &h), MgNoError);
+    EXPECT_EQ(Contents(h), Payload(9, 3));
+    ASSERT_EQ(RCloseFile(f), MgNoError);
+}
+
+// A closed file's id comes back for the next file opened; its window must not.
+TEST_F(DataCacheTest, ReusedIdGetsNoOldWindow) {
+    WriteFile("a", BuildFile(SmallResources(3)));
+    TypeSpec other{"DATA", {}};
+    for (int32_t id = 1; id <= 3; ++id) other.refs.push_back({id, "", Payload(id, 5)});
+    WriteFile("b", BuildFile({other}));
+    ResFile a = Open("a", FMModeRead);
+    Handle h = nullptr;
+    ASSERT_EQ(RGet(a, T("DATA"), 1, &h), MgNoError);
+    ASSERT_EQ(RCloseFile(a), MgNoError);
+    ResFile b = Open("b", FMModeRead);
+    EXPECT_EQ(b, a);  // descriptors are reused lowest first
+    ASSERT_EQ(RGet(b, T("DATA"), 2, &h), MgNoError);
+    EXPECT_EQ(Contents(h), Payload(2, 5));
+    ASSERT_EQ(RCloseFile(b), MgNoError);
+}
+
+TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
+    struct Case {
+        int32_t count;
+        bool backward;
+        int64_t maxReads;
+    };
+    // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
+    for (const Case c : {Case{2000, false, 1}, Case{12000, false, 5}, Case{12000, true, 6}}) {
+        WriteFile("m", BuildFile(SmallResources(c.count)));
+        ResFile f = Open("m", FMModeRead);
+        plat::FailFileOpAt(plat::kFileRead, 0, 0);
+        for (int32_t i = 1; i <= c.count; ++i) {
+            const int32_t id = c.backward ? c.count + 1 - i : i;
+            Handle h = nullptr;
+            ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError);
+            ASSERT_EQ(Contents(h), Payload(id, 0)) << id;
+        }
+        EXPECT_LE(plat::FileOpCount(plat::kFileRead), c.maxReads) << c.count << c.backward;
+        ASSERT_EQ(RCloseFile(f), MgNoError);
+    }
+}
+
+// Sizes around the window: data that fits is copied from it, larger data is read from the file
+// into the handle; the contents are the same either way, also next to a small neighbour.
+TEST_F(DataCacheTest, SizesAroundTheWindow) {
+    for (const int32_t size : {kWindow - 8, kWindow - 4, kWindow - 3, kWindow, kWindow + 1}) {
+        Bytes big(size_t(size), 0);
+        for (size_t i = 0; i < big.size(); ++i) big[i] = uint8_t(i * 13 + 5);
+        WriteFile("z", BuildFile({{"DATA", {{1, "", Payload(1, 1)}, {2, "", big}, {3, "", {9}}}}}));
+        ResFile f = Open("z", FMModeRead);
+        Handle h = nullptr;
+        ASSERT_EQ(RGet(f, T("DATA"), 1, &h), MgNoError);
+        EXPECT_EQ(Contents(h), Payload(1, 1));
+        ASSERT_EQ(RGet(f, T("DATA"), 2, &h), MgNoError);
+        EXPECT_EQ(Contents(h), big) << size;
+        ASSERT_EQ(RGet(f, T("DATA"), 3, &h), MgNoError);
+        EXPECT_EQ(Contents(h), (Bytes{9})) << size;
+        ASSERT_EQ(RCloseFile(f), MgNoError);
+    }
+}
+
+// A fill that fails gives the failing call's status, loads nothing, and leaves no window: the
+// next load reads the file again and gets the right bytes.
+TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
+    struct Case {
+        plat::FileOp op;
+        MgStatus status;
+    };
+    for (const Case c : {Case{plat::kFileRead, MgIOError}, Case{plat::kFileSeek, MgIOError},
+                         Case{plat::kFileRead, MgNoPermission}}) {
+        WriteFile("f", BuildFile(SmallResources(10)));
+        ResFile f = Open("f", FMModeRead);
+        plat::FailFileOpAt(c.op, 1, c.status);
+        Handle h = nullptr;
+        EXPECT_EQ(RGet(f, T("DATA"), 4, &h), c.status);
+        EXPECT_EQ(h, nullptr);
+        plat::ResetFaults();
+        ASSERT_EQ(RGet(f, T("DATA"), 4, &h), MgNoError);
+        EXPECT_EQ(Contents(h), Payload(4, 0));
+        EXPECT_EQ(plat::FileOpCount(plat::kFileRead), 1);
+        ASSERT_EQ(RGet(f, T("DATA"), 5, &h), MgNoError);
+        EXPECT_EQ(Contents(h), Payload(5, 0));
+        ASSERT_EQ(RCloseFile(f), MgNoError);
+    }
+}
+
+// Without memory for a window the loads still work, reading the file directly.
+TEST_F(DataCacheTest, NoWindowMemoryFallsBackToDirectReads) {
+    WriteFile("n", BuildFile(SmallResources(3)));
+    ResFile f = Open("n", FMModeRead);
+    plat::FailAllocationAt(1);
+    Handle h = nullptr;
+    ASSERT_EQ(RGet(f, T("DATA"), 2, &h), MgNoError);
+    EXPECT_EQ(Contents(h), Payload(2, 0));
+    plat::ResetFaults();
+    ASSERT_EQ(RGet(f, T("DATA"), 3, &h), MgNoError);
+    EXPECT_EQ(Contents(h), Payload(3, 0));
+    ASSERT_EQ(RCloseFile(f), MgNoError);
+}
+
+// The map moved in front of the data, so that cutting the file short cuts the data section:
+// resources still in the file load, the one cut off gives 4 as a short read does.
+TEST_F(DataCacheTest, DataSectionCutShort) {
+    Bytes file = BuildFile(SmallResources(6));
+    const uint32_t dataSize = Big32At(file, 28);
+    const uint32_t mapSize = Big32At(file, 20);
+    Bytes header(file.begin(), file.begin() + 32);
+    Bytes data(file.begin() + 32, file.begin() + 32 + dataSize);
+    Bytes map(file.begin() + 32 + dataSize, file.end());
+    // Loading goes by the map's copy of the header, so both copies move.
+    for (Bytes* h : {&header, &map}) {
+        PutBig32(*h, 16, 32);
+        PutBig32(*h, 24, 32 + mapSize);
+    }
+    Bytes moved = header;
+    moved.insert(moved.end(), map.begin(), map.end());
+    moved.insert(moved.end(), data.begin(), data.end() - 10);  // the last resource loses 10
+    WriteFile("c", moved);
+    ResFile f = Open("c", FMModeRead);
+    Handle h = nullptr;
+    for (int32_t id = 1; id <= 5; ++id) {
+        ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError) << id;
+        EXPECT_EQ(Contents(h), Payload(id, 0));
+    }
+    EXPECT_EQ(RGet(f, T("DATA"), 6, &h), MgEndOfFile);
+    ASSERT_EQ(RCloseFile(f), MgNoError);
+}
+
+}  // namespace
