@@ -9,7 +9,7 @@
 # memory against the module's size.
 #
 # Usage: package_256m.sh [mxsbutil binary] [runs]
-#   binary defaults to build/release/mxsbutil, runs to 5. MB_SIZE_MIB overrides the size.
+#   binary defaults to build/release/mxsbutil, runs to 7. MB_SIZE_MIB overrides the size.
 #
 # Needs only what the build does (a POSIX shell and coreutils). Peak memory comes from GNU
 # time if present, else from python3's getrusage, else from polling /proc/<pid>/status
@@ -17,7 +17,7 @@
 set -u
 
 tool=${1:-build/release/mxsbutil}
-runs=${2:-5}
+runs=${2:-7}
 size_mib=${MB_SIZE_MIB:-256}
 size=$((size_mib * 1048576))
 
@@ -140,9 +140,13 @@ run_copy_fsync
 : >"$work/t_sync"
 i=0
 while [ "$i" -lt "$runs" ]; do
-    # Interleaved, so that drift in the machine's load falls on all three alike.
+    # Interleaved, so that drift in the machine's load falls on all three alike, and each
+    # after an untimed sync, so that no run pays for writing back the one before it.
+    sync
     time_ns run_tool >>"$work/t_tool" || { echo "package_256m: mxsbutil failed" >&2; exit 1; }
+    sync
     time_ns run_copy >>"$work/t_copy" || exit 1
+    sync
     time_ns run_copy_fsync >>"$work/t_sync" || exit 1
     i=$((i + 1))
 done
