@@ -20,6 +20,7 @@ bench:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
 	cmake --build $(RELEASE_DIR)
 	@for b in $(RELEASE_DIR)/bench_*; do [ -x "$$b" ] && "$$b"; done; true
+	@sh bench/package_256m.sh $(RELEASE_DIR)/mxsbutil
 
 format:
 	find exsource mgsource tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i

@@ -5,13 +5,25 @@
 #include "platform/platform.h"
 
 namespace plat {
+namespace {
+
+// Below this a block's faults cost little next to filling it; above it (a module read whole,
+// a large resource) they dominate.
+constexpr size_t kLargeBlock = size_t(4) << 20;
+
+void* Advised(void* block, size_t size) {
+    if (block != nullptr && size >= kLargeBlock) AdviseLargeBlock(block, size);
+    return block;
+}
+
+}  // namespace
 
 void* Malloc(size_t size) {
-    return AllocationShouldFail() ? nullptr : malloc(size);
+    return AllocationShouldFail() ? nullptr : Advised(malloc(size), size);
 }
 
 void* Realloc(void* block, size_t size) {
-    return AllocationShouldFail() ? nullptr : realloc(block, size);
+    return AllocationShouldFail() ? nullptr : Advised(realloc(block, size), size);
 }
 
 void Free(void* block) {

@@ -13,6 +13,10 @@ namespace plat {
 void* Malloc(size_t size);
 void* Realloc(void* block, size_t size);
 void Free(void* block);
+// Marks a large block that is about to be filled as a candidate for the host's large pages,
+// which spares one page fault and one page clear for every small page of it. A hint only:
+// the block's bytes and size are the same either way.
+void AdviseLargeBlock(void* block, size_t size);
 
 // Writes the current directory, NUL-terminated, into `buffer` of `size` bytes; returns its
 // length, or 0 when it does not fit or cannot be read.

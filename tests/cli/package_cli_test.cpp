@@ -45,7 +45,7 @@ TEST(PackageCli, WorkedPackageByteForByte) {
 }
 
 TEST(PackageCli, ModuleSizesArePackedWhole) {
-    for (size_t size : {0u, 3u, 4u, 4092u, 4093u, 4096u, 1u << 20}) {
+    for (size_t size : {0u, 3u, 4u, 4092u, 4093u, 4096u, 1u << 20, (5u << 20) + 3}) {
         TempDir dir;
         std::string module(size, '\0');
         for (size_t i = 0; i < size; ++i) module[i] = static_cast<char>(i * 31 + 7);

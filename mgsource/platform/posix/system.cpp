@@ -4,12 +4,28 @@
 #include <limits.h>
 #include <locale.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
+
+// Only whole pages inside the block are advised, so no neighbouring block is touched.
+void AdviseLargeBlock(void* block, size_t size) {
+#ifdef MADV_HUGEPAGE
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    if (pageSize <= 0) return;
+    const uintptr_t page = static_cast<uintptr_t>(pageSize);
+    const uintptr_t start = (reinterpret_cast<uintptr_t>(block) + page - 1) & ~(page - 1);
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(block) + size) & ~(page - 1);
+    if (end > start) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+#else
+    (void)block;
+    (void)size;
+#endif
+}
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {
     int32_t length = 0;

@@ -7,6 +7,12 @@
 
 namespace plat {
 
+// Large pages on Windows need a privilege the process doesn't hold; blocks stay as they are.
+void AdviseLargeBlock(void* block, size_t size) {
+    (void)block;
+    (void)size;
+}
+
 int32_t CurrentDirectory(char* buffer, int32_t size) {
     int32_t length = 0;
     if (CurrentDirectoryOverride(buffer, size, &length)) return length;
