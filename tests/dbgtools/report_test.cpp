@@ -106,6 +106,20 @@ TEST(DebugPrint, SilentWhileSwitchedOff) {
     EXPECT_STREQ(gAppName, "mxsbutil");
 }
 
+TEST(HostStubs, PrintfFormatsOneLineAndCounts) {
+    const int32_t before = gHostPrintCount;
+    const std::string longText(600, 'x');
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(HostPrintf("plain"), before + 1);
+    EXPECT_EQ(HostPrintf("%d\\n%s", 42, "x"), before + 2);  // the engine's own line end
+    EXPECT_EQ(HostPrintf("%s", longText.c_str()), before + 3);
+    gHostPrintBusy = 1;  // as if called from within the formatting
+    EXPECT_EQ(HostPrintf("unseen"), before + 3);
+    gHostPrintBusy = 0;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "plain\n42\r\nx\n" + std::string(512, 'x') + "\n");
+}
+
 TEST(HostStubs, WriteAndConfig) {
     testing::internal::CaptureStderr();
     const uint8_t empty[1] = {0};
