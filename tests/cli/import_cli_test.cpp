@@ -32,10 +32,7 @@ struct Res {
     std::string name;  // empty: none
     std::string data;
     int32_t attrs = 0;
-    bool operator==(const Res& o) const {
-        return std::tie(type, id, name, data, attrs) ==
-               std::tie(o.type, o.id, o.name, o.data, o.attrs);
-    }
+    bool operator==(const Res&) const = default;
 };
 
 std::ostream& operator<<(std::ostream& os, const Res& r) {
@@ -111,10 +108,6 @@ std::vector<Res> ReadResourceFile(const std::filesystem::path& file) {
     return out;
 }
 
-std::vector<Res> PackageOwn(const std::string& module) {
-    return {{"PLAT", 0, "foo", "i386"}, {"MXSB", 0, "foo", module}};
-}
-
 void WriteFile(const std::filesystem::path& p, const std::string& bytes) {
     std::ofstream(p, std::ios::binary) << bytes;
 }
@@ -162,7 +155,7 @@ TEST(ImportCli, CollisionsEmptyAndMissingSources) {
         int status;
         std::vector<Res> package;  // what foo.msb holds afterwards
     };
-    const std::vector<Res> own = PackageOwn("HELLO");
+    const std::vector<Res> own = {{"PLAT", 0, "foo", "i386"}, {"MXSB", 0, "foo", "HELLO"}};
     const Row rows[] = {
         {"PLAT id 0 collides", true, {{"PLAT", 0, "x", "sparc"}}, 2, own},
         {"MXSB id 0 collides after one copied",
@@ -183,43 +176,46 @@ TEST(ImportCli, CollisionsEmptyAndMissingSources) {
     }
 }
 
+// The module and platform entries named like the code swap ids with the new ones; other
+// entries of the code's name go, the rest stay. A target not holding the module is left alone.
 TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
-    TempDir dir;
-    WriteFile(dir.path / "foo.dll", "NEWCODE");
-    MakeResourceFile(dir.path / "target.vi", {
-                                                 {"MXSB", 7, "foo", "oldcode"},
-                                                 {"PLAT", 9, "foo", "i386"},
-                                                 {"LIsb", 3, "foo", "lib"},
-                                                 {"LIsb", 4, "bar", "keep me"},
-                                                 {"vers", 1, "", "1.0", RAttrProtected},
-                                             });
-    ToolResult r = RunTool(
-        {"-c", "foo", "-d", dir.path.string(), "-vi", (dir.path / "target.vi").string()}, dir.path);
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_FALSE(std::filesystem::exists(dir.path / "foo.msb"));
-    std::vector<Res> got = ReadResourceFile(dir.path / "target.vi");
-    std::sort(got.begin(), got.end(), [](const Res& a, const Res& b) {
-        return std::tie(a.type, a.id) < std::tie(b.type, b.id);
-    });
-    const std::vector<Res> want = {
-        {"LIsb", 4, "bar", "keep me"},
-        {"MXSB", 9, "foo", "NEWCODE"},
-        {"PLAT", 7, "foo", "i386"},
-        {"vers", 1, "", "1.0", RAttrProtected},
+    const std::vector<Res> withoutModule = {{"MXSB", 7, "bar", "x"}, {"PLAT", 9, "foo", "i386"}};
+    const struct {
+        std::vector<Res> target;
+        int status;
+        std::vector<Res> after;  // sorted by type and id: type order after removals is free
+    } rows[] = {
+        {{
+             {"MXSB", 7, "foo", "oldcode"},
+             {"PLAT", 9, "foo", "i386"},
+             {"LIsb", 3, "foo", "lib"},
+             {"LIsb", 4, "bar", "keep me"},
+             {"vers", 1, "", "1.0", RAttrProtected},
+         },
+         0,
+         {
+             {"LIsb", 4, "bar", "keep me"},
+             {"MXSB", 9, "foo", "NEWCODE"},
+             {"PLAT", 7, "foo", "i386"},
+             {"vers", 1, "", "1.0", RAttrProtected},
+         }},
+        {withoutModule, 2, withoutModule},
     };
-    EXPECT_EQ(got, want);  // type order after removals is the manager's business
-}
-
-TEST(ReplaceCli, TargetWithoutTheModuleFails) {
-    TempDir dir;
-    WriteFile(dir.path / "foo.dll", "NEWCODE");
-    const std::vector<Res> held = {{"MXSB", 7, "bar", "x"}, {"PLAT", 9, "foo", "i386"}};
-    MakeResourceFile(dir.path / "target.vi", held);
-    ToolResult r = RunTool(
-        {"-c", "foo", "-d", dir.path.string(), "-vi", (dir.path / "target.vi").string()}, dir.path);
-    EXPECT_EQ(r.status, 2);
-    EXPECT_FALSE(std::filesystem::exists(dir.path / "foo.msb"));
-    EXPECT_EQ(ReadResourceFile(dir.path / "target.vi"), held);
+    for (const auto& row : rows) {
+        TempDir dir;
+        WriteFile(dir.path / "foo.dll", "NEWCODE");
+        MakeResourceFile(dir.path / "target.vi", row.target);
+        ToolResult r = RunTool(
+            {"-c", "foo", "-d", dir.path.string(), "-vi", (dir.path / "target.vi").string()},
+            dir.path);
+        EXPECT_EQ(r.status, row.status) << r.err;
+        EXPECT_FALSE(std::filesystem::exists(dir.path / "foo.msb"));
+        std::vector<Res> got = ReadResourceFile(dir.path / "target.vi");
+        std::sort(got.begin(), got.end(), [](const Res& a, const Res& b) {
+            return std::tie(a.type, a.id) < std::tie(b.type, b.id);
+        });
+        EXPECT_EQ(got, row.after) << row.status;
+    }
 }
 
 }  // namespace

@@ -1,18 +1,9 @@
 // Whole -r runs in-process with the Nth allocation failing, for every N the run reaches: each
 // must end with one of the tool's statuses, cleanly under the sanitizers, and leave the
 // source file untouched. The memory manager starts once per process, so each run is a child.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
 
 #include "mg/filemgr.h"
 #include "mg/memory.h"
@@ -20,6 +11,7 @@
 #include "mg/resource.h"
 #include "mxsbutil/options.h"
 #include "platform/faults.h"
+#include "support/run_tool.h"
 
 // A sanitizer report must not pass for one of the tool's own statuses 0, 1 or 2.
 extern "C" const char* __asan_default_options() {
@@ -30,11 +22,6 @@ extern "C" const char* __ubsan_default_options() {
 }
 
 namespace {
-
-std::string Slurp(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // Runs `body` in a child with its output discarded and returns the raw wait status.
 template <typename F>
@@ -84,26 +71,17 @@ int MakeSource(const std::string& file) {
     return RCloseFile(f) ? 14 : 0;
 }
 
-struct Scratch {
-    std::filesystem::path root;
-    Scratch() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "mxsboom-XXXXXX").string();
-        root = mkdtemp(tmpl.data());
-    }
-    ~Scratch() { std::filesystem::remove_all(root); }
-};
-
 TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
-    Scratch s;
-    const std::string source = (s.root / "src.rsrc").string();
+    TempDir s;
+    const std::string source = (s.path / "src.rsrc").string();
     int made = InChild([&] { return MakeSource(source); });
     ASSERT_TRUE(WIFEXITED(made) && WEXITSTATUS(made) == 0) << made;
-    const std::string before = Slurp(source);
+    const std::string before = SlurpFile(source);
     ASSERT_GT(before.size(), 3000u);
 
     bool completed = false;
     for (int64_t n = 1; n <= 400 && !completed; ++n) {
-        const std::filesystem::path dir = s.root / ("run" + std::to_string(n));
+        const std::filesystem::path dir = s.path / ("run" + std::to_string(n));
         std::filesystem::create_directory(dir);
         std::ofstream(dir / "foo.dll", std::ios::binary) << "MODULE";
         int pipeFds[2];
@@ -126,7 +104,7 @@ TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
         const bool told = read(pipeFds[0], &reached, 1) == 1;
         close(pipeFds[0]);
 
-        ASSERT_EQ(Slurp(source), before) << "N=" << n;
+        ASSERT_EQ(SlurpFile(source), before) << "N=" << n;
         // Keep going after a bad run, so that one report lists every allocation that fails.
         if (!WIFEXITED(w)) {
             ADD_FAILURE() << "N=" << n << " ended by signal " << WTERMSIG(w);

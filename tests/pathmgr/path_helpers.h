@@ -61,20 +61,29 @@ inline std::string Describe(Path p) {
     return out;
 }
 
-// The user text of a path in a syntax, through the measure-then-write protocol.
-inline std::string Text(Path p, int32_t syntax = PathSyntaxWindows) {
+// The text a measure-then-write function gives; the write must match the measure exactly.
+template <typename F>
+std::string MeasuredText(F into) {
     std::vector<uint8_t> mem(sizeof(int32_t));
     auto* l = reinterpret_cast<LStr*>(mem.data());
     l->count = -1;
-    EXPECT_EQ(FPathTextIntoSyntax(p, l, syntax), MgNoError);
+    EXPECT_EQ(into(l), MgNoError);
     int32_t length = l->count;
     mem.assign(sizeof(int32_t) + length + 1, 0xEE);
     l = reinterpret_cast<LStr*>(mem.data());
     l->count = 0;
-    EXPECT_EQ(FPathTextIntoSyntax(p, l, syntax), MgNoError);
+    EXPECT_EQ(into(l), MgNoError);
     EXPECT_EQ(l->count, length);
     EXPECT_EQ(mem.back(), 0xEE) << "wrote beyond its measure";
     return std::string(reinterpret_cast<const char*>(l->text), length);
+}
+
+// The user text of a path in a syntax, and its portable text.
+inline std::string Text(Path p, int32_t syntax = PathSyntaxWindows) {
+    return MeasuredText([&](LStr* l) { return FPathTextIntoSyntax(p, l, syntax); });
+}
+inline std::string PortableText(Path p) {
+    return MeasuredText([&](LStr* l) { return FPathPortableTextInto(p, l); });
 }
 
 // Resets faults and points the current directory at a Windows one for the whole test.

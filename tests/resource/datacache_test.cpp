@@ -18,9 +18,9 @@ Bytes Payload(int32_t id, uint8_t generation) {
     return b;
 }
 
-std::vector<TypeSpec> SmallResources(int32_t count) {
+std::vector<TypeSpec> SmallResources(int32_t count, uint8_t generation = 0) {
     TypeSpec t{"DATA", {}};
-    for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, 0)});
+    for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, generation)});
     return {t};
 }
 
@@ -29,15 +29,7 @@ class DataCacheTest : public ResourceTest {
     // Every DATA resource's contents by id, loading as needed.
     std::map<int32_t, Bytes> LoadAll(ResFile f) {
         std::map<int32_t, Bytes> all;
-        int32_t n = 0;
-        EXPECT_EQ(RCount(f, T("DATA"), &n), MgNoError);
-        for (int32_t i = 1; i <= n; ++i) {
-            Handle h = nullptr;
-            EXPECT_EQ(RGetInd(f, T("DATA"), i, &h), MgNoError) << i;
-            int32_t id = 0;
-            EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
-            all[id] = Contents(h);
-        }
+        for (int32_t id : Ids(f, "DATA")) all[id] = Load(f, "DATA", id);
         return all;
     }
     void ReleaseAll(ResFile f) {
@@ -86,8 +78,7 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
             ReleaseAll(f);
             for (int32_t near = front; near <= id + 2 && near <= kCount; ++near) {
                 if (!expected.count(near)) continue;
-                ASSERT_EQ(RGet(f, T("DATA"), near, &h), MgNoError);
-                EXPECT_EQ(Contents(h), expected[near]) << edit << " " << id << " " << near;
+                EXPECT_EQ(Load(f, "DATA", near), expected[near]) << edit << " " << id;
             }
             EXPECT_EQ(LoadAll(f), expected) << edit << " " << id;
             ASSERT_EQ(RCloseFile(f), MgNoError);
@@ -103,26 +94,21 @@ TEST_F(DataCacheTest, WriteNowDropsTheWindow) {
     Handle added = AddData(f, "DATA", 9, Payload(9, 3));
     ASSERT_EQ(RWriteNow(added), MgNoError);
     ASSERT_EQ(RRelease(added), MgNoError);
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("DATA"), 9, &h), MgNoError);
-    EXPECT_EQ(Contents(h), Payload(9, 3));
+    EXPECT_EQ(Load(f, "DATA", 9), Payload(9, 3));
     ASSERT_EQ(RCloseFile(f), MgNoError);
 }
 
 // A closed file's id comes back for the next file opened; its window must not.
 TEST_F(DataCacheTest, ReusedIdGetsNoOldWindow) {
     WriteFile("a", BuildFile(SmallResources(3)));
-    TypeSpec other{"DATA", {}};
-    for (int32_t id = 1; id <= 3; ++id) other.refs.push_back({id, "", Payload(id, 5)});
-    WriteFile("b", BuildFile({other}));
+    WriteFile("b", BuildFile(SmallResources(3, 5)));
     ResFile a = Open("a", FMModeRead);
     Handle h = nullptr;
     ASSERT_EQ(RGet(a, T("DATA"), 1, &h), MgNoError);
     ASSERT_EQ(RCloseFile(a), MgNoError);
     ResFile b = Open("b", FMModeRead);
     EXPECT_EQ(b, a);  // descriptors are reused lowest first
-    ASSERT_EQ(RGet(b, T("DATA"), 2, &h), MgNoError);
-    EXPECT_EQ(Contents(h), Payload(2, 5));
+    EXPECT_EQ(Load(b, "DATA", 2), Payload(2, 5));
     ASSERT_EQ(RCloseFile(b), MgNoError);
 }
 
@@ -139,9 +125,7 @@ TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
         for (int32_t i = 1; i <= c.count; ++i) {
             const int32_t id = c.backward ? c.count + 1 - i : i;
-            Handle h = nullptr;
-            ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError);
-            ASSERT_EQ(Contents(h), Payload(id, 0)) << id;
+            ASSERT_EQ(Load(f, "DATA", id), Payload(id, 0)) << id;
         }
         EXPECT_LE(plat::FileOpCount(plat::kFileRead), c.maxReads) << c.count << c.backward;
         ASSERT_EQ(RCloseFile(f), MgNoError);
@@ -156,13 +140,9 @@ TEST_F(DataCacheTest, SizesAroundTheWindow) {
         for (size_t i = 0; i < big.size(); ++i) big[i] = uint8_t(i * 13 + 5);
         WriteFile("z", BuildFile({{"DATA", {{1, "", Payload(1, 1)}, {2, "", big}, {3, "", {9}}}}}));
         ResFile f = Open("z", FMModeRead);
-        Handle h = nullptr;
-        ASSERT_EQ(RGet(f, T("DATA"), 1, &h), MgNoError);
-        EXPECT_EQ(Contents(h), Payload(1, 1));
-        ASSERT_EQ(RGet(f, T("DATA"), 2, &h), MgNoError);
-        EXPECT_EQ(Contents(h), big) << size;
-        ASSERT_EQ(RGet(f, T("DATA"), 3, &h), MgNoError);
-        EXPECT_EQ(Contents(h), (Bytes{9})) << size;
+        EXPECT_EQ(Load(f, "DATA", 1), Payload(1, 1));
+        EXPECT_EQ(Load(f, "DATA", 2), big) << size;
+        EXPECT_EQ(Load(f, "DATA", 3), (Bytes{9})) << size;
         ASSERT_EQ(RCloseFile(f), MgNoError);
     }
 }
@@ -183,11 +163,9 @@ TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
         EXPECT_EQ(RGet(f, T("DATA"), 4, &h), c.status);
         EXPECT_EQ(h, nullptr);
         plat::ResetFaults();
-        ASSERT_EQ(RGet(f, T("DATA"), 4, &h), MgNoError);
-        EXPECT_EQ(Contents(h), Payload(4, 0));
+        EXPECT_EQ(Load(f, "DATA", 4), Payload(4, 0));
         EXPECT_EQ(plat::FileOpCount(plat::kFileRead), 1);
-        ASSERT_EQ(RGet(f, T("DATA"), 5, &h), MgNoError);
-        EXPECT_EQ(Contents(h), Payload(5, 0));
+        EXPECT_EQ(Load(f, "DATA", 5), Payload(5, 0));
         ASSERT_EQ(RCloseFile(f), MgNoError);
     }
 }
@@ -197,12 +175,9 @@ TEST_F(DataCacheTest, NoWindowMemoryFallsBackToDirectReads) {
     WriteFile("n", BuildFile(SmallResources(3)));
     ResFile f = Open("n", FMModeRead);
     plat::FailAllocationAt(1);
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("DATA"), 2, &h), MgNoError);
-    EXPECT_EQ(Contents(h), Payload(2, 0));
+    EXPECT_EQ(Load(f, "DATA", 2), Payload(2, 0));
     plat::ResetFaults();
-    ASSERT_EQ(RGet(f, T("DATA"), 3, &h), MgNoError);
-    EXPECT_EQ(Contents(h), Payload(3, 0));
+    EXPECT_EQ(Load(f, "DATA", 3), Payload(3, 0));
     ASSERT_EQ(RCloseFile(f), MgNoError);
 }
 
@@ -225,11 +200,8 @@ TEST_F(DataCacheTest, DataSectionCutShort) {
     moved.insert(moved.end(), data.begin(), data.end() - 10);  // the last resource loses 10
     WriteFile("c", moved);
     ResFile f = Open("c", FMModeRead);
+    for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(Load(f, "DATA", id), Payload(id, 0));
     Handle h = nullptr;
-    for (int32_t id = 1; id <= 5; ++id) {
-        ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError) << id;
-        EXPECT_EQ(Contents(h), Payload(id, 0));
-    }
     EXPECT_EQ(RGet(f, T("DATA"), 6, &h), MgEndOfFile);
     ASSERT_EQ(RCloseFile(f), MgNoError);
 }

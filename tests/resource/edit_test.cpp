@@ -5,19 +5,6 @@ namespace {
 
 class EditTest : public ResourceTest {
   protected:
-    std::vector<int32_t> Ids(ResFile f, const char* type) {
-        std::vector<int32_t> ids;
-        int32_t n = 0;
-        EXPECT_EQ(RCount(f, T(type), &n), MgNoError);
-        for (int32_t i = 1; i <= n; ++i) {
-            Handle h = nullptr;
-            EXPECT_EQ(RGetInd(f, T(type), i, &h), MgNoError);
-            int32_t id = 0;
-            EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
-            ids.push_back(id);
-        }
-        return ids;
-    }
     std::string NameOf(Handle h) {
         uint8_t name[256] = {};
         EXPECT_EQ(RGetInfo(h, nullptr, nullptr, name), MgNoError);
@@ -51,9 +38,7 @@ TEST_F(EditTest, IdsStaySortedAndNamesKeepTheirOrder) {
 
     f = Open("a");
     EXPECT_EQ(Ids(f, "AAAA"), (std::vector<int32_t>{1, 3, 5}));
-    Handle h = nullptr;
-    ASSERT_EQ(RGetNamed(f, T("AAAA"), PS(P("THREE")), &h), MgNoError);
-    EXPECT_EQ(Contents(h), Bytes{3});
+    EXPECT_EQ(LoadNamed(f, "AAAA", "THREE"), Bytes{3});
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 

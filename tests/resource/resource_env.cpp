@@ -150,3 +150,29 @@ Bytes ResourceTest::Contents(Handle h) {
     const int32_t n = MemHandleSize(h);
     return Bytes(*h, *h + n);
 }
+
+Bytes ResourceTest::Load(ResFile f, const char* type, int32_t id) {
+    Handle h = nullptr;
+    EXPECT_EQ(RGet(f, T(type), id, &h), MgNoError) << type << " " << id;
+    return h ? Contents(h) : Bytes();
+}
+
+Bytes ResourceTest::LoadNamed(ResFile f, const char* type, const std::string& name) {
+    Handle h = nullptr;
+    EXPECT_EQ(RGetNamed(f, T(type), PS(P(name)), &h), MgNoError) << type << " " << name;
+    return h ? Contents(h) : Bytes();
+}
+
+std::vector<int32_t> ResourceTest::Ids(ResFile f, const char* type) {
+    std::vector<int32_t> ids;
+    int32_t n = 0;
+    EXPECT_EQ(RCount(f, T(type), &n), MgNoError);
+    for (int32_t i = 1; i <= n; ++i) {
+        Handle h = nullptr;
+        int32_t id = 0;
+        EXPECT_EQ(RGetInd(f, T(type), i, &h), MgNoError) << i;
+        EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
+        ids.push_back(id);
+    }
+    return ids;
+}

@@ -64,6 +64,11 @@ class ResourceTest : public ::testing::Test {
     Handle AddData(ResFile f, const char* type, int32_t id, const Bytes& data,
                    const std::string& name = "");
     static Bytes Contents(Handle h);
+    // The contents of a resource, loaded by id or by name; empty when the load fails.
+    static Bytes Load(ResFile f, const char* type, int32_t id);
+    static Bytes LoadNamed(ResFile f, const char* type, const std::string& name);
+    // The ids of a type in index order.
+    static std::vector<int32_t> Ids(ResFile f, const char* type);
 
     std::string dir_;
     std::vector<Path> paths_;

@@ -28,6 +28,15 @@ class WriteBackTest : public ResourceTest {
         }
         return -1;
     }
+    // Opens the file, removes resource `id` of AAAA and closes.
+    void RemoveAndClose(const std::string& leaf, int32_t id) {
+        ResFile f = Open(leaf);
+        Handle h = nullptr;
+        ASSERT_EQ(RGet(f, T("AAAA"), id, &h), MgNoError);
+        ASSERT_EQ(RRemove(h, f), MgNoError);
+        ASSERT_EQ(RCloseFile(f), MgNoError);
+        MemDisposeHandle(h);
+    }
 };
 
 const std::vector<TypeSpec> kThree = {
@@ -84,27 +93,18 @@ TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
     EXPECT_EQ(DataOffset(file, "AAAA", 2), 24);  // behind all unchanged data
     EXPECT_EQ(Big32At(file, 28), 36u);
     f = Open("m");
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &h), MgNoError);
-    EXPECT_EQ((*h)[0], 0x55);
-    ASSERT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
-    EXPECT_EQ(Contents(h), Bytes(3, 3));
+    EXPECT_EQ(Load(f, "AAAA", 2), (Bytes{0x55, 2, 2, 2, 2, 2}));
+    EXPECT_EQ(Load(f, "AAAA", 3), Bytes(3, 3));
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
 TEST_F(WriteBackTest, RemovalShrinksTheFile) {
     const Bytes original = BuildFile(kThree);
     WriteFile("r", original);
+    RemoveAndClose("r", 1);
+    EXPECT_EQ(ReadFile("r").size(), original.size() - 16 - 20);
     ResFile f = Open("r");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
-    ASSERT_EQ(RRemove(h, f), MgNoError);
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-    MemDisposeHandle(h);
-    const Bytes file = ReadFile("r");
-    EXPECT_EQ(file.size(), original.size() - 16 - 20);
-    f = Open("r");
-    ASSERT_EQ(RGetNamed(f, T("AAAA"), PS(P("two")), &h), MgNoError);
-    EXPECT_EQ(Contents(h), Bytes(6, 2));
+    EXPECT_EQ(LoadNamed(f, "AAAA", "two"), Bytes(6, 2));
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
@@ -112,12 +112,7 @@ TEST_F(WriteBackTest, RemovalShrinksTheFile) {
 // the old map: it can't be opened again. One that never held any stays valid.
 TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
     WriteFile("e", BuildFile({{"AAAA", {{1, "", {1}}}}}));
-    ResFile f = Open("e");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
-    ASSERT_EQ(RRemove(h, f), MgNoError);
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-    MemDisposeHandle(h);
+    RemoveAndClose("e", 1);
     EXPECT_EQ(ReadFile("e").size(), 32u);
     Open("e", FMModeReadWrite, MgEndOfFile);
 }
@@ -158,11 +153,8 @@ TEST_F(WriteBackTest, FailedWriteLeavesTheFileOpenAndDirty) {
         plat::ResetFaults();
         ASSERT_EQ(RCloseFile(f), MgNoError);
         f = Open("x");
-        Handle h = nullptr;
-        ASSERT_EQ(RGetNamed(f, T("BBBB"), PS(P("big")), &h), MgNoError);
-        EXPECT_EQ(Contents(h), Bytes(5000, 9));
-        ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
-        EXPECT_EQ(Contents(h), (Bytes{1, 2, 3}));
+        EXPECT_EQ(LoadNamed(f, "BBBB", "big"), Bytes(5000, 9));
+        EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{1, 2, 3}));
         EXPECT_EQ(RCloseFile(f), MgNoError);
     }
 }
@@ -176,14 +168,14 @@ TEST_F(WriteBackTest, WriteNowAndPreAlloc) {
     EXPECT_EQ(attrs & RAttrChanged, 0);
     ASSERT_EQ(RCloseFile(f), MgNoError);
     f = Open("n");
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
-    EXPECT_EQ(Contents(h), (Bytes{7, 7}));
+    EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{7, 7}));
     const size_t size = ReadFile("n").size();
     ASSERT_EQ(RPreAllocFile(f, 100), MgNoError);
     EXPECT_EQ(ReadFile("n").size(), size + 100);
     ASSERT_EQ(RCloseFile(f), MgNoError);
+    // The room taken at the end does not spoil the file.
     f = Open("n");
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
+    EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{7, 7}));
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
