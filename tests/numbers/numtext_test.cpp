@@ -92,6 +92,8 @@ struct FloatCase {
     const char* text;
 };
 
+// Edge cases only: ordinary values of the exponent and fixed forms are compared with the C
+// library in libc_compare_test.
 TEST(NumToText, FloatCodes) {
     const FloatCase cases[] = {
         {1e308, -6, "1.000000E+308"},  // fixed form would reach 308
@@ -104,15 +106,12 @@ TEST(NumToText, FloatCodes) {
         {1.5, 2, "1.5E+0"},
         {1.5, 1, "2E+0"},
         {2.5, 1, "2E+0"},  // ties to even in the packed store
-        {123.456, -2, "123.46"},
         {0.5, 0, "0"},
         {1.5, 0, "2"},
         {0.05, -1, "0.1"},
         {0.0999999, -2, "0.10"},
         {9.9999, 2, "1.0E+1"},
         {999.9996, -3, "1000.000"},
-        {1e-5, 3, "1.00E-5"},
-        {123456789, 3, "1.23E+8"},
         {-123456789, -1, "-123456789.0"},
         // Scaling by ten to the 340 through a power of two leaves the 17th digit one high.
         {4.9406564584124654e-324, 17, "4.9406564584124655E-324"},
