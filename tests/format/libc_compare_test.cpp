@@ -1,5 +1,7 @@
-// The engine against the C library's snprintf: equal where the two agree, and a listed table
-// of the places where they differ by design.
+// The engine against the C library's snprintf over the forms where the two agree. Where they
+// differ by design (upper-case hex digits, a precision that caps the whole string field, 32-bit
+// %ld, integers that ignore the precision, %c that ignores widths other than 1 to 4) the
+// engine suite pins the engine's side.
 #include <gtest/gtest.h>
 #include <stdio.h>
 
@@ -50,26 +52,6 @@ TEST(FormatVersusLibc, RandomStrings) {
                       Libc(format, text.c_str(), text.c_str()))
                 << format << " '" << text << "'";
         }
-    }
-}
-
-TEST(FormatVersusLibc, DifferencesByDesign) {
-    struct Case {
-        const char* what;
-        std::string ours, ourWant, libc, libcWant;
-    };
-    const Case cases[] = {
-        {"hexadecimal digits are upper-case", Format("%x", 0xABC), "ABC", Libc("%x", 0xABC), "abc"},
-        {"string precision caps the whole field", Format("%8.3s", "abcdef"), "   ",
-         Libc("%8.3s", "abcdef"), "     abc"},
-        {"%ld is 32 bits", Format("%ld", -1), "-1", Libc("%ld", 4294967295L), "4294967295"},
-        {"precision has no effect on integers", Format("%.5d", 42), "42", Libc("%.5d", 42),
-         "00042"},
-        {"%c ignores other widths", Format("%5c", 'x'), "x", Libc("%5c", 'x'), "    x"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.ours, c.ourWant) << c.what;
-        EXPECT_EQ(c.libc, c.libcWant) << c.what;
     }
 }
 

@@ -14,30 +14,37 @@ TEST_F(HandlesTest, StartsWithThreeMainBlocksAndOneCompact) {
     EXPECT_EQ(gCompactZone->headerSize, 8);
 }
 
-TEST_F(HandlesTest, MainHeaderHoldsSizeFlagsAndHandle) {
-    const int32_t before = gBytesAllocated;
-    CounterDelta counters(false);
-    Handle h = MemNewHandle(5);
-    ASSERT_NE(h, nullptr);
-    EXPECT_EQ(gBytesAllocated - before, 5 + 16);
-    EXPECT_EQ(counters.Now().handleAllocs, 1);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(*h) % 8, 0u);
-    uint8_t* block = *h - 16;
-    EXPECT_EQ(*reinterpret_cast<int32_t*>(block), 5);
-    EXPECT_EQ(*reinterpret_cast<int32_t*>(block + 4), 0);
-    EXPECT_EQ(*reinterpret_cast<Handle*>(block + 8), h);
-    EXPECT_EQ(MemRecoverHandle(*h), h);
-    EXPECT_EQ(MemHandleSize(h), 5);
-    EXPECT_EQ(MemDisposeHandle(h), MgNoError);
-    EXPECT_EQ(gBytesAllocated, before);
-}
+// Main header: size, flags and the handle; compact header: size and flags only.
+TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
+    for (const Zone& z : kZones) {
+        SCOPED_TRACE(z.name);
+        const int32_t before = gBytesAllocated;
+        CounterDelta counters(z.compact);
+        Handle h = z.newHandle(5);
+        ASSERT_NE(h, nullptr);
+        EXPECT_EQ(gBytesAllocated - before, 5 + z.header);
+        EXPECT_EQ(counters.Now().handleAllocs, 1);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(*h) % 8, 0u);
+        uint8_t* block = *h - z.header;
+        EXPECT_EQ(*reinterpret_cast<int32_t*>(block), 5);
+        EXPECT_EQ(*reinterpret_cast<int32_t*>(block + 4), 0);
+        if (!z.compact) {
+            EXPECT_EQ(*reinterpret_cast<Handle*>(block + 8), h);
+            EXPECT_EQ(MemRecoverHandle(*h), h);
+        }
+        EXPECT_EQ(z.size(h), 5);
+        EXPECT_EQ(z.dispose(h), MgNoError);
+        EXPECT_EQ(gBytesAllocated, before);
 
-TEST_F(HandlesTest, ZeroSizeHandleHoldsOnlyTheHeader) {
-    Handle h = MemNewHandleClear(0);
-    ASSERT_NE(h, nullptr);
-    EXPECT_EQ(MemHandleSize(h), 0);
-    EXPECT_EQ(MemCheckHandle(h), MgNoError);
-    EXPECT_EQ(MemDisposeHandle(h), MgNoError);
+        for (int32_t size : {0, 300}) {  // 0: the header alone
+            h = z.newClear(size);
+            ASSERT_NE(h, nullptr);
+            EXPECT_EQ(z.size(h), size);
+            EXPECT_EQ(z.check(h), MgNoError);
+            for (int32_t i = 0; i < size; ++i) ASSERT_EQ((*h)[i], 0) << i;
+            EXPECT_EQ(z.dispose(h), MgNoError);
+        }
+    }
 }
 
 TEST_F(HandlesTest, NullArguments) {
@@ -99,49 +106,38 @@ TEST_F(HandlesTest, GrowsPastAFullFreeList) {
 }
 
 TEST_F(HandlesTest, ResizeCountsAndMoves) {
-    Handle h = MemNewHandle(4);
-    CounterDelta counters(false);
-    EXPECT_EQ(MemResizeHandle(h, 4), MgNoError);
-    EXPECT_EQ(counters.Now().resizes, 1);
-    EXPECT_EQ(counters.Now().moves, 0);
-    EXPECT_EQ(MemResizeHandleClear(h, 4), MgNoError);
-    EXPECT_EQ(counters.Now().resizes, 1);
-    EXPECT_EQ(MemResizeHandle(h, -1), MgBadArgument);
-    EXPECT_EQ(counters.Now().resizes, 1);
-    EXPECT_EQ(MemHandleSize(h), 4);
+    for (const Zone& z : kZones) {
+        SCOPED_TRACE(z.name);
+        Handle h = z.newHandle(4);
+        CounterDelta counters(z.compact);
+        EXPECT_EQ(z.resize(h, 4), MgNoError);
+        EXPECT_EQ(counters.Now().resizes, 1);
+        // Clearing to the same size is a counted resize in the compact zone only.
+        EXPECT_EQ(z.resizeClear(h, 4), MgNoError);
+        const int32_t resizes = z.compact ? 2 : 1;
+        EXPECT_EQ(counters.Now().resizes, resizes);
+        EXPECT_EQ(counters.Now().moves, 0);
+        if (!z.compact) {
+            EXPECT_EQ(MemResizeHandle(h, -1), MgBadArgument);
+            EXPECT_EQ(counters.Now().resizes, resizes);
+            EXPECT_EQ(MemHandleSize(h), 4);
+        }
 
-    const uint8_t* before = *h;
-    EXPECT_EQ(MemResizeHandle(h, 100000), MgNoError);
-    EXPECT_EQ(counters.Now().resizes, 2);
-    EXPECT_EQ(counters.Now().moves, *h != before ? 1 : 0);
-    EXPECT_EQ(MemHandleSize(h), 100000);
-    EXPECT_EQ(MemRecoverHandle(*h), h);
-    EXPECT_EQ(MemResizingHandle(), nullptr);
-    MemDisposeHandle(h);
-}
-
-TEST_F(HandlesTest, ResizeClearZeroesOnlyTheAddedBytes) {
-    for (bool compact : {false, true}) {
-        SCOPED_TRACE(compact ? "compact" : "main");
-        Handle h = compact ? CompactNewHandle(3) : MemNewHandle(3);
-        memset(*h, 0xAB, 3);
-        ASSERT_EQ(compact ? CompactResizeHandleClear(h, 64) : MemResizeHandleClear(h, 64),
-                  MgNoError);
-        for (int i = 0; i < 3; ++i) EXPECT_EQ((*h)[i], 0xAB);
-        for (int i = 3; i < 64; ++i) ASSERT_EQ((*h)[i], 0) << i;
-        compact ? CompactDisposeHandle(h) : MemDisposeHandle(h);
+        memset(*h, 0xAB, 4);
+        const uint8_t* before = *h;
+        ASSERT_EQ(z.resizeClear(h, 100000), MgNoError);
+        EXPECT_EQ(counters.Now().resizes, resizes + 1);
+        EXPECT_EQ(counters.Now().moves, *h != before ? 1 : 0);
+        EXPECT_EQ(z.size(h), 100000);
+        // Only the added bytes are cleared.
+        for (int i = 0; i < 4; ++i) EXPECT_EQ((*h)[i], 0xAB);
+        for (int i = 4; i < 100000; ++i) ASSERT_EQ((*h)[i], 0) << i;
+        EXPECT_EQ(z.resizing(), nullptr);
+        if (!z.compact) {
+            EXPECT_EQ(MemRecoverHandle(*h), h);
+        }
+        z.dispose(h);
     }
-}
-
-TEST_F(HandlesTest, NewClearZeroesEverything) {
-    Handle h = MemNewHandleClear(300);
-    Ptr p = MemNewPtrClear(300);
-    for (int i = 0; i < 300; ++i) {
-        ASSERT_EQ((*h)[i], 0);
-        ASSERT_EQ(p[i], 0);
-    }
-    MemDisposeHandle(h);
-    MemDisposePtr(p);
 }
 
 TEST_F(HandlesTest, LockFlags) {
@@ -165,33 +161,41 @@ TEST_F(HandlesTest, PointersCountInTheMainZone) {
     EXPECT_EQ(counters.Now().ptrAllocs, 1);
     EXPECT_EQ(MemCheckPtr(p), MgNoError);
     EXPECT_EQ(MemDisposePtr(p), MgNoError);
+    p = MemNewPtrClear(300);
+    for (int i = 0; i < 300; ++i) ASSERT_EQ(p[i], 0) << i;
+    MemDisposePtr(p);
 }
 
 TEST_F(HandlesTest, CopySetAppendAndDuplicate) {
-    Handle a = nullptr;
-    ASSERT_EQ(MemHandleFromBytes("abc", &a, 3), MgNoError);
-    Handle b = nullptr;
-    ASSERT_EQ(MemCopyHandle(&b, a), MgNoError);
-    ASSERT_NE(b, a);
-    EXPECT_EQ(memcmp(*b, "abc", 3), 0);
-    ASSERT_EQ(MemAppendBytes("de", b, 2), MgNoError);
-    ASSERT_EQ(MemAppendHandle(b, b), MgNoError);
-    ASSERT_EQ(MemHandleSize(b), 10);
-    EXPECT_EQ(memcmp(*b, "abcdeabcde", 10), 0);
-    ASSERT_EQ(MemSetHandleBytes(&a, "xy", 2), MgNoError);
-    ASSERT_EQ(MemCopyHandle(&b, a), MgNoError);
-    EXPECT_EQ(MemHandleSize(b), 2);
+    for (const Zone& z : kZones) {
+        SCOPED_TRACE(z.name);
+        Handle a = nullptr;
+        ASSERT_EQ(z.fromBytes("abc", &a, 3), MgNoError);
+        Handle b = nullptr;
+        ASSERT_EQ(z.copy(&b, a), MgNoError);
+        ASSERT_NE(b, a);
+        EXPECT_EQ(memcmp(*b, "abc", 3), 0);
+        ASSERT_EQ(z.appendBytes("de", b, 2), MgNoError);
+        ASSERT_EQ(z.appendHandle(b, b), MgNoError);
+        ASSERT_EQ(z.size(b), 10);
+        EXPECT_EQ(memcmp(*b, "abcdeabcde", 10), 0);
+        ASSERT_EQ(z.setBytes(&a, "xy", 2), MgNoError);
+        ASSERT_EQ(z.copy(&b, a), MgNoError);
+        EXPECT_EQ(z.size(b), 2);
 
-    Handle original = a;
-    ASSERT_EQ(MemDuplicateHandle(&a), MgNoError);
-    EXPECT_NE(a, original);
-    EXPECT_EQ(MemCheckHandle(original), MgNoError);
-    EXPECT_EQ(memcmp(*a, "xy", 2), 0);
+        Handle original = a;
+        ASSERT_EQ(z.duplicate(&a), MgNoError);
+        EXPECT_NE(a, original);
+        EXPECT_EQ(z.check(original), MgNoError);
+        EXPECT_EQ(memcmp(*a, "xy", 2), 0);
+        Handle c = a;  // making one from bytes always makes a new one
+        ASSERT_EQ(z.fromBytes("q", &c, 1), MgNoError);
+        EXPECT_NE(c, a);
 
-    ASSERT_EQ(MemCopyHandle(&b, nullptr), MgNoError);
-    EXPECT_EQ(b, nullptr);
-    MemDisposeHandle(a);
-    MemDisposeHandle(original);
+        ASSERT_EQ(z.copy(&b, nullptr), MgNoError);
+        EXPECT_EQ(b, nullptr);
+        for (Handle x : {a, original, c}) EXPECT_EQ(z.dispose(x), MgNoError);
+    }
 }
 
 TEST_F(HandlesTest, MoveToCompact) {
@@ -228,10 +232,6 @@ TEST_F(HandlesDeathTest, RecoverNeedsAHeaderThatLeadsBack) {
     MemDisposeHandle(h);
     MemDisposeHandle(other);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(HandlesTest, ValidityRemembersTheLastTwoBlocksFound) {
     MemZone* zone = gMainZone;

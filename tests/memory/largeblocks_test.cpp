@@ -35,19 +35,19 @@ TEST_F(LargeBlocksTest, ResizesAcrossTheThresholdKeepTheBytes) {
                  {5 * kMiB + 3, 9 * kMiB + 1},
                  {9 * kMiB + 1, 4 * kMiB - 7},
                  {4 * kMiB - 7, 64 * kMiB + 11}};
-    for (bool compact : {false, true}) {
-        SCOPED_TRACE(compact ? "compact" : "main");
-        Handle h = compact ? CompactNewHandle(steps[0].from) : MemNewHandle(steps[0].from);
+    for (const Zone& z : kZones) {
+        SCOPED_TRACE(z.name);
+        Handle h = z.newHandle(steps[0].from);
         ASSERT_NE(h, nullptr);
         Fill(*h, 0, steps[0].from);
         for (const auto& s : steps) {
             SCOPED_TRACE(s.to);
-            ASSERT_EQ(compact ? CompactResizeHandle(h, s.to) : MemResizeHandle(h, s.to), MgNoError);
+            ASSERT_EQ(z.resize(h, s.to), MgNoError);
             const int32_t kept = s.from < s.to ? s.from : s.to;
             EXPECT_EQ(FirstMismatch(*h, 0, kept), -1);
             Fill(*h, kept, s.to);
         }
-        compact ? CompactDisposeHandle(h) : MemDisposeHandle(h);
+        z.dispose(h);
     }
 }
 

@@ -26,6 +26,37 @@ struct CounterDelta {
     MemZoneCounterSet start_;
 };
 
+// The operations both zones share, so that a test can run once per zone.
+struct Zone {
+    const char* name;
+    bool compact;
+    int32_t header;
+    Handle (*newHandle)(int32_t);
+    Handle (*newClear)(int32_t);
+    MgStatus (*dispose)(Handle);
+    int32_t (*size)(Handle);
+    MgStatus (*resize)(Handle, int32_t);
+    MgStatus (*resizeClear)(Handle, int32_t);
+    MgStatus (*check)(Handle);
+    Handle (*resizing)();
+    MgStatus (*copy)(Handle*, Handle);
+    MgStatus (*setBytes)(Handle*, const void*, int32_t);
+    MgStatus (*appendHandle)(Handle, Handle);
+    MgStatus (*appendBytes)(const void*, Handle, int32_t);
+    MgStatus (*duplicate)(Handle*);
+    MgStatus (*fromBytes)(const void*, Handle*, int32_t);
+};
+
+inline const Zone kZones[] = {
+    {"main", false, 16, MemNewHandle, MemNewHandleClear, MemDisposeHandle, MemHandleSize,
+     MemResizeHandle, MemResizeHandleClear, MemCheckHandle, MemResizingHandle, MemCopyHandle,
+     MemSetHandleBytes, MemAppendHandle, MemAppendBytes, MemDuplicateHandle, MemHandleFromBytes},
+    {"compact", true, 8, CompactNewHandle, CompactNewHandleClear, CompactDisposeHandle,
+     CompactHandleSize, CompactResizeHandle, CompactResizeHandleClear, CompactCheckHandle,
+     CompactResizingHandle, CompactCopyHandle, CompactSetHandleBytes, CompactAppendHandle,
+     CompactAppendBytes, CompactDuplicateHandle, CompactHandleFromBytes},
+};
+
 // Leaves no fault armed and no out-of-memory record behind.
 class MemoryTest : public ::testing::Test {
   protected:

@@ -1,3 +1,5 @@
+#include <string>
+
 #include "memory_env.h"
 
 namespace {
@@ -55,38 +57,29 @@ TEST_F(OutOfMemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
 }
 
 TEST_F(OutOfMemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
-    for (bool compact : {false, true}) {
-        SCOPED_TRACE(compact ? "compact" : "main");
-        MemClearOutOfMemory();
-        Handle h = compact ? CompactNewHandle(4) : MemNewHandle(4);
-        memcpy(*h, "keep", 4);
-        const uint8_t* bytes = *h;
-        const int32_t allocated = gBytesAllocated;
-        const int32_t header = compact ? 8 : 16;
-        CounterDelta counters(compact);
-        plat::FailAllocationAt(1);
-        EXPECT_EQ(compact ? CompactResizeHandle(h, 1000) : MemResizeHandle(h, 1000), MgNoMemory);
-        EXPECT_EQ(*h, bytes);
-        EXPECT_EQ(memcmp(*h, "keep", 4), 0);
-        EXPECT_EQ(compact ? CompactHandleSize(h) : MemHandleSize(h), 4);
-        EXPECT_EQ(counters.Now().resizes, 1);
-        EXPECT_EQ(counters.Now().moves, 1);  // null differs from the block
-        EXPECT_EQ(gBytesAllocated - allocated, 996);
-        EXPECT_EQ(RecordedSize(), 1000 + header);
-        compact ? CompactDisposeHandle(h) : MemDisposeHandle(h);
-        EXPECT_EQ(gBytesAllocated - allocated, 996 - (4 + header));
-        gBytesAllocated = allocated - (4 + header);
+    for (const Zone& z : kZones) {
+        for (bool clear : {false, true}) {
+            SCOPED_TRACE(std::string(z.name) + (clear ? " clear" : ""));
+            MemClearOutOfMemory();
+            Handle h = z.newHandle(4);
+            memcpy(*h, "keep", 4);
+            const uint8_t* bytes = *h;
+            const int32_t allocated = gBytesAllocated;
+            CounterDelta counters(z.compact);
+            plat::FailAllocationAt(1);
+            EXPECT_EQ((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory);
+            EXPECT_EQ(*h, bytes);
+            EXPECT_EQ(memcmp(*h, "keep", 4), 0);
+            EXPECT_EQ(z.size(h), 4);
+            EXPECT_EQ(counters.Now().resizes, 1);
+            EXPECT_EQ(counters.Now().moves, 1);  // null differs from the block
+            EXPECT_EQ(gBytesAllocated - allocated, 996);
+            EXPECT_EQ(RecordedSize(), 1000 + z.header);
+            z.dispose(h);
+            EXPECT_EQ(gBytesAllocated - allocated, 996 - (4 + z.header));
+            gBytesAllocated = allocated - (4 + z.header);
+        }
     }
-}
-
-TEST_F(OutOfMemoryTest, ResizeClearFailsWithoutClearing) {
-    Handle h = MemNewHandle(2);
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(MemResizeHandleClear(h, 50), MgNoMemory);
-    EXPECT_EQ(MemHandleSize(h), 2);
-    const int32_t drift = gBytesAllocated;
-    MemDisposeHandle(h);
-    gBytesAllocated = drift - 48 - 2 - 16;
 }
 
 TEST_F(OutOfMemoryTest, CallbackAsksForARetry) {

@@ -8,7 +8,7 @@ using TokensTest = MemoryTest;
 
 TEST_F(TokensTest, RoundTripInBothZones) {
     std::vector<Handle> handles;
-    for (int i = 0; i < 50; ++i) handles.push_back(i % 2 ? CompactNewHandle(i) : MemNewHandle(i));
+    for (int i = 0; i < 50; ++i) handles.push_back(kZones[i % 2].newHandle(i));
     std::vector<uint32_t> tokens;
     for (Handle h : handles) {
         uint32_t t = MemHandleToken(h);
@@ -18,7 +18,7 @@ TEST_F(TokensTest, RoundTripInBothZones) {
         tokens.push_back(t);
     }
     for (size_t i = 0; i < handles.size(); ++i) {
-        i % 2 ? CompactDisposeHandle(handles[i]) : MemDisposeHandle(handles[i]);
+        kZones[i % 2].dispose(handles[i]);
         EXPECT_EQ(MemHandleFromToken(tokens[i]), nullptr);
         EXPECT_EQ(MemHandleToken(handles[i]), 0u);
     }

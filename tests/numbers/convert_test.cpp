@@ -55,6 +55,7 @@ TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
         {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
         {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
         {NumIL, Cell::Of<int32_t>(-1), ~0ull},
+        {NumIL, Cell::Of<int32_t>(70000), 70000},
         {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
         {NumUB, Cell::Of<uint8_t>(255), 255},
         {NumUW, Cell::Of<uint16_t>(65535), 65535},
@@ -69,6 +70,10 @@ TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
             EXPECT_EQ(StoredBits(t, out), l.widened & mask) << "from " << l.type << " to " << t;
         }
     }
+    // Only the low 4 bits of a type word up to 30 name the type.
+    Cell out;
+    NumConvert(0x10 | NumIL, Cell::Of<int32_t>(-2).bytes, 0x10 | NumIQ, out.bytes);
+    EXPECT_EQ(out.As<int64_t>(), -2);
 }
 
 // Every pair with a float on either side: the target holds the source's exact value rounded
@@ -147,17 +152,6 @@ TEST(NumConvert, EveryPairWithAFloatAtTheLimits) {
     }
 }
 
-TEST(NumConvert, IntegerCasesAndTypeWordHighBits) {
-    Cell out;
-    NumConvert(NumIL, Cell::Of<int32_t>(-1).bytes, NumUW, out.bytes);
-    EXPECT_EQ(out.As<uint16_t>(), 65535);
-    NumConvert(NumIL, Cell::Of<int32_t>(70000).bytes, NumIW, out.bytes);
-    EXPECT_EQ(out.As<int16_t>(), 4464);
-    // Only the low 4 bits of a type word up to 30 name the type.
-    NumConvert(0x10 | NumIL, Cell::Of<int32_t>(-2).bytes, 0x10 | NumIQ, out.bytes);
-    EXPECT_EQ(out.As<int64_t>(), -2);
-}
-
 TEST(NumConvertDeathTest, TypeZeroOrAbove30IsAFailure) {
     Cell in, out;
     EXPECT_EXIT(NumConvert(0, in.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
@@ -217,8 +211,6 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
 
 TEST(NumConvert, FloatSourcesSaturateThroughTheStore) {
     Cell out;
-    NumConvert(NumFD, Cell::Of<double>(70000.0).bytes, NumIW, out.bytes);
-    EXPECT_EQ(out.As<int16_t>(), 32767);
     EXPECT_EQ(NumConvert(NumFD, Cell::Of<double>(NAN).bytes, NumIL, out.bytes), 0);
     EXPECT_EQ(out.As<uint32_t>(), 0x80000000u);
     // Every float type's largest value saturates each integer type the same way.
@@ -242,8 +234,6 @@ TEST(NumConvert, FloatWidthsAndSpecials) {
     EXPECT_EQ(out.As<uint32_t>(), 0xFF800000u);
     NumConvert(NumFD, Cell::Of<double>(1e300).bytes, NumFS, out.bytes);
     EXPECT_TRUE(isinf(out.As<float>()));
-    NumConvert(NumFD, Cell::Of<double>(0.1).bytes, NumFX, out.bytes);
-    EXPECT_EQ(ExtendedRead(out.bytes), (long double)0.1);
     // The extended form in memory is 10 bytes: nothing beyond them is written.
     Cell marked;
     memset(marked.bytes, 0xAA, sizeof marked.bytes);
@@ -259,11 +249,6 @@ TEST(NumConvert, FloatWidthsAndSpecials) {
 
 TEST(NumConvert, ComplexParts) {
     Cell out;
-    NumConvert(NumFD, Cell::Of<double>(2.5).bytes, NumCD, out.bytes);
-    double pair[2];
-    memcpy(pair, out.bytes, 16);
-    EXPECT_EQ(pair[0], 2.5);
-    EXPECT_EQ(pair[1], 0.0);
     float cs[2] = {1.5f, -4.0f};
     NumConvert(NumCS, cs, NumCX, out.bytes);
     EXPECT_EQ(ExtendedRead(out.bytes), 1.5L);

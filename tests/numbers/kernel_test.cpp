@@ -114,28 +114,27 @@ TEST(Kernel, PowerRealAgreesWithPowl) {
 }
 
 TEST(Polar, SpecialCases) {
-    Extended m, a;
-    RectangularToPolar(0, 0, &m, &a);
-    EXPECT_EQ(m, 0);
-    EXPECT_EQ(a, 0);
-    RectangularToPolar(NAN, 1, &m, &a);
-    EXPECT_TRUE(isnan(m) && isnan(a));
-    RectangularToPolar(0, -3, &m, &a);
-    EXPECT_EQ(m, 3);
-    EXPECT_EQ(a, -3.14159265358979323846264338327950288L / 2);
-    RectangularToPolar(-1, 0, &m, &a);
-    EXPECT_EQ(m, 1);
-    EXPECT_EQ(a, 3.14159265358979323846264338327950288L);
-    RectangularToPolar(3, 4, &m, &a);
-    EXPECT_EQ(m, 5);
+    const long double pi = 3.14159265358979323846264338327950288L;
+    const struct {
+        long double x, y, magnitude, angle;
+    } toPolar[] = {
+        {0, 0, 0, 0},   {NAN, 1, NAN, NAN},      {0, -3, 3, -pi / 2},
+        {-1, 0, 1, pi}, {3, 4, 5, atan2l(4, 3)},
+    };
+    for (const auto& c : toPolar) {
+        Extended m, a;
+        RectangularToPolar(c.x, c.y, &m, &a);
+        EXPECT_TRUE(SameOrBothNaN(m, c.magnitude)) << (double)c.x << "," << (double)c.y;
+        EXPECT_TRUE(SameOrBothNaN(a, c.angle)) << (double)c.x << "," << (double)c.y;
+    }
     Extended re, im;
     PolarToRectangular(kInf, 0, &re, &im);
     EXPECT_EQ(re, kInf);
     EXPECT_EQ(im, 0);  // not inf * 0
-    PolarToRectangular(2, 3.14159265358979323846264338327950288L / 6, &re, &im);
+    PolarToRectangular(2, pi / 6, &re, &im);
     EXPECT_NEAR((double)re, sqrt(3.0), 1e-15);
     EXPECT_NEAR((double)im, 1.0, 1e-15);
-    EXPECT_EQ(FloatStateProbe(), 1);
+    EXPECT_EQ(FloatStateProbe(), 1);  // nothing left on the stack
 }
 
 TEST(Complex, AgreesWithStdComplex) {
@@ -178,12 +177,11 @@ TEST(Complex, AgreesWithStdComplex) {
 TEST(FloatUnit, InitLeavesAnEmptyStackAndNearestRounding) {
     FloatInit();
     EXPECT_EQ(FloatStateProbe(), 1);
-    // Round to nearest even in the integer store.
-    int32_t v;
-    NumStore(NumIL, &v, ExtendedPair{0.5L, 0});
-    EXPECT_EQ(v, 0);
-    NumStore(NumIL, &v, ExtendedPair{1.5L, 0});
-    EXPECT_EQ(v, 2);
+    int32_t v[2];
+    NumStore(NumIL, &v[0], ExtendedPair{0.5L, 0});  // not up
+    NumStore(NumIL, &v[1], ExtendedPair{1.5L, 0});  // neither down nor toward zero
+    EXPECT_EQ(v[0], 0);
+    EXPECT_EQ(v[1], 2);
 }
 
 }  // namespace

@@ -98,35 +98,31 @@ const Listed kExpected[] = {
 };
 
 TEST(NumToTextAgainstCLibrary, ExponentAndFixedForms) {
-    std::set<std::pair<int, char>> expected;
+    std::set<std::pair<int, char>> expected, found;
     for (const Listed& l : kExpected) expected.insert({l.index, l.form});
-    std::set<std::pair<int, char>> found;
+    // A difference must be listed, and explained by the scaling error.
+    auto compare = [&](int i, char form, const std::string& mine, const std::string& theirs,
+                       long double value, int digits, int scale) {
+        if (mine == theirs) return;
+        found.insert({i, form});
+        EXPECT_TRUE(expected.count({i, form}))
+            << "unlisted difference {" << i << ", '" << form << "'}, " << mine << " vs " << theirs;
+        ExpectScalingExplains(value, digits, scale);
+    };
     std::mt19937_64 rng(kSeed);
     int fixedCompared = 0;
     for (int i = 0; i < kCount; ++i) {
         Sample s = Draw(rng);
         int decimalExponent = static_cast<int>(floorl(log10l(fabsl(s.value))));
-        std::string mine = Mine(s.raw, s.digits), theirs = CExponent(s.value, s.digits);
-        if (mine != theirs) {
-            found.insert({i, 'E'});
-            bool listed = expected.count({i, 'E'}) != 0;
-            EXPECT_TRUE(listed) << "unlisted difference {" << i << ", 'E'}, " << mine << " vs "
-                                << theirs;
-            ExpectScalingExplains(s.value, s.digits, s.digits - 1 - decimalExponent);
-        }
+        compare(i, 'E', Mine(s.raw, s.digits), CExponent(s.value, s.digits), s.value, s.digits,
+                s.digits - 1 - decimalExponent);
         if (s.places < 0) continue;
         ++fixedCompared;
         char buf[160];
         snprintf(buf, sizeof buf, "%.*Lf", s.places, s.fixedValue);
-        mine = Mine(s.fixedRaw, -s.places);
         decimalExponent = static_cast<int>(floorl(log10l(fabsl(s.fixedValue))));
-        if (mine != buf) {
-            found.insert({i, 'F'});
-            bool listed = expected.count({i, 'F'}) != 0;
-            EXPECT_TRUE(listed) << "unlisted difference {" << i << ", 'F'}, " << mine << " vs "
-                                << buf;
-            ExpectScalingExplains(s.fixedValue, decimalExponent + 1 + s.places, s.places);
-        }
+        compare(i, 'F', Mine(s.fixedRaw, -s.places), buf, s.fixedValue,
+                decimalExponent + 1 + s.places, s.places);
     }
     EXPECT_GT(fixedCompared, kCount / 4);
     for (const auto& l : expected)

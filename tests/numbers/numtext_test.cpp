@@ -92,7 +92,9 @@ struct FloatCase {
     const char* text;
 };
 
-TEST(NumToText, FixedAndExponentForms) {
+// Edge cases only: ordinary values of the exponent and fixed forms are compared with the C
+// library in libc_compare_test.
+TEST(NumToText, FloatCodes) {
     const FloatCase cases[] = {
         {1e308, -6, "1.000000E+308"},  // fixed form would reach 308
         {2.675, -2, "2.67"},           // the double lies below 2.675
@@ -104,15 +106,12 @@ TEST(NumToText, FixedAndExponentForms) {
         {1.5, 2, "1.5E+0"},
         {1.5, 1, "2E+0"},
         {2.5, 1, "2E+0"},  // ties to even in the packed store
-        {123.456, -2, "123.46"},
         {0.5, 0, "0"},
         {1.5, 0, "2"},
         {0.05, -1, "0.1"},
         {0.0999999, -2, "0.10"},
         {9.9999, 2, "1.0E+1"},
         {999.9996, -3, "1000.000"},
-        {1e-5, 3, "1.00E-5"},
-        {123456789, 3, "1.23E+8"},
         {-123456789, -1, "-123456789.0"},
         // Scaling by ten to the 340 through a power of two leaves the 17th digit one high.
         {4.9406564584124654e-324, 17, "4.9406564584124655E-324"},
@@ -124,6 +123,21 @@ TEST(NumToText, FixedAndExponentForms) {
         {-INFINITY, -2, "-Inf"},
         {NAN, 5, "NaN"},
         {-NAN, -2, "NaN"},
+        // SI (100 to 102) and engineering (131 to 133) notation.
+        {1234.5, 102, "1.23k"},
+        {1e30, 102, "1.00E+30"},
+        {0.000999999, 100, "1m"},
+        {-4.7e-9, 101, "-4.7n"},
+        {999.96, 101, "1.0k"},
+        {12.0, 100, "12"},
+        {2.4e24, 100, "2Y"},
+        {12345.678, 133, "12.35E+3"},
+        {0.012345, 132, "12.3E-3"},
+        {1.5, 133, "1.50E+0"},
+        {123456.0, 131, "123E+3"},
+        {-1.0e-7, 131, "-100E-9"},
+        {INFINITY, 131, "Inf"},
+        {NAN, 102, "NaN"},
     };
     for (const FloatCase& c : cases)
         EXPECT_EQ(D(c.value, c.code), c.text) << c.value << " " << c.code;
@@ -155,32 +169,30 @@ TEST(NumToText, CodesWithoutABranchAndBufferLimits) {
 }
 
 TEST(DecimalToText, WriterCases) {
-    DecimalNumber d{};
-    d.digits[0] = 0x52;  // digits 2 and 5: the value 52 * 10^exponent
-    d.mdigits = 1;
-    char out[64];
-    d.exponent = -4920;  // below -4915 the number prints as zero
-    d.sign = DecimalSignNegative;
-    int32_t n = DecimalToText(&d, 3, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "0.00E+0");
-    d.exponent = 0;
-    n = DecimalToText(&d, -3, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "-52.000");
-    // Digits beyond the last stored one are zeros in both directions.
-    n = DecimalToText(&d, 5, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "-5.2000E+1");
-    d.exponent = -3;
-    n = DecimalToText(&d, -1, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "-0.0");  // no rounding in the writer
-    n = DecimalToText(&d, -5, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "-0.05200");
-    d.sign = 0;
-    d.exponent = 60;  // e = 61 does not fit 64 - 4: exponent form with one digit
-    n = DecimalToText(&d, 0, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "5E+61");
-    d.exponent = 40;
-    n = DecimalToText(&d, 0, out, 64, '.');
-    EXPECT_EQ(std::string(out, n), "52" + std::string(40, '0'));
+    const struct {
+        int16_t exponent;
+        bool negative;
+        int32_t code;
+        std::string text;
+    } cases[] = {
+        {-4920, true, 3, "0.00E+0"},  // below -4915 the number prints as zero
+        {0, true, -3, "-52.000"},
+        {0, true, 5, "-5.2000E+1"},  // digits beyond the last stored one are zeros
+        {-3, true, -1, "-0.0"},      // no rounding in the writer
+        {-3, true, -5, "-0.05200"},
+        {60, false, 0, "5E+61"},  // e = 61 does not fit 64 - 4: exponent form with one digit
+        {40, false, 0, "52" + std::string(40, '0')},
+    };
+    for (const auto& c : cases) {
+        DecimalNumber d{};
+        d.digits[0] = 0x52;  // digits 2 and 5: the value 52 * 10^exponent
+        d.mdigits = 1;
+        d.exponent = c.exponent;
+        d.sign = c.negative ? DecimalSignNegative : 0;
+        char out[64];
+        int32_t n = DecimalToText(&d, c.code, out, 64, '.');
+        EXPECT_EQ(std::string(out, n), c.text) << c.exponent << " " << c.code;
+    }
 }
 
 TEST(DecimalToTextDeathTest, ANibbleAboveNineIsAFailure) {
@@ -246,23 +258,6 @@ TEST(DecimalToExtended, TableAndSpecials) {
     EXPECT_EQ(DecimalToExtended(&d), -INFINITY);
     d.exponent = DecimalExponentNaN;
     EXPECT_TRUE(isnan(DecimalToExtended(&d)));
-}
-
-TEST(Notation, SIAndEngineering) {
-    EXPECT_EQ(D(1234.5, 102), "1.23k");
-    EXPECT_EQ(D(1e30, 102), "1.00E+30");
-    EXPECT_EQ(D(0.000999999, 100), "1m");
-    EXPECT_EQ(D(-4.7e-9, 101), "-4.7n");
-    EXPECT_EQ(D(999.96, 101), "1.0k");
-    EXPECT_EQ(D(12.0, 100), "12");
-    EXPECT_EQ(D(2.4e24, 100), "2Y");
-    EXPECT_EQ(D(12345.678, 133), "12.35E+3");
-    EXPECT_EQ(D(0.012345, 132), "12.3E-3");
-    EXPECT_EQ(D(1.5, 133), "1.50E+0");
-    EXPECT_EQ(D(123456.0, 131), "123E+3");
-    EXPECT_EQ(D(-1.0e-7, 131), "-100E-9");
-    EXPECT_EQ(D(INFINITY, 131), "Inf");
-    EXPECT_EQ(D(NAN, 102), "NaN");
 }
 
 TEST(Notation, PrefixExponent) {
