@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "mg/format.h"
+#include "ratios.h"
 
 namespace {
 
@@ -99,32 +100,10 @@ BENCHMARK(SnprintfIntegersStrings);
 BENCHMARK(FormatFloat);
 BENCHMARK(SnprintfFloat);
 
-// Keeps the time per iteration of each run for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "mean")
-                perIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> perIteration;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto& t = reporter.perIteration;
-    auto ratio = [&](const char* a, const char* b) {
-        if (t.count(a) && t.count(b) && t[b] > 0)
-            printf("%-22s / %-24s = %.2f\n", a, b, t[a] / t[b]);
-    };
-    printf("\nRatios (goal: integers and strings <= 1.5 x snprintf, float <= 3 x snprintf)\n");
-    ratio("FormatIntegersStrings", "SnprintfIntegersStrings");
-    ratio("FormatFloat", "SnprintfFloat");
-    benchmark::Shutdown();
-    return 0;
+    return RunWithRatios(
+        argc, argv, "Ratios (goal: integers and strings <= 1.5 x snprintf, float <= 3 x snprintf)",
+        {{"FormatIntegersStrings", "SnprintfIntegersStrings"}, {"FormatFloat", "SnprintfFloat"}});
 }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "mg/numscan.h"
+#include "ratios.h"
 
 namespace {
 
@@ -106,34 +107,11 @@ BENCHMARK(ToCharsDigits17);
 BENCHMARK(ScanFloatTexts);
 BENCHMARK(StrtodTexts);
 
-// Keeps the time per iteration of each run for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        // Single runs, or the mean when repetitions are asked for.
-        for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "mean")
-                perIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> perIteration;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto& t = reporter.perIteration;
-    auto ratio = [&](const char* a, const char* b) {
-        if (t.count(a) && t.count(b) && t[b] > 0)
-            printf("%-20s / %-20s = %.2f\n", a, b, t[a] / t[b]);
-    };
-    printf("\nRatios (goal: text <= 3 x snprintf, scanning <= 2 x strtod)\n");
-    ratio("NumToTextDigits17", "SnprintfDigits17");
-    ratio("NumToTextDigits17", "ToCharsDigits17");
-    ratio("ScanFloatTexts", "StrtodTexts");
-    benchmark::Shutdown();
-    return 0;
+    return RunWithRatios(argc, argv, "Ratios (goal: text <= 3 x snprintf, scanning <= 2 x strtod)",
+                         {{"NumToTextDigits17", "SnprintfDigits17"},
+                          {"NumToTextDigits17", "ToCharsDigits17"},
+                          {"ScanFloatTexts", "StrtodTexts"}});
 }
