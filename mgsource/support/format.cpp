@@ -59,34 +59,34 @@ bool TryDecimalMark(FormatState& st) {
     return false;
 }
 
-enum class SpecRead { kConvert, kEnded, kFailed };
+enum class SpecifierRead { kConvert, kEnded, kFailed };
 
 // The numeric type of a `{...}` form, st.fmt just behind the `{`.
-SpecRead ReadTypeForm(FormatState& st, Specifier& spec) {
-    if (st.fmt >= st.end) return SpecRead::kFailed;
+SpecifierRead ReadTypeForm(FormatState& st, Specifier& specifier) {
+    if (st.fmt >= st.end) return SpecifierRead::kFailed;
     uint8_t first = *st.fmt++;
-    spec.numType = 0;
+    specifier.numType = 0;
     if (first == '*') {
         // A type given at run time has no slot of its own, so it cannot be positional.
-        if (spec.index >= 0) return SpecRead::kFailed;
-        spec.numType = va_arg(st.args, int) & 0xFFFF;
+        if (specifier.index >= 0) return SpecifierRead::kFailed;
+        specifier.numType = va_arg(st.args, int) & 0xFFFF;
     } else if (first == 'i' || first == 'u' || first == 'f' || first == 'c') {
-        if (st.fmt >= st.end) return SpecRead::kFailed;
+        if (st.fmt >= st.end) return SpecifierRead::kFailed;
         uint8_t second = *st.fmt++;
         if (first == 'i' || first == 'u') {
             int32_t base = first == 'i' ? iB : uB;
             switch (second) {
                 case 'B':
-                    spec.numType = base;
+                    specifier.numType = base;
                     break;
                 case 'W':
-                    spec.numType = base + 1;
+                    specifier.numType = base + 1;
                     break;
                 case 'L':
-                    spec.numType = base + 2;
+                    specifier.numType = base + 2;
                     break;
                 case 'Q':
-                    spec.numType = base + 3;
+                    specifier.numType = base + 3;
                     break;
                 default:
                     break;
@@ -95,13 +95,13 @@ SpecRead ReadTypeForm(FormatState& st, Specifier& spec) {
             int32_t base = first == 'f' ? fS : cS;
             switch (second) {
                 case 'S':
-                    spec.numType = base;
+                    specifier.numType = base;
                     break;
                 case 'D':
-                    spec.numType = base + 1;
+                    specifier.numType = base + 1;
                     break;
                 case 'X':
-                    spec.numType = base + 2;
+                    specifier.numType = base + 2;
                     break;
                 default:
                     break;
@@ -109,68 +109,68 @@ SpecRead ReadTypeForm(FormatState& st, Specifier& spec) {
         }
     }
     if (st.fmt < st.end && *st.fmt == '}') ++st.fmt;
-    return SpecRead::kConvert;
+    return SpecifierRead::kConvert;
 }
 
 // Reads a specifier, st.fmt just behind the '%'.
-SpecRead ReadSpecifier(FormatState& st, Specifier& spec) {
-    spec.index = -1;
-    spec.left = false;
-    spec.pad = ' ';
-    spec.width = 0;
-    spec.precision = -1;
-    spec.numType = 0;
+SpecifierRead ReadSpecifier(FormatState& st, Specifier& specifier) {
+    specifier.index = -1;
+    specifier.left = false;
+    specifier.pad = ' ';
+    specifier.width = 0;
+    specifier.precision = -1;
+    specifier.numType = 0;
 
     // Position, flags and width: a second round only behind a position.
     for (;;) {
-        bool positionRead = spec.index >= 0;
+        bool positionRead = specifier.index >= 0;
         if (st.fmt < st.end && *st.fmt == '-') {
-            spec.left = true;
+            specifier.left = true;
             if (!positionRead) st.ansiSeen = true;
             if (++st.fmt >= st.end) {
                 st.Put('-');
-                return SpecRead::kEnded;
+                return SpecifierRead::kEnded;
             }
         }
-        spec.pad = st.fmt < st.end && *st.fmt == '0' ? '0' : ' ';
+        specifier.pad = st.fmt < st.end && *st.fmt == '0' ? '0' : ' ';
         int32_t number = ReadNumber(st);
         if (positionRead) {
-            spec.width = number;
+            specifier.width = number;
             break;
         }
         if (st.ansiSeen || st.fmt >= st.end || *st.fmt != '$') {
             st.ansiSeen = true;
-            spec.width = number;
+            specifier.width = number;
             break;
         }
-        if (number < 1 || number > kSlotCount) return SpecRead::kFailed;
+        if (number < 1 || number > kSlotCount) return SpecifierRead::kFailed;
         int32_t index = number - 1;
         if (!st.positionalSeen) {
             memset(st.slots, 0, sizeof st.slots);
             st.positionalSeen = true;
         }
         ++st.fmt;
-        spec.index = index;
+        specifier.index = index;
     }
     if (st.ansiSeen && st.positionalSeen) {
         DPrintf("Can't mix ANSI and %%n$ specifiers");
-        return SpecRead::kFailed;
+        return SpecifierRead::kFailed;
     }
 
     if (st.fmt < st.end && *st.fmt == '.') {
         ++st.fmt;
-        spec.precision = ReadNumber(st);
+        specifier.precision = ReadNumber(st);
     }
     if (st.fmt < st.end && *st.fmt == '{') {
         ++st.fmt;
-        if (ReadTypeForm(st, spec) == SpecRead::kFailed) return SpecRead::kFailed;
+        if (ReadTypeForm(st, specifier) == SpecifierRead::kFailed) return SpecifierRead::kFailed;
     } else if (st.fmt < st.end && *st.fmt == 'l') {
         ++st.fmt;
-        spec.numType = kLongFlag;
+        specifier.numType = kLongFlag;
     }
-    if (st.fmt >= st.end) return SpecRead::kFailed;
-    spec.conversion = *st.fmt++;
-    return SpecRead::kConvert;
+    if (st.fmt >= st.end) return SpecifierRead::kFailed;
+    specifier.conversion = *st.fmt++;
+    return SpecifierRead::kConvert;
 }
 
 // One pass over the format. False on a specifier failure, after the report.
@@ -207,10 +207,10 @@ bool RunPass(FormatState& st) {
             continue;
         }
         if (TryDecimalMark(st)) continue;
-        Specifier spec;
-        SpecRead read = ReadSpecifier(st, spec);
-        if (read == SpecRead::kEnded) continue;
-        if (read == SpecRead::kFailed || !FormatConversion(st, spec)) {
+        Specifier specifier;
+        SpecifierRead read = ReadSpecifier(st, specifier);
+        if (read == SpecifierRead::kEnded) continue;
+        if (read == SpecifierRead::kFailed || !FormatConversion(st, specifier)) {
             MG_FAIL();
             return false;
         }

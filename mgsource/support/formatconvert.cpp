@@ -21,11 +21,12 @@ enum class Fetch { kHave, kRecorded, kFailed };
 
 // In order from the list; in the second positional pass from the slot; in the first only
 // the type is recorded and the conversion gives no output.
-Fetch FetchArgument(FormatState& st, const Specifier& spec, int32_t type, Argument& arg) {
+Fetch FetchArgument(FormatState& st, const Specifier& specifier, int32_t type, Argument& arg) {
     if (st.positionalSeen) {
         if (!st.argumentsBound)
-            return ParamRecordType(st.slots, spec.index, type) ? Fetch::kRecorded : Fetch::kFailed;
-        const ParamSlot& slot = st.slots[spec.index];
+            return ParamRecordType(st.slots, specifier.index, type) ? Fetch::kRecorded
+                                                                    : Fetch::kFailed;
+        const ParamSlot& slot = st.slots[specifier.index];
         if (type == kSlotPointer)
             arg.p = slot.value.p;
         else if (type == kSlotDouble)
@@ -86,30 +87,30 @@ const char* RadixText(FormatState& st, int32_t code, int32_t value, int32_t* len
 
 // Numbers: a leading '-' stays in front of zero padding; left-justified text is padded with
 // blanks whatever the pad character.
-void PlaceNumber(FormatState& st, const Specifier& spec, const char* text, int32_t n) {
-    int32_t pad = spec.width - n;
-    if (spec.left) {
+void PlaceNumber(FormatState& st, const Specifier& specifier, const char* text, int32_t n) {
+    int32_t pad = specifier.width - n;
+    if (specifier.left) {
         st.PutRun(text, n);
         st.PutRepeated(' ', pad);
         return;
     }
-    if (spec.pad == '0' && n > 0 && text[0] == '-') {
+    if (specifier.pad == '0' && n > 0 && text[0] == '-') {
         st.Put('-');
         st.PutRepeated('0', pad);
         st.PutRun(text + 1, n - 1);
         return;
     }
-    st.PutRepeated(spec.pad, pad);
+    st.PutRepeated(specifier.pad, pad);
     st.PutRun(text, n);
 }
 
 // Strings: the precision caps the whole field, padding included. A precision of -1 counts
 // down without reaching 0 in any real field.
-void PlaceString(FormatState& st, const Specifier& spec, const char* text, int32_t length) {
-    int32_t precision = spec.precision;
-    if (spec.conversion == 's' && precision >= 1 && length > precision) length = precision;
+void PlaceString(FormatState& st, const Specifier& specifier, const char* text, int32_t length) {
+    int32_t precision = specifier.precision;
+    if (specifier.conversion == 's' && precision >= 1 && length > precision) length = precision;
     if (length < 0) length = 0;
-    int32_t pad = spec.width - length;
+    int32_t pad = specifier.width - length;
     if (pad < 0) pad = 0;
     // The cap, as a plain count of bytes the field may still take.
     int64_t cap = precision < 0 ? INT64_MAX : precision;
@@ -118,84 +119,87 @@ void PlaceString(FormatState& st, const Specifier& spec, const char* text, int32
         cap -= n;
         return n;
     };
-    if (!spec.left) {
+    if (!specifier.left) {
         int32_t n = take(pad);
-        st.PutRepeated(spec.pad, n);
+        st.PutRepeated(specifier.pad, n);
         pad -= n;
     }
     st.PutRun(text, take(length));
     st.PutRepeated(' ', take(pad));
 }
 
-bool ConvertInteger(FormatState& st, const Specifier& spec, int32_t code) {
-    bool byPointer = spec.numType != 0 && spec.numType != kLongFlag;
-    int32_t slot = byPointer ? kSlotPointer : spec.numType == kLongFlag ? kSlotLong : kSlotInt;
+bool ConvertInteger(FormatState& st, const Specifier& specifier, int32_t code) {
+    bool byPointer = specifier.numType != 0 && specifier.numType != kLongFlag;
+    int32_t slot = byPointer ? kSlotPointer : specifier.numType == kLongFlag ? kSlotLong : kSlotInt;
     Argument arg;
-    Fetch f = FetchArgument(st, spec, slot, arg);
+    Fetch f = FetchArgument(st, specifier, slot, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     int32_t n;
     if (byPointer) {
-        n = NumToText(arg.p, spec.numType, code, st.scratch, sizeof st.scratch, st.mark, nullptr);
-        PlaceNumber(st, spec, st.scratch, n);
+        n = NumToText(arg.p, specifier.numType, code, st.scratch, sizeof st.scratch, st.mark,
+                      nullptr);
+        PlaceNumber(st, specifier, st.scratch, n);
     } else {
         const char* text = RadixText(st, code, arg.i, &n);
-        PlaceNumber(st, spec, text, n);
+        PlaceNumber(st, specifier, text, n);
     }
     return true;
 }
 
-int32_t SignificantDigits(const Specifier& spec) {
-    if (spec.precision >= 0) return spec.precision >= 16 ? 17 : spec.precision + 1;
-    return spec.width > 22 ? 17 : spec.width > 6 ? spec.width - 5 : 7;
+int32_t SignificantDigits(const Specifier& specifier) {
+    if (specifier.precision >= 0) return specifier.precision >= 16 ? 17 : specifier.precision + 1;
+    return specifier.width > 22 ? 17 : specifier.width > 6 ? specifier.width - 5 : 7;
 }
 
-bool ConvertFloat(FormatState& st, const Specifier& spec, bool fixed) {
-    bool byPointer = spec.numType != 0 && spec.numType != kLongFlag;
+bool ConvertFloat(FormatState& st, const Specifier& specifier, bool fixed) {
+    bool byPointer = specifier.numType != 0 && specifier.numType != kLongFlag;
     Argument arg;
-    Fetch f = FetchArgument(st, spec, byPointer ? kSlotPointer : kSlotDouble, arg);
+    Fetch f = FetchArgument(st, specifier, byPointer ? kSlotPointer : kSlotDouble, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     const void* number = byPointer ? arg.p : &arg.d;
-    NumType type = byPointer ? spec.numType : fD;
+    NumType type = byPointer ? specifier.numType : fD;
     int32_t code;
     if (fixed) {
-        code = spec.precision < 0 ? -6 : spec.precision >= 63 ? -63 : -spec.precision;
-        if (!FixedFormFits(type, number, spec.width ? spec.width - 1 : 18))
-            code = SignificantDigits(spec);
+        code = specifier.precision < 0     ? -6
+               : specifier.precision >= 63 ? -63
+                                           : -specifier.precision;
+        if (!FixedFormFits(type, number, specifier.width ? specifier.width - 1 : 18))
+            code = SignificantDigits(specifier);
     } else {
-        code = SignificantDigits(spec);
+        code = SignificantDigits(specifier);
     }
     int32_t n = NumToText(number, type, code, st.scratch, sizeof st.scratch, st.mark, nullptr);
-    PlaceNumber(st, spec, st.scratch, n);
+    PlaceNumber(st, specifier, st.scratch, n);
     return true;
 }
 
-bool ConvertChar(FormatState& st, const Specifier& spec) {
+bool ConvertChar(FormatState& st, const Specifier& specifier) {
     Argument arg;
-    Fetch f = FetchArgument(st, spec, spec.width == 4 ? kSlotLong : kSlotInt, arg);
+    Fetch f = FetchArgument(st, specifier, specifier.width == 4 ? kSlotLong : kSlotInt, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
-    if (spec.width == 2 || spec.width == 4) {
+    if (specifier.width == 2 || specifier.width == 4) {
         // The bytes in memory order, so a code held in file order prints in its own order.
         char bytes[4];
-        if (spec.width == 2) {
+        if (specifier.width == 2) {
             uint16_t low = static_cast<uint16_t>(arg.i);
             memcpy(bytes, &low, 2);
         } else {
             memcpy(bytes, &arg.i, 4);
         }
-        PlaceString(st, spec, bytes, spec.width);
+        PlaceString(st, specifier, bytes, specifier.width);
     } else {
         st.Put(static_cast<char>(arg.i));
     }
     return true;
 }
 
-bool ConvertString(FormatState& st, const Specifier& spec, uint8_t conversion) {
+bool ConvertString(FormatState& st, const Specifier& specifier, uint8_t conversion) {
     Argument arg;
-    Fetch f = FetchArgument(st, spec, kSlotPointer, arg);
+    Fetch f = FetchArgument(st, specifier, kSlotPointer, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     const char* text;
     int32_t length;
-    if (conversion == 'p' && spec.numType != 0) conversion = 'P';
+    if (conversion == 'p' && specifier.numType != 0) conversion = 'P';
     switch (conversion) {
         case 's':
             text = static_cast<const char*>(arg.p);
@@ -224,15 +228,15 @@ bool ConvertString(FormatState& st, const Specifier& spec, uint8_t conversion) {
             break;
         }
     }
-    PlaceString(st, spec, text, length);
+    PlaceString(st, specifier, text, length);
     return true;
 }
 
 // Path text: at most 252 bytes fit the scratch behind its count word; a longer text prints
 // as the empty one. No padding; only the output limit cuts it.
-bool ConvertPath(FormatState& st, const Specifier& spec) {
+bool ConvertPath(FormatState& st, const Specifier& specifier) {
     Argument arg;
-    Fetch f = FetchArgument(st, spec, kSlotPointer, arg);
+    Fetch f = FetchArgument(st, specifier, kSlotPointer, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     Path path = static_cast<Path>(const_cast<void*>(arg.p));
     LStr* buffer = reinterpret_cast<LStr*>(st.scratch);
@@ -268,9 +272,9 @@ char* PutShort(char* p, int16_t value) {
     return p + n;
 }
 
-bool ConvertPoint(FormatState& st, const Specifier& spec, bool capital) {
+bool ConvertPoint(FormatState& st, const Specifier& specifier, bool capital) {
     Argument arg;
-    Fetch f = FetchArgument(st, spec, kSlotPoint, arg);
+    Fetch f = FetchArgument(st, specifier, kSlotPoint, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     uint32_t cell = static_cast<uint32_t>(arg.i);
     char* p = st.scratch;
@@ -287,9 +291,9 @@ bool ConvertPoint(FormatState& st, const Specifier& spec, bool capital) {
     return true;
 }
 
-bool ConvertRect(FormatState& st, const Specifier& spec, bool capital) {
+bool ConvertRect(FormatState& st, const Specifier& specifier, bool capital) {
     Argument arg;
-    Fetch f = FetchArgument(st, spec, kSlotPointer, arg);
+    Fetch f = FetchArgument(st, specifier, kSlotPointer, arg);
     if (f != Fetch::kHave) return f == Fetch::kRecorded;
     int16_t sides[4];
     memcpy(sides, arg.p, sizeof sides);
@@ -312,43 +316,43 @@ bool ConvertRect(FormatState& st, const Specifier& spec, bool capital) {
 
 }  // namespace
 
-bool FormatConversion(FormatState& st, const Specifier& spec) {
-    switch (spec.conversion) {
+bool FormatConversion(FormatState& st, const Specifier& specifier) {
+    switch (specifier.conversion) {
         case 'd':
-            return ConvertInteger(st, spec, NumCodeDecimal);
+            return ConvertInteger(st, specifier, NumCodeDecimal);
         case 'u':
-            return ConvertInteger(st, spec, NumCodeUnsigned);
+            return ConvertInteger(st, specifier, NumCodeUnsigned);
         case 'x':
-            return ConvertInteger(st, spec, NumCodeHex);
+            return ConvertInteger(st, specifier, NumCodeHex);
         case 'o':
-            return ConvertInteger(st, spec, NumCodeOctal);
+            return ConvertInteger(st, specifier, NumCodeOctal);
         case 'b':
-            return ConvertInteger(st, spec, NumCodeBinary);
+            return ConvertInteger(st, specifier, NumCodeBinary);
         case 'e':
         case 'E':
         case 'g':
         case 'G':
-            return ConvertFloat(st, spec, false);
+            return ConvertFloat(st, specifier, false);
         case 'f':
         case 'F':
-            return ConvertFloat(st, spec, true);
+            return ConvertFloat(st, specifier, true);
         case 'c':
-            return ConvertChar(st, spec);
+            return ConvertChar(st, specifier);
         case 's':
         case 'p':
         case 'P':
         case 'H':
-            return ConvertString(st, spec, spec.conversion);
+            return ConvertString(st, specifier, specifier.conversion);
         case 'z':
-            return ConvertPath(st, spec);
+            return ConvertPath(st, specifier);
         case 'q':
-            return ConvertPoint(st, spec, false);
+            return ConvertPoint(st, specifier, false);
         case 'Q':
-            return ConvertPoint(st, spec, true);
+            return ConvertPoint(st, specifier, true);
         case 'r':
-            return ConvertRect(st, spec, false);
+            return ConvertRect(st, specifier, false);
         case 'R':
-            return ConvertRect(st, spec, true);
+            return ConvertRect(st, specifier, true);
         default:
             return false;
     }

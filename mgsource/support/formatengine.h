@@ -102,6 +102,6 @@ struct FormatState {
 
 // Runs one conversion; false is a specifier failure (unknown letter, slot conflict), which
 // the caller reports.
-bool FormatConversion(FormatState& state, const Specifier& spec);
+bool FormatConversion(FormatState& state, const Specifier& specifier);
 
 }  // namespace mgformat

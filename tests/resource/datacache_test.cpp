@@ -18,8 +18,8 @@ Bytes Payload(int32_t id, uint8_t generation) {
     return b;
 }
 
-std::vector<TypeSpec> SmallResources(int32_t count, uint8_t generation = 0) {
-    TypeSpec t{"DATA", {}};
+std::vector<TypeLayout> SmallResources(int32_t count, uint8_t generation = 0) {
+    TypeLayout t{"DATA", {}};
     for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, generation)});
     return {t};
 }

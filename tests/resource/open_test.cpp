@@ -5,7 +5,7 @@
 
 namespace {
 
-const std::vector<TypeSpec> kTwoTypes = {
+const std::vector<TypeLayout> kTwoTypes = {
     {"AAAA", {{1, "one", {1, 2, 3}}, {2, "", {4}}}},
     {"BBBB", {{7, "seven", {5, 6, 7, 8, 9}}}},
 };
@@ -136,7 +136,7 @@ TEST_F(OpenTest, EmbeddedFileOpensForReadingOnly) {
 }
 
 TEST_F(OpenTest, UnsortedListsAreSortedOnlyBelowVersionFour) {
-    const std::vector<TypeSpec> unsorted = {{"AAAA", {{5, "", {5}}, {1, "", {1}}, {3, "", {3}}}}};
+    const std::vector<TypeLayout> unsorted = {{"AAAA", {{5, "", {5}}, {1, "", {1}}, {3, "", {3}}}}};
     for (int16_t version : {2, 3, 4}) {
         Bytes b = BuildFile(unsorted, version);
         WriteFile("u", b);

@@ -38,7 +38,7 @@ uint32_t Big32At(const Bytes& b, size_t at) {
            b[at + 3];
 }
 
-Bytes BuildFile(const std::vector<TypeSpec>& types, int16_t version, const char* fileType,
+Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version, const char* fileType,
                 const char* creator) {
     Bytes data, refs, names;
     Bytes typeList;

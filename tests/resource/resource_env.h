@@ -32,19 +32,19 @@ void AppendBig32(Bytes& b, uint32_t v);
 uint32_t Big32At(const Bytes& b, size_t at);
 
 // One resource for FileBuilder.
-struct RefSpec {
+struct RefLayout {
     int32_t id;
     std::string name;  // empty: no name
     Bytes data;
     int32_t attrs = 0;
 };
-struct TypeSpec {
+struct TypeLayout {
     std::string type;
-    std::vector<RefSpec> refs;  // written in this order, sorted or not
+    std::vector<RefLayout> refs;  // written in this order, sorted or not
 };
 
 // Writes a file the way the manager lays it out; fields can be spoiled afterwards.
-Bytes BuildFile(const std::vector<TypeSpec>& types, int16_t version = 3,
+Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3,
                 const char* fileType = "TEST", const char* creator = "CRTR");
 
 class ResourceTest : public ::testing::Test {

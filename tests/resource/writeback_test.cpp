@@ -39,7 +39,7 @@ class WriteBackTest : public ResourceTest {
     }
 };
 
-const std::vector<TypeSpec> kThree = {
+const std::vector<TypeLayout> kThree = {
     {"AAAA", {{1, "", Bytes(10, 1)}, {2, "two", Bytes(6, 2)}, {3, "", Bytes(3, 3)}}},
 };
 
