@@ -61,17 +61,17 @@ MgStatus Deliver(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* h)
     return MgNoError;
 }
 
-MgStatus ReadSizeWord(const ResFileEntry* entry, int32_t dataOffset, int32_t* size) {
+}  // namespace
+
+namespace rsrc {
+
+MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* size) {
     const int32_t at = HeaderOf(entry->map)->dataOffset + dataOffset;
     if (MgStatus status = FMSeek(entry->fileRef, at, FMSeekStart)) return status;
     if (MgStatus status = FMRead(entry->fileRef, 4, nullptr, size)) return status;
     FlipBig32(size);
     return MgNoError;
 }
-
-}  // namespace
-
-namespace rsrc {
 
 Handle DataHandle(const ResRefEntry* ref) {
     return ref->handle ? MemHandleFromToken(ref->handle) : nullptr;
@@ -301,7 +301,7 @@ MgStatus RGetSize(Handle h, int32_t* size) {
         *size = DataSize(h);
         return MgNoError;
     }
-    return ReadSizeWord(entry, ref->dataOffset, size);
+    return RReadDataSize(entry, ref->dataOffset, size);
 }
 
 int32_t RIsResource(Handle h) {

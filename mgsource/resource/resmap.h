@@ -91,6 +91,10 @@ void AttachHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, uint32_t 
 // Clears the handle word of `ref` and drops it from the index.
 void DetachHandle(ResRefEntry* ref);
 
+// The size word of the data at `dataOffset`, read from the file itself, not through a window
+// (the write-back reads between its own writes).
+MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* size);
+
 // Read windows over data sections (datacache.cpp). DataRead gives `count` bytes at file
 // position `at` with the statuses of a seek and a read there, serving them from the file's
 // window when it holds them; a miss inside the data section refills the window with one read.

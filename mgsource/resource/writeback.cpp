@@ -53,14 +53,6 @@ void RSortByOffset(ResRefEntry** refs, int32_t count) {
     SortArray(refs, count, static_cast<int32_t>(sizeof(ResRefEntry*)), CompareOffsets);
 }
 
-MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* size) {
-    const int32_t at = HeaderOf(entry->map)->dataOffset + dataOffset;
-    if (MgStatus status = FMSeek(entry->fileRef, at, FMSeekStart)) return status;
-    if (MgStatus status = FMRead(entry->fileRef, 4, nullptr, size)) return status;
-    FlipBig32(size);
-    return MgNoError;
-}
-
 // Size word and the first 4092 bytes go in one write, which makes most resources one call.
 // The rest goes straight from the block; its last partial word is completed with zeros in
 // the buffer rather than read from beyond the block.
