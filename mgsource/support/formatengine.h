@@ -9,6 +9,7 @@
 #include <stdarg.h>
 #include <string.h>
 
+#include "mg/format.h"
 #include "mg/mgtypes.h"
 
 namespace mgformat {
@@ -103,5 +104,15 @@ struct FormatState {
 // Runs one conversion; false is a specifier failure (unknown letter, slot conflict), which
 // the caller reports.
 bool FormatConversion(FormatState& state, const Specifier& specifier);
+
+// The length the text would have: a counting pass over a copy of the arguments, so that the
+// caller can still write with them.
+inline int32_t CountFormat(const char* format, int32_t length, va_list args) {
+    va_list copy;
+    va_copy(copy, args);
+    int32_t n = StrFormatV(nullptr, 0, format, length, copy);
+    va_end(copy);
+    return n;
+}
 
 }  // namespace mgformat

@@ -7,6 +7,7 @@
 #include "mg/format.h"
 #include "mg/host.h"
 #include "mg/memory.h"
+#include "support/formatengine.h"
 
 MG_SOURCE_IDENTITY("mgsource\\support\\formatfile.cpp", "$Revision: 1 $");
 
@@ -16,10 +17,7 @@ namespace {
 // of the counting pass, *written that of the writing pass.
 Ptr FormatToPtr(const char* format, va_list args, int32_t* count, int32_t* written) {
     int32_t length = static_cast<int32_t>(strlen(format));
-    va_list copy;
-    va_copy(copy, args);
-    *count = StrFormatV(nullptr, 0, format, length, copy);
-    va_end(copy);
+    *count = mgformat::CountFormat(format, length, args);
     *written = 0;
     if (*count < 0) return nullptr;
     Ptr text = MemNewPtr(*count);

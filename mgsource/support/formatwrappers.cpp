@@ -7,6 +7,7 @@
 #include "mg/dbgtools.h"
 #include "mg/format.h"
 #include "mg/memory.h"
+#include "support/formatengine.h"
 
 MG_SOURCE_IDENTITY("mgsource\\support\\formatwrappers.cpp", "$Revision: 1 $");
 
@@ -14,14 +15,6 @@ namespace {
 
 int32_t Length(const char* format) {
     return static_cast<int32_t>(strlen(format));
-}
-
-int32_t Count(const char* format, int32_t length, va_list args) {
-    va_list copy;
-    va_copy(copy, args);
-    int32_t n = StrFormatV(nullptr, 0, format, length, copy);
-    va_end(copy);
-    return n;
 }
 
 }  // namespace
@@ -78,7 +71,7 @@ Handle StrFormatHandle(Handle handle, const char* format, ...) {
     va_list args;
     va_start(args, format);
     int32_t length = Length(format);
-    int32_t n = Count(format, length, args);
+    int32_t n = mgformat::CountFormat(format, length, args);
     if (handle) {
         if (MemResizeHandle(handle, n + 1) != MgNoError) {
             va_end(args);
@@ -103,7 +96,7 @@ MgStatus StrFormatSetLStr(LStrHandle* handle, const char* format, ...) {
     va_list args;
     va_start(args, format);
     int32_t length = Length(format);
-    int32_t n = Count(format, length, args);
+    int32_t n = mgformat::CountFormat(format, length, args);
     MgStatus status = MgNoError;
     int32_t size = static_cast<int32_t>(offsetof(LStr, text)) + n;
     if (!*handle) {
@@ -127,7 +120,7 @@ MgStatus StrFormatAppendLStr(LStrHandle handle, const char* format, ...) {
     va_list args;
     va_start(args, format);
     int32_t length = Length(format);
-    int32_t n = Count(format, length, args);
+    int32_t n = mgformat::CountFormat(format, length, args);
     int32_t old = (*handle)->count;
     int32_t size = static_cast<int32_t>(offsetof(LStr, text)) + old + n;
     MgStatus status = MemResizeHandle(reinterpret_cast<Handle>(handle), size);
