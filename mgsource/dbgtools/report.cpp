@@ -6,6 +6,7 @@
 #include "mg/format.h"
 #include "mg/host.h"
 #include "mg/memory.h"
+#include "mg/pstring.h"
 
 MG_SOURCE_IDENTITY("mgsource\\dbgtools\\report.cpp", "$Revision: 1 $");
 
@@ -25,8 +26,7 @@ const char kFailureFormat[] = "Failure %s: \"%s\" line %ld" MG_REPORT_ADVICE;
 void ReplacementFormat(bool error, char out[256]) {
     ConstPStr p = *gFailureFormats + 4;
     if (!error) p += 1 + p[0];
-    memcpy(out, p + 1, p[0]);
-    out[p[0]] = 0;
+    PStringToText(p, out);
 }
 
 void Report(int32_t error, const char* file, int32_t line, const char* detail,

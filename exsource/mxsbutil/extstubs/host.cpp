@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include "mg/format.h"
+#include "mg/pstring.h"
 #include "platform/platform.h"
 
 extern "C" {
@@ -39,8 +40,7 @@ int32_t HostWriteLine(const char* text) {
 
 int32_t HostWritePStr(ConstPStr text, int32_t) {
     char line[256];
-    memcpy(line, text + 1, text[0]);
-    line[text[0]] = 0;
+    PStringToText(text, line);
     return HostWriteLine(line);
 }
 
