@@ -12,7 +12,7 @@ run:
 	@sh examples/run.sh $(RELEASE_DIR)/mxsbutil $(RUN_DIR)
 
 test:
-	cmake -S . -B $(TEST_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DMG_SANITIZE=ON -DMG_BENCH=OFF
+	cmake -S . -B $(TEST_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DMG_SANITIZE=ON -DMG_WERROR=ON -DMG_BENCH=OFF
 	cmake --build $(TEST_DIR)
 	ctest --test-dir $(TEST_DIR) --output-on-failure -j2
 
