@@ -11,8 +11,9 @@ namespace plat {
 void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
-// File operations that tests can fail and count.
-enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileOpCount };
+// File operations that tests can fail and count. kFileListNext is the step of a directory
+// listing to its next entry: failing it makes the listing end in a failure midway.
+enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileListNext, kFileOpCount };
 // Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
 void FailFileOpAt(FileOp op, int64_t n, int32_t status);
 // Calls of `op` since the last FailFileOpAt for it or ResetFaults.

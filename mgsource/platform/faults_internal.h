@@ -26,5 +26,8 @@ int32_t FileOpShouldFail(FileOp op);
 // When a test has set a current directory, copies it as CurrentDirectory would and returns
 // true, with the length (0 when it does not fit) in *length.
 bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length);
+// Records a failure injected by a test, so that LastErrorStatus reports `status`; returns
+// false. Each backend implements it beside its last error.
+bool RecordInjectedFailure(int32_t status);
 
 }  // namespace plat

@@ -1,0 +1,272 @@
+// Directory listings: the name list, the optional type list, the drive list and their sort.
+#include "filemgr/dirnames.h"
+#include "mg/ansi.h"
+#include "mg/filemgr.h"
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "mg/pstring.h"
+#include "mg/resource.h"
+#include "mg/shortcut.h"
+#include "mg/sort.h"
+#include "platform/platform.h"
+
+namespace {
+
+constexpr int32_t kCountSize = 4;
+constexpr int32_t kNamesChunk = 512;
+constexpr int32_t kTypesChunk = 8;
+constexpr int32_t kRecordSize = static_cast<int32_t>(sizeof(DirEntryRecord));
+
+bool IsDots(const char* name) {
+    return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
+}
+
+void WriteCount(Handle names, int32_t count) {
+    BlockMove(&count, *names, kCountSize);
+}
+
+void WriteRecord(Handle types, int32_t index, uint32_t flags, ResType type) {
+    DirEntryRecord r = {flags, type};
+    BlockMove(&r, *types + static_cast<int64_t>(index) * kRecordSize, kRecordSize);
+}
+
+// A name list under construction: appends PStrs, growing by whole chunks.
+struct NameList {
+    Handle names;
+    int32_t used = kCountSize;
+    int32_t capacity = 0;
+    int32_t count = 0;
+
+    MgStatus Append(const char* name) {
+        int32_t length = StrLen(name);
+        if (length > 255) length = 255;
+        if (used + 1 + length > capacity) {
+            if (MemResizeHandle(names, capacity + kNamesChunk) != MgNoError) return MgNoMemory;
+            capacity += kNamesChunk;
+        }
+        (*names)[used] = static_cast<uint8_t>(length);
+        BlockMove(name, *names + used + 1, length);
+        used += 1 + length;
+        WriteCount(names, ++count);
+        return MgNoError;
+    }
+};
+
+// The volume kind as the four bytes of a type; 0 for a kind outside the table.
+ResType VolumeType(int32_t kind, bool otherIsFixed) {
+    switch (kind) {
+        case plat::kVolumeRemovable:
+            return MgResType("flpy");
+        case plat::kVolumeFixed:
+            return MgResType("hdsk");
+        case plat::kVolumeRemote:
+            return MgResType("srvr");
+        default:
+            return otherIsFixed ? MgResType("hdsk") : 0;
+    }
+}
+
+// The flags and type of one listed entry, whose full name is `full` (rewritten when it is a
+// shortcut). `name` becomes the short name when only that one could be read.
+MgStatus Classify(const plat::ListedEntry& e, const DirPrefix& prefix, int32_t options, char* full,
+                  Path* entryPath, const char** name, DirEntryRecord* r) {
+    plat::EntryAttributes a = e.attributes;
+    bool shortcut = false;
+    if (FResolveShortcut(full)) {
+        shortcut = true;
+        plat::GetEntryAttributes(full, &a);
+    } else {
+        shortcut = a.isLink;
+    }
+    if (!a.known && e.shortName[0] != 0 && prefix.Join(e.shortName, full)) {
+        bool viaShortcut = FResolveShortcut(full) != 0;
+        plat::EntryAttributes b;
+        if (plat::GetEntryAttributes(full, &b)) {
+            a = b;
+            shortcut = viaShortcut;
+            *name = e.shortName;
+        }
+    }
+    if (MgStatus status =
+            FTextToPath(reinterpret_cast<const uint8_t*>(full), StrLen(full), entryPath))
+        return status;
+    r->flags = shortcut ? EntryIsShortcut : 0;
+    r->type = 0;
+    if (!a.known) {
+        r->flags |= EntryIsFile | EntryUnreadable;
+    } else if (!a.isDirectory) {
+        r->flags |= EntryIsFile;
+        ResType type = 0;
+        if ((options & FDirReadResourceHeaders) &&
+            RGetFileTypeCreator(*entryPath, &type, nullptr) == MgNoError) {
+            r->flags |= EntryHasType;
+            r->type = type;
+        } else if ((type = FTypeOfPath(*entryPath)) != 0) {
+            r->flags |= EntryHasType;
+            r->type = type;
+        }
+    } else if (shortcut) {
+        // A shortcut to a volume root is typed by the kind of the volume.
+        r->type = VolumeType(plat::VolumeKindOfRoot(full), false);
+        if (r->type != 0) r->flags |= EntryHasType;
+    }
+    return MgNoError;
+}
+
+MgStatus ListEntries(plat::DirListing* listing, const DirPrefix& prefix, Handle types,
+                     int32_t options, NameList& list, Path* entryPath) {
+    char full[FNativeNameBufferSize];
+    for (bool atStart = true;;) {
+        plat::ListedEntry e;
+        bool failed = false;
+        if (!plat::NextListingEntry(listing, &e, &failed))
+            return failed ? FMapLastError() : MgNoError;
+        // The listing's own "." and ".." come first where the host lists them at all.
+        if (atStart && IsDots(e.name)) continue;
+        atStart = false;
+        const char* name = e.name;
+        if (types != nullptr) {
+            if (list.count % kTypesChunk == 0 &&
+                MemResizeHandle(types, (list.count + kTypesChunk) * kRecordSize) != MgNoError)
+                return MgNoMemory;
+            DirEntryRecord r = {};
+            if (!prefix.Join(e.name, full)) return MgBadArgument;
+            if (MgStatus status = Classify(e, prefix, options, full, entryPath, &name, &r))
+                return status;
+            WriteRecord(types, list.count, r.flags, r.type);
+        }
+        if (MgStatus status = list.Append(name)) return status;
+    }
+}
+
+// Where the sort finds the names: the start of each, in a copy of the list.
+struct SortContext {
+    ConstPStr* names;
+};
+
+int32_t OrderByName(void* context, const void* a, const void* b) {
+    const ConstPStr* names = static_cast<SortContext*>(context)->names;
+    int32_t i = *static_cast<const int32_t*>(a), j = *static_cast<const int32_t*>(b);
+    int32_t d = PStringOrderNoCase(names[i], names[j]);
+    return d != 0 ? d : i - j;  // names equal but for case keep their listed order
+}
+
+// The drive list under construction: one name, and with types one record, a volume.
+struct DriveList {
+    NameList list;
+    Handle types;
+    MgStatus status = MgNoError;
+};
+
+bool VisitVolume(void* context, const char* root, int32_t kind) {
+    auto* d = static_cast<DriveList*>(context);
+    int32_t index = d->list.count;
+    if (d->types != nullptr &&
+        (d->status = MemResizeHandle(d->types, (index + 1) * kRecordSize)) != MgNoError)
+        return false;
+    if ((d->status = d->list.Append(root)) != MgNoError) return false;
+    if (d->types != nullptr) WriteRecord(d->types, index, EntryHasType, VolumeType(kind, true));
+    return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+Handle FNewNameList(Handle list) {
+    if (list == nullptr) {
+        list = MemNewHandle(kCountSize);
+        if (list == nullptr) return nullptr;
+    } else if (MemResizeHandle(list, kCountSize) != MgNoError) {
+        return nullptr;
+    }
+    WriteCount(list, 0);
+    return list;
+}
+
+MgStatus FDirEntries(Path path, Handle names, Handle types) {
+    return FDirEntriesWith(path, names, types, 0);
+}
+
+MgStatus FDirEntriesWith(Path path, Handle names, Handle types, int32_t options) {
+    if (!FPathRooted(path) || names == nullptr) return MgBadArgument;
+    if (FPathDepth(path) < plat::VolumeDepth()) return FDriveEntries(names, types);
+    DirPrefix prefix;
+    if (MgStatus status = prefix.Make(path)) return status;
+    if (MemResizeHandle(names, kNamesChunk) != MgNoError) return MgNoMemory;
+    WriteCount(names, 0);
+    plat::DirListing* listing = plat::OpenListing(prefix.text);
+    if (listing == nullptr) return MgNotFound;
+
+    NameList list{names, kCountSize, kNamesChunk, 0};
+    Path entryPath = nullptr;
+    MgStatus status = ListEntries(listing, prefix, types, options, list, &entryPath);
+    if (!plat::CloseListing(listing) && status == MgNoError) status = FMapLastError();
+    FPathRelease(entryPath);
+    if (status != MgNoError) return status;
+    MemResizeHandle(names, list.used);
+    if (types != nullptr) MemResizeHandle(types, list.count * kRecordSize);
+    FSortDirEntries(names, types);
+    return MgNoError;
+}
+
+MgStatus FDriveEntries(Handle names, Handle types) {
+    if (names == nullptr) return MgBadArgument;
+    constexpr int32_t kDrivesSize = 56;  // 26 one-letter names
+    if (MgStatus status = MemResizeHandle(names, kDrivesSize)) return status;
+    WriteCount(names, 0);
+    if (types != nullptr && MemResizeHandle(types, 0) != MgNoError) return MgNoMemory;
+    DriveList d{{names, kCountSize, kDrivesSize, 0}, types};
+    if (!plat::ListVolumes(VisitVolume, &d)) return FMapLastError();
+    if (d.status != MgNoError) return d.status;
+    MemResizeHandle(names, d.list.used);
+    return MgNoError;
+}
+
+// Sorts by name without regard to case, moving the type records along. The names are read
+// from a copy, so the list can be rewritten in place in the sorted order.
+void FSortDirEntries(Handle names, Handle types) {
+    if (names == nullptr || MemHandleSize(names) < kCountSize) return;
+    int32_t count = 0;
+    BlockMove(*names, &count, kCountSize);
+    int32_t size = MemHandleSize(names);
+    if (count < 2 || count > size || (types && MemHandleSize(types) < count * kRecordSize)) return;
+    Ptr copy = MemNewPtr(size);
+    Ptr pointers = MemNewPtr(static_cast<int32_t>(sizeof(ConstPStr)) * count);
+    Ptr order = MemNewPtr(4 * count);
+    Ptr records = types != nullptr ? MemNewPtr(count * kRecordSize) : nullptr;
+    bool ready = copy && pointers && order && (types == nullptr || records);
+    if (ready) {
+        BlockMove(*names, copy, size);
+        if (records) BlockMove(*types, records, count * kRecordSize);
+        auto* starts = reinterpret_cast<ConstPStr*>(pointers);
+        auto* index = reinterpret_cast<int32_t*>(order);
+        for (int32_t i = 0, offset = kCountSize; i < count && ready; ++i) {
+            ready = offset < size && offset + 1 + copy[offset] <= size;  // a list cut short
+            starts[i] = copy + offset;
+            index[i] = i;
+            if (ready) offset += 1 + copy[offset];
+        }
+    }
+    if (ready) {
+        auto* starts = reinterpret_cast<ConstPStr*>(pointers);
+        auto* index = reinterpret_cast<int32_t*>(order);
+        SortContext context{starts};
+        SortArrayContext(index, count, 4, 4, OrderByName, &context);
+        int32_t offset = kCountSize;
+        for (int32_t i = 0; i < count; ++i) {
+            ConstPStr name = starts[index[i]];
+            BlockMove(name, *names + offset, 1 + name[0]);
+            offset += 1 + name[0];
+            if (records)
+                BlockMove(records + static_cast<int64_t>(index[i]) * kRecordSize,
+                          *types + static_cast<int64_t>(i) * kRecordSize, kRecordSize);
+        }
+    }
+    MemDisposePtr(records);
+    MemDisposePtr(order);
+    MemDisposePtr(pointers);
+    MemDisposePtr(copy);
+}
+
+}  // extern "C"

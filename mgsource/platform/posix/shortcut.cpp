@@ -1,0 +1,21 @@
+// Shortcuts on POSIX hosts: there are no shortcut files. Symbolic links do their work, and the
+// kernel follows them in every call, so no name needs rewriting; nor has a name a universal
+// form beyond itself.
+#include "platform/platform.h"
+
+namespace plat {
+
+bool ResolveShortcutFile(char*) {
+    return false;
+}
+
+uint32_t UniversalNameSize(const char*) {
+    return 0;
+}
+
+bool UniversalName(const char*, void*, uint32_t, const char** text) {
+    *text = nullptr;
+    return false;
+}
+
+}  // namespace plat
