@@ -13,11 +13,14 @@ struct FaultState {
     int64_t failFileAt[kFileOpCount] = {};
     int32_t failFileStatus[kFileOpCount] = {};
     int64_t fileCount[kFileOpCount] = {};
+    bool (*shortcutResolver)(char* name) = nullptr;
     bool currentDirectorySet = false;
     char currentDirectory[4096] = {};
 };
 
 extern FaultState gFaults;
+// Blocks allocated and not freed; kept apart from gFaults, which ResetFaults clears.
+extern int64_t gLiveBlocks;
 
 // Counts one allocation and says whether it is the one armed to fail.
 bool AllocationShouldFail();

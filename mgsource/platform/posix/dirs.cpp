@@ -106,11 +106,11 @@ DirListing* OpenListing(const char* directory) {
 
 bool NextListingEntry(DirListing* listing, ListedEntry* entry, bool* failed) {
     *failed = false;
+    if (int32_t status = FileOpShouldFail(kFileListNext)) {
+        *failed = true;
+        return RecordInjectedFailure(status);
+    }
     for (;;) {
-        if (int32_t status = FileOpShouldFail(kFileListNext)) {
-            *failed = true;
-            return RecordInjectedFailure(status);
-        }
         errno = 0;
         struct dirent* d = readdir(listing->dir);
         if (d == nullptr) {
@@ -208,12 +208,26 @@ bool ExactLeafName(const char* name, char* leaf, int32_t size) {
     return true;
 }
 
+// The links of the part of `name` that is there are followed; the missing rest is kept.
 bool FollowLinks(const char* name, char* out, int32_t size) {
-    char resolved[PATH_MAX];
-    if (realpath(name, resolved) == nullptr) return FailErrno();
-    int32_t n = static_cast<int32_t>(strlen(resolved));
-    if (n >= size) return RecordErrno(ENAMETOOLONG);
-    memcpy(out, resolved, static_cast<size_t>(n) + 1);
+    char head[PATH_MAX], resolved[PATH_MAX];
+    size_t n = strlen(name);
+    if (n >= sizeof head) return RecordErrno(ENAMETOOLONG);
+    memcpy(head, name, n + 1);
+    size_t cut = n;
+    while (realpath(head, resolved) == nullptr) {
+        if (errno != ENOENT) return FailErrno();
+        while (cut > 0 && head[cut - 1] != '/') --cut;
+        if (cut <= 1) return RecordErrno(ENOENT);
+        head[--cut] = 0;
+    }
+    size_t r = strlen(resolved);
+    const char* tail = name + cut;  // empty, or the missing names from their separator on
+    size_t t = strlen(tail);
+    if (r == 1 && t > 0) r = 0;  // "/" followed by "/rest"
+    if (r + t >= static_cast<size_t>(size)) return RecordErrno(ENAMETOOLONG);
+    memcpy(out, resolved, r);
+    memcpy(out + r, tail, t + 1);
     return true;
 }
 
