@@ -139,16 +139,32 @@ MgStatus ListEntries(plat::DirListing* listing, const DirPrefix& prefix, Handle 
     }
 }
 
-// Where the sort finds the names: the start of each, in a copy of the list.
-struct SortContext {
-    ConstPStr* names;
+// One name to sort: its first sixteen bytes folded to lower case, as two big-endian keys
+// padded with zeros, so that most comparisons end on the keys; equal keys go on in the folded
+// copy of the list, and equal names keep their listed order. Folded bytes compare as
+// PStringOrderNoCase compares them.
+struct SortItem {
+    uint64_t key[2];
+    int32_t index;
+    int32_t offset;  // of the name in the list and in its folded copy
 };
 
+uint64_t SortKey(ConstPStr folded, int32_t from) {
+    uint64_t key = 0;
+    for (int32_t i = from; i < from + 8; ++i) key = key << 8 | (i < folded[0] ? folded[1 + i] : 0);
+    return key;
+}
+
 int32_t OrderByName(void* context, const void* a, const void* b) {
-    const ConstPStr* names = static_cast<SortContext*>(context)->names;
-    int32_t i = *static_cast<const int32_t*>(a), j = *static_cast<const int32_t*>(b);
-    int32_t d = PStringOrderNoCase(names[i], names[j]);
-    return d != 0 ? d : i - j;  // names equal but for case keep their listed order
+    const auto* x = static_cast<const SortItem*>(a);
+    const auto* y = static_cast<const SortItem*>(b);
+    if (x->key[0] != y->key[0]) return x->key[0] < y->key[0] ? -1 : 1;
+    if (x->key[1] != y->key[1]) return x->key[1] < y->key[1] ? -1 : 1;
+    ConstPStr p = static_cast<const uint8_t*>(context) + x->offset;
+    ConstPStr q = static_cast<const uint8_t*>(context) + y->offset;
+    int32_t d = MemOrder(p + 1, q + 1, p[0] < q[0] ? p[0] : q[0]);
+    if (d == 0) d = p[0] - q[0];
+    return d != 0 ? d : x->index - y->index;
 }
 
 // The drive list under construction: one name, and with types one record, a volume.
@@ -224,48 +240,50 @@ MgStatus FDriveEntries(Handle names, Handle types) {
 }
 
 // Sorts by name without regard to case, moving the type records along. The names are read
-// from a copy, so the list can be rewritten in place in the sorted order.
+// from a copy, so the list can be rewritten in place in the sorted order. Without the work
+// space the lists stay as they are.
 void FSortDirEntries(Handle names, Handle types) {
     if (names == nullptr || MemHandleSize(names) < kCountSize) return;
     int32_t count = 0;
     BlockMove(*names, &count, kCountSize);
     int32_t size = MemHandleSize(names);
     if (count < 2 || count > size || (types && MemHandleSize(types) < count * kRecordSize)) return;
+    constexpr int32_t kItemSize = static_cast<int32_t>(sizeof(SortItem));
     Ptr copy = MemNewPtr(size);
-    Ptr pointers = MemNewPtr(static_cast<int32_t>(sizeof(ConstPStr)) * count);
-    Ptr order = MemNewPtr(4 * count);
+    Ptr folded = MemNewPtr(size);
+    Ptr order = count <= INT32_MAX / kItemSize ? MemNewPtr(kItemSize * count) : nullptr;
     Ptr records = types != nullptr ? MemNewPtr(count * kRecordSize) : nullptr;
-    bool ready = copy && pointers && order && (types == nullptr || records);
+    bool ready = copy && folded && order && (types == nullptr || records);
+    auto* items = reinterpret_cast<SortItem*>(order);
     if (ready) {
+        uint8_t lower[256];
+        for (int32_t c = 0; c < 256; ++c) lower[c] = static_cast<uint8_t>(CharToLower(c));
         BlockMove(*names, copy, size);
+        for (int32_t i = 0; i < size; ++i) folded[i] = lower[copy[i]];
         if (records) BlockMove(*types, records, count * kRecordSize);
-        auto* starts = reinterpret_cast<ConstPStr*>(pointers);
-        auto* index = reinterpret_cast<int32_t*>(order);
         for (int32_t i = 0, offset = kCountSize; i < count && ready; ++i) {
             ready = offset < size && offset + 1 + copy[offset] <= size;  // a list cut short
-            starts[i] = copy + offset;
-            index[i] = i;
-            if (ready) offset += 1 + copy[offset];
+            if (!ready) break;
+            folded[offset] = copy[offset];  // the length byte, not a character
+            items[i] = {{SortKey(folded + offset, 0), SortKey(folded + offset, 8)}, i, offset};
+            offset += 1 + copy[offset];
         }
     }
     if (ready) {
-        auto* starts = reinterpret_cast<ConstPStr*>(pointers);
-        auto* index = reinterpret_cast<int32_t*>(order);
-        SortContext context{starts};
-        SortArrayContext(index, count, 4, 4, OrderByName, &context);
+        SortArrayContext(items, count, kItemSize, kItemSize, OrderByName, folded);
         int32_t offset = kCountSize;
         for (int32_t i = 0; i < count; ++i) {
-            ConstPStr name = starts[index[i]];
+            ConstPStr name = copy + items[i].offset;
             BlockMove(name, *names + offset, 1 + name[0]);
             offset += 1 + name[0];
             if (records)
-                BlockMove(records + static_cast<int64_t>(index[i]) * kRecordSize,
+                BlockMove(records + static_cast<int64_t>(items[i].index) * kRecordSize,
                           *types + static_cast<int64_t>(i) * kRecordSize, kRecordSize);
         }
     }
     MemDisposePtr(records);
     MemDisposePtr(order);
-    MemDisposePtr(pointers);
+    MemDisposePtr(folded);
     MemDisposePtr(copy);
 }
 
