@@ -479,6 +479,42 @@ TEST_F(DirsTest, RangeLocksBetweenProcesses) {
     FMClose(ref);
 }
 
+// Records move with their names; names equal but for case keep their listed order, also
+// past the first sixteen bytes.
+TEST(DirSort, ByNameWithoutCase) {
+    const char* listed[] = {"Common-prefix-long-Zeta",
+                            "common-prefix-long-alpha",
+                            "COMMON-PREFIX-LONG-ALPHA",
+                            "b",
+                            "B",
+                            "a"};
+    Handle names = FNewNameList(nullptr), types = MemNewHandle(6 * 8);
+    for (uint32_t i = 0; i < 6; ++i) {
+        uint8_t n = uint8_t(strlen(listed[i]));
+        MemAppendBytes(&n, names, 1);
+        MemAppendBytes(listed[i], names, n);
+        DirEntryRecord r = {i, 0};
+        memcpy(*types + 8 * i, &r, 8);
+    }
+    int32_t count = 6;
+    memcpy(*names, &count, 4);
+    FSortDirEntries(names, types);
+    const uint32_t order[] = {5, 3, 4, 1, 2, 0};
+    std::vector<std::string> sorted = Names(names);
+    for (int32_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(sorted[i], listed[order[i]]);
+        EXPECT_EQ(Record(types, i).flags, order[i]);
+    }
+    // A count that the bytes don't back leaves the list alone.
+    count = 60;
+    memcpy(*names, &count, 4);
+    std::vector<uint8_t> before(*names, *names + MemHandleSize(names));
+    FSortDirEntries(names, nullptr);
+    EXPECT_EQ(std::vector<uint8_t>(*names, *names + MemHandleSize(names)), before);
+    MemDisposeHandle(names);
+    MemDisposeHandle(types);
+}
+
 TEST(DirPatterns, NameFitsPattern) {
     struct Row {
         const char *pattern, *name;
