@@ -174,13 +174,14 @@ struct DriveList {
     MgStatus status = MgNoError;
 };
 
-bool VisitVolume(void* context, const char* root, int32_t kind) {
+bool VisitVolume(void* context, const char* name, int32_t kind) {
     auto* d = static_cast<DriveList*>(context);
+    if (StrLen(name) > 255) return true;  // no name in the list could hold it
     int32_t index = d->list.count;
     if (d->types != nullptr &&
         (d->status = MemResizeHandle(d->types, (index + 1) * kRecordSize)) != MgNoError)
         return false;
-    if ((d->status = d->list.Append(root)) != MgNoError) return false;
+    if ((d->status = d->list.Append(name)) != MgNoError) return false;
     if (d->types != nullptr) WriteRecord(d->types, index, EntryHasType, VolumeType(kind, true));
     return true;
 }

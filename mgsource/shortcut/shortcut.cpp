@@ -46,6 +46,7 @@ int32_t FResolveShortcutPath(char* name) {
     for (int32_t at = 0; at < length; ++at) {
         if (work[at] != separator) continue;
         if (at >= kShortcutNameMax) break;
+        if (!IsShortcutName(work, at)) continue;  // spares the copy for an ordinary prefix
         char prefix[kShortcutNameMax + 4];
         BlockMove(work, prefix, at);
         prefix[at] = 0;

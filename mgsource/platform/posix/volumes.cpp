@@ -11,6 +11,9 @@
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 
+#include <string>
+#include <vector>
+
 #include "platform/platform.h"
 #include "platform/posix/lasterror.h"
 
@@ -54,14 +57,20 @@ int32_t KindOf(const char* root, const char* type) {
     return kVolumeFixed;
 }
 
-// Calls `visit` with each mount point and its type, the later of two mounts on one point
-// only once, at its first place.
-template <typename Visit>
-bool EachMount(Visit visit) {
+struct Mount {
+    std::string dir, type;
+};
+
+// The mount table, each mount point once: a later mount on the same point hides the earlier,
+// so the later one's type counts, at the place of the later one.
+bool Mounts(std::vector<Mount>* mounts) {
     FILE* table = setmntent(kMountTable, "r");
     if (table == nullptr) return RecordErrno(errno);
-    while (struct mntent* m = getmntent(table))
-        if (!visit(m->mnt_dir, m->mnt_type)) break;
+    while (struct mntent* m = getmntent(table)) {
+        for (size_t i = 0; i < mounts->size(); ++i)
+            if ((*mounts)[i].dir == m->mnt_dir) mounts->erase(mounts->begin() + i--);
+        mounts->push_back({m->mnt_dir, m->mnt_type});
+    }
     endmntent(table);
     return true;
 }
@@ -74,20 +83,21 @@ size_t ParentLength(const char* path, size_t length) {
 
 }  // namespace
 
-bool ListVolumes(bool (*visit)(void* context, const char* root, int32_t kind), void* context) {
-    return EachMount(
-        [&](const char* dir, const char* type) { return visit(context, dir, KindOf(dir, type)); });
+bool ListVolumes(bool (*visit)(void* context, const char* name, int32_t kind), void* context) {
+    std::vector<Mount> mounts;
+    if (!Mounts(&mounts)) return false;
+    for (const Mount& m : mounts)
+        if (!visit(context, m.dir.c_str(), KindOf(m.dir.c_str(), m.type.c_str()))) break;
+    return true;
 }
 
 int32_t VolumeKindOfRoot(const char* name) {
     char real[PATH_MAX];
-    if (realpath(name, real) == nullptr) return -1;
-    int32_t kind = -1;
-    EachMount([&](const char* dir, const char* type) {
-        if (strcmp(dir, real) == 0) kind = KindOf(dir, type);
-        return kind < 0;
-    });
-    return kind;
+    std::vector<Mount> mounts;
+    if (realpath(name, real) == nullptr || !Mounts(&mounts)) return -1;
+    for (const Mount& m : mounts)
+        if (m.dir == real) return KindOf(m.dir.c_str(), m.type.c_str());
+    return -1;
 }
 
 // The highest directory above `name` on the same device is the mount point; a name that
