@@ -66,6 +66,11 @@ std::string PathText(Path p) {
     return s;
 }
 
+// Descriptors this process holds.
+std::ptrdiff_t OpenFiles() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
 bool IsVolumeKind(ResType t) {
     return t == MgResType("hdsk") || t == MgResType("flpy") || t == MgResType("srvr");
 }
@@ -177,15 +182,12 @@ TEST_F(DirsTest, ListingFailingMidway) {
     for (int i = 0; i < 10; ++i) Make("f" + std::to_string(i));
     OwnedPath p(dir.path.string());
     OwnedHandle names, types;
-    auto openFiles = [] {
-        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-    };
-    auto before = openFiles();
+    auto before = OpenFiles();
     plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
     EXPECT_EQ(FDirEntries(p, names, types), MgIOError);
     EXPECT_EQ(Names(names).size(), 4u);
     EXPECT_GE(MemHandleSize(types), 4 * 8);
-    EXPECT_EQ(openFiles(), before);
+    EXPECT_EQ(OpenFiles(), before);
 }
 
 // Every allocation of a listing of 1000 entries fails in turn: each run gives the listing or
@@ -327,6 +329,7 @@ TEST_F(DirsTest, ExistenceAndPermissions) {
 }
 
 TEST_F(DirsTest, RenameAndCopyNeverReplace) {
+    auto before = OpenFiles();
     std::string a = Make("a", "alpha"), b = Make("b", "beta");
     chmod(a.c_str(), 0604);
     OwnedPath pa(a), pb(b), pc(Name("c")), pd(Name("d")), root("/");
@@ -348,6 +351,7 @@ TEST_F(DirsTest, RenameAndCopyNeverReplace) {
     OwnedPath sub(MakeDir("sub"));
     EXPECT_EQ(FCopyFile(sub, pc), MgNoPermission);
     EXPECT_FALSE(fs::exists(Name("c")));
+    EXPECT_EQ(OpenFiles(), before);
 }
 
 TEST_F(DirsTest, DeleteAndMakeDirectories) {
@@ -487,21 +491,25 @@ TEST(DirSort, ByNameWithoutCase) {
                             "COMMON-PREFIX-LONG-ALPHA",
                             "b",
                             "B",
-                            "a"};
-    Handle names = FNewNameList(nullptr), types = MemNewHandle(6 * 8);
-    for (uint32_t i = 0; i < 6; ++i) {
+                            "a",
+                            "abcdefghij-2",
+                            "abcdefghij-1"};
+    Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandle(8 * 8);
+    ASSERT_EQ(MemHandleSize(names), 4);
+    ASSERT_EQ(Names(names).size(), 0u);
+    for (uint32_t i = 0; i < 8; ++i) {
         uint8_t n = uint8_t(strlen(listed[i]));
         MemAppendBytes(&n, names, 1);
         MemAppendBytes(listed[i], names, n);
         DirEntryRecord r = {i, 0};
         memcpy(*types + 8 * i, &r, 8);
     }
-    int32_t count = 6;
+    int32_t count = 8;
     memcpy(*names, &count, 4);
     FSortDirEntries(names, types);
-    const uint32_t order[] = {5, 3, 4, 1, 2, 0};
+    const uint32_t order[] = {5, 7, 6, 3, 4, 1, 2, 0};
     std::vector<std::string> sorted = Names(names);
-    for (int32_t i = 0; i < 6; ++i) {
+    for (int32_t i = 0; i < 8; ++i) {
         EXPECT_EQ(sorted[i], listed[order[i]]);
         EXPECT_EQ(Record(types, i).flags, order[i]);
     }

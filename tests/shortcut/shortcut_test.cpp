@@ -92,7 +92,9 @@ TEST(NoShortcuts, NamesStayAndUniversalIsACopy) {
     ASSERT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>("/a/b"), 4, &p, PathSyntaxPosix),
               MgNoError);
     Path out = nullptr;
+    int64_t blocks = plat::LiveBlockCount();
     EXPECT_EQ(FPathToUniversal(p, &out), MgNoError);
+    EXPECT_EQ(plat::LiveBlockCount(), blocks + 1);  // the new path and nothing else
     EXPECT_NE(out, p);
     EXPECT_TRUE(FPathSame(out, p));
     EXPECT_EQ(FPathToUniversal(p, &out), MgNoError);  // into the same handle
