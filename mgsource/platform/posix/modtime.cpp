@@ -1,34 +1,14 @@
 // File modification times on POSIX hosts, from stat.
-#include <errno.h>
 #include <sys/stat.h>
 
 #include "platform/platform.h"
+#include "platform/posix/errnostatus.h"
 
 namespace plat {
 namespace {
 
 // Seconds from 1601-01-01 to 1970-01-01.
 constexpr int64_t kUnixEpochIn1601 = 11644473600LL;
-
-int32_t StatusOfErrno(int code) {
-    switch (code) {
-        case ENOENT:
-        case ENOTDIR:
-            return 7;
-        case EACCES:
-        case EPERM:
-            return 8;
-        case ENOMEM:
-            return 2;
-        case EBADF:
-        case EINVAL:
-        case ENAMETOOLONG:
-        case ELOOP:
-            return 1;
-        default:
-            return 6;
-    }
-}
 
 int32_t Fill(const struct stat& st, uint64_t* fileTime, bool* readOnly) {
     const int64_t seconds = int64_t{st.st_mtim.tv_sec} + kUnixEpochIn1601;
@@ -43,7 +23,7 @@ int32_t Fill(const struct stat& st, uint64_t* fileTime, bool* readOnly) {
 
 int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly) {
     struct stat st;
-    if (ref <= 0 || fstat(ref - 1, &st) != 0) return StatusOfErrno(ref <= 0 ? EBADF : errno);
+    if (ref <= 0 || fstat(ref - 1, &st) != 0) return StatusOfErrno(ref <= 0 ? EINVAL : errno);
     return Fill(st, fileTime, readOnly);
 }
 
