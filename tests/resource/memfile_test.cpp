@@ -60,7 +60,7 @@ class MemImage : public ResourceTest {
     }
     static Bytes RandomData(std::mt19937& rng) {
         const int32_t sizes[] = {0, 1, 3, 4, 17, 4092, 4093, 6000};
-        Bytes b(size_t(sizes[rng() % 8]));
+        Bytes b(static_cast<size_t>(sizes[rng() % 8]));
         for (auto& c : b) c = uint8_t(rng());
         return b;
     }
