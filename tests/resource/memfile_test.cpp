@@ -118,41 +118,29 @@ TEST_F(MemImage, EditedFilesReopenFromTheirImage) {
             int32_t count = 0;
             RCount(f, T(type), &count);
             Handle h = nullptr;
-            switch (rng() % 6) {
-                case 0:
-                case 1: {
-                    const std::string name = rng() % 2 ? "r" + std::to_string(rng() % 9) : "";
-                    Handle d = MemNewHandle(0);
+            const uint32_t op = rng() % 6;
+            if (op < 2) {
+                const std::string name = rng() % 2 ? "r" + std::to_string(rng() % 9) : "";
+                Handle d = MemNewHandle(0);
+                const Bytes data = RandomData(rng);
+                MemSetHandleBytes(&d, data.data(), int32_t(data.size()));
+                const std::string p = P(name);
+                if (RAdd(d, f, T(type), int32_t(rng() % 64), name.empty() ? nullptr : PS(p)))
+                    MemDisposeHandle(d);
+            } else if (op == 4) {
+                ASSERT_EQ(RUpdateFile(f), MgNoError);
+            } else if (count && RGetInd(f, T(type), 1 + int32_t(rng() % count), &h) == 0) {
+                int32_t attrs = 0;
+                RGetAttrs(h, &attrs);
+                if (op == 2) {  // new contents of another size
                     const Bytes data = RandomData(rng);
-                    MemSetHandleBytes(&d, data.data(), int32_t(data.size()));
-                    const std::string p = P(name);
-                    if (RAdd(d, f, T(type), int32_t(rng() % 64), name.empty() ? nullptr : PS(p)))
-                        MemDisposeHandle(d);
-                    break;
-                }
-                case 2:  // change: new contents of another size
-                    if (count && RGetInd(f, T(type), 1 + int32_t(rng() % count), &h) == 0) {
-                        const Bytes data = RandomData(rng);
-                        MemSetHandleBytes(&h, data.data(), int32_t(data.size()));
-                        ASSERT_EQ(RChanged(h), MgNoError);
-                    }
-                    break;
-                case 3:
-                    if (count && RGetInd(f, T(type), 1 + int32_t(rng() % count), &h) == 0) {
-                        ASSERT_EQ(RRemove(h, f), MgNoError);
-                        MemDisposeHandle(h);
-                    }
-                    break;
-                case 4:
-                    ASSERT_EQ(RUpdateFile(f), MgNoError);
-                    break;
-                case 5: {  // an unchanged resource lets go of its data
-                    int32_t attrs = 0;
-                    if (count && RGetInd(f, T(type), 1 + int32_t(rng() % count), &h) == 0 &&
-                        RGetAttrs(h, &attrs) == 0 && !(attrs & RAttrChanged)) {
-                        ASSERT_EQ(RRelease(h), MgNoError);
-                    }
-                    break;
+                    MemSetHandleBytes(&h, data.data(), int32_t(data.size()));
+                    ASSERT_EQ(RChanged(h), MgNoError);
+                } else if (op == 3) {
+                    ASSERT_EQ(RRemove(h, f), MgNoError);
+                    MemDisposeHandle(h);
+                } else if (!(attrs & RAttrChanged)) {  // unloaded again
+                    ASSERT_EQ(RRelease(h), MgNoError);
                 }
             }
         }
@@ -189,22 +177,13 @@ TEST_F(MemImage, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
     Drop(f);
 }
 
-TEST_F(MemImage, FileWithoutResourcesGivesItsHeader) {
-    ResFile f = CreateAndOpen("empty");
-    const Bytes image = Image(f);
-    EXPECT_EQ(image, ReadFile("empty"));
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-    Handle closed = nullptr;
-    EXPECT_EQ(RGetMemFileHandle(f, &closed), MgBadResourceFile);
-}
-
 TEST_F(MemImage, MemoryFileHoldsResourcesItCannotFindByHandle) {
     ResFile id = -1;
     ASSERT_EQ(RCreateMemFile(&id, T("CRTR"), T("MEMF")), MgNoError);
     EXPECT_EQ(id, 0);
-    int32_t types = -1;
-    EXPECT_EQ(RCountTypes(id, &types), MgNoError);
-    EXPECT_EQ(types, 0);
+    // No resources: the image is the file that creating an empty one writes.
+    ASSERT_EQ(RCreateCorrectFile(MakePath("empty"), 1, T("CRTR"), T("MEMF"), 0644), MgNoError);
+    EXPECT_EQ(Image(id), ReadFile("empty"));
     Handle a = AddData(id, "TXT ", 5, {'h', 'i'}, "greeting");
     AddData(id, "TXT ", 2, {'a'});
     AddData(id, "BIN ", 9, Bytes(5000, 7));
@@ -242,29 +221,28 @@ TEST_F(MemImage, ModificationDateByPathAndByFile) {
     EXPECT_EQ(RGetModDate(MakePath("dated"), 0, &date, &readOnly), MgNoError);
     EXPECT_EQ(date, want);
     EXPECT_EQ(readOnly, 0);
+    ASSERT_EQ(chmod(FilePath("dated").c_str(), 0444), 0);
     f = Open("dated", FMModeRead);
     date = 0;
-    EXPECT_EQ(RGetModDate(nullptr, f, &date, nullptr), MgNoError);
+    EXPECT_EQ(RGetModDate(nullptr, f, &date, &readOnly), MgNoError);  // by the open file
     EXPECT_EQ(date, want);
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-
-    ASSERT_EQ(chmod(FilePath("dated").c_str(), 0444), 0);
-    EXPECT_EQ(RGetModDate(MakePath("dated"), 0, &date, &readOnly), MgNoError);
     EXPECT_EQ(readOnly, 1);
-
+    ASSERT_EQ(RCloseFile(f), MgNoError);
     struct {
         Path path;
         ResFile id;
         MgStatus want;
-    } failures[] = {{MakePath("missing"), 0, MgNotFound},
-                    {MakePath("dated"), 12345, MgBadResourceFile},
-                    {nullptr, 0, MgBadArgument}};
-    for (const auto& c : failures) EXPECT_EQ(RGetModDate(c.path, c.id, &date, nullptr), c.want);
-    Path root = FEmptyPath(nullptr);
-    date = 9;
-    EXPECT_EQ(RGetModDate(root, 0, &date, &readOnly), MgNoError);
-    EXPECT_EQ(date, 0u);
-    FPathRelease(root);
+        uint32_t date;
+    } cases[] = {{MakePath("missing"), 0, MgNotFound, 9},
+                 {MakePath("dated"), 12345, MgBadResourceFile, 9},
+                 {nullptr, 0, MgBadArgument, 9},
+                 {FEmptyPath(nullptr), 0, MgNoError, 0}};
+    for (const auto& c : cases) {
+        date = 9;
+        EXPECT_EQ(RGetModDate(c.path, c.id, &date, nullptr), c.want);
+        EXPECT_EQ(date, c.date);
+    }
+    FPathRelease(cases[3].path);
 }
 
 }  // namespace
