@@ -105,13 +105,10 @@ TEST(PList, FindDuplicatesAndTheShortForm) {
     EXPECT_EQ(PListFind(list, &key, PStringOrderNoCaseIndirect), 1);
     EXPECT_EQ(PListFind(list, &key, PStringOrderIndirect), -1);
     MemDisposeHandle(list);
-    struct {
-        V items;
-        int32_t want;
-    } cases[] = {{{"a", "b", "a"}, 2}, {{"a", "b"}, 0}, {{"a", "A"}, 0}, {{"x", "y", "y", "x"}, 2}};
-    for (const auto& c : cases) {
-        Handle l = Make(c.items);
-        EXPECT_EQ(PListFirstDuplicate(*l), c.want);
+    for (const auto& [items, want] :
+         {std::pair<V, int32_t>{{"a", "b", "a"}, 2}, std::pair<V, int32_t>{{"a", "A", "b"}, 0}}) {
+        Handle l = Make(items);
+        EXPECT_EQ(PListFirstDuplicate(*l), want);
         MemDisposeHandle(l);
     }
     uint8_t block[] = {0, 0, 1, 'a', 2, 'b', 'c'};

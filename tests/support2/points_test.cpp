@@ -100,25 +100,7 @@ TEST(Rect, IntersectionsInPlaceAndEmpty) {
         Rect inPlace = c.a;
         EXPECT_EQ(RectIntersect(&inPlace, &c.b, &inPlace), c.want);
         ExpectRect(inPlace, c.result);
-        LongRect la{c.a.top, c.a.left, c.a.bottom, c.a.right};
-        LongRect lb{c.b.top, c.b.left, c.b.bottom, c.b.right}, lo;
-        EXPECT_EQ(LongRectIntersect(&la, &lb, &lo), c.want);
-        EXPECT_EQ(lo.right, c.result.right);
     }
-}
-
-TEST(Rect, HalfOpenContainmentAndEmptyUnions) {
-    const Rect r = R(0, 0, 10, 10), empty = R(5, 5, 5, 9);
-    EXPECT_TRUE(PointInRect(W(9, 9), &r));
-    EXPECT_FALSE(PointInRect(W(0, 10), &r));
-    EXPECT_FALSE(PointInRect(W(10, 0), &r));
-    EXPECT_TRUE(RectInRect(&r, &r));
-    Rect u = r;
-    RectUnion(&empty, &u);
-    ExpectRect(u, r);
-    u = empty;
-    RectUnion(&r, &u);
-    ExpectRect(u, r);
 }
 
 }  // namespace
