@@ -51,40 +51,13 @@ void Remember(ResFile id, ResType type, Handle h, int32_t resId) {
     RLastGot = RLastGotRecord{id, type, h, resId};
 }
 
-MgStatus LoadRef(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* loaded);
-
 // Loads `ref` when needed and gives its handle.
 MgStatus Deliver(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* h) {
     if (!ref->handle) {
-        if (MgStatus status = LoadRef(entry, type, ref, h)) return status;
-    } else {
-        *h = DataHandle(ref);
+        if (MgStatus status = RLoadData(entry, ref)) return status;
     }
+    *h = DataHandle(ref);
     Remember(entry->fileId, type, *h, ref->id);
-    return MgNoError;
-}
-
-// RLoadData for a reference whose type the caller knows; gives the new handle.
-MgStatus LoadRef(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* loaded) {
-    MG_CHECK(ref->handle == 0);
-    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
-    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
-    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
-    int32_t size;
-    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
-    FlipBig32(&size);
-    if (int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
-    Handle h = MemNewHandle(size);
-    if (!h) return MgNoMemory;
-    const uint32_t token = MemHandleToken(h);
-    MgStatus status = IndexReserve(token);
-    if (!status) status = DataRead(entry, at + 4, size, *h);
-    if (status) {
-        MemDisposeHandle(h);
-        return status;
-    }
-    AttachHandle(entry, type, ref, token);
-    *loaded = h;
     return MgNoError;
 }
 
@@ -189,9 +162,26 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
 // Size word and data come through the file's read window; data too large for it is read
 // from the file straight into the new handle.
 MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
+    MG_CHECK(ref->handle == 0);
+    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
+    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
+    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    int32_t size;
+    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
+    FlipBig32(&size);
+    if (int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
+    Handle h = MemNewHandle(size);
+    if (!h) return MgNoMemory;
+    const uint32_t token = MemHandleToken(h);
+    MgStatus status = IndexReserve(token);
+    if (!status) status = DataRead(entry, at + 4, size, *h);
+    if (status) {
+        MemDisposeHandle(h);
+        return status;
+    }
     ResTypeEntry* t = TypeOfRef(entry->map, ref);
-    Handle h;
-    return LoadRef(entry, t ? t->type : 0, ref, &h);
+    AttachHandle(entry, t ? t->type : 0, ref, token);
+    return MgNoError;
 }
 
 MgStatus RCountTypes(ResFile id, int32_t* count) {

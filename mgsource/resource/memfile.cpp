@@ -1,5 +1,18 @@
 // Resource files in memory: a map with no byte file behind it, and the flattening of any open
 // file into one block with the exact layout of a file on disk.
+//
+// A memory file's id is its FileRef, 0, so its slot looks free: RLookupFile(0) finds it only
+// while it is the first slot with id 0, the next open may take the slot over (its map and
+// data are then lost to everyone), and RFindHandle never answers for a file of id 0. No
+// numbering of its own is added. A dirty one can't be closed, as the write-back's file calls
+// refuse FileRef 0 with 1; clearing its dirty bit lets RCloseFile dispose of it.
+//
+// The image is what a write-back without holes would write: data in reference order, pads
+// zero, and, as on disk, the unused word, the file id and every handle word zero in the
+// image's map while the map in memory keeps its values. Afterwards the map describes the
+// image (changed bits cleared, offsets and the header's four fields set, dirty bit as it was).
+// A map without resources has no type list to read: its image is the 32-byte header of an
+// empty file, and the map is left alone.
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/memory.h"

@@ -1,4 +1,6 @@
-// Modification dates of resource files, by open file or by path.
+// Modification dates of resource files, by open file or by path: the platform's last-write
+// time as seconds since 1904, exact halves to the even second. On POSIX, read-only means no
+// write permission bit for anyone.
 #include "mg/dbgtools.h"
 #include "mg/path.h"
 #include "platform/platform.h"

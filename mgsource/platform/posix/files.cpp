@@ -16,7 +16,6 @@
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
-#include "platform/posix/errnostatus.h"
 
 namespace plat {
 namespace {
@@ -213,9 +212,32 @@ bool LastErrorIsSharingConflict() {
     return gLast.injected == 0 && gLast.code == kSharingConflict;
 }
 
+// The meanings of the status table: missing things 7, refusals 8, existing files 10, bad
+// names 1, memory 2, anything else an I/O error.
 int32_t LastErrorStatus() {
     if (gLast.injected) return gLast.injected;
-    return gLast.code == kSharingConflict ? 8 : StatusOfErrno(gLast.code);
+    switch (gLast.code) {
+        case kSharingConflict:
+        case EACCES:
+        case EPERM:
+        case EROFS:
+        case EISDIR:
+        case ETXTBSY:
+            return 8;
+        case ENOENT:
+        case ENOTDIR:
+            return 7;
+        case ENOMEM:
+            return 2;
+        case EEXIST:
+            return 10;
+        case EINVAL:
+        case ENAMETOOLONG:
+        case ELOOP:
+            return 1;
+        default:
+            return 6;
+    }
 }
 
 void SleepMilliseconds(int32_t ms) {
