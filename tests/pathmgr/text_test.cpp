@@ -78,7 +78,7 @@ TEST_F(PathText, TextToPath) {
             EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
         }
     }
-    OwnedPath cut(Parse("/" + std::string(256, 'x'), PathSyntaxPosix));
+    OwnedPath cut(Parse(std::string(1, '/').append(256, 'x'), PathSyntaxPosix));
     EXPECT_EQ(Describe(cut), "A:" + std::string(255, 'x'));
 }
 
