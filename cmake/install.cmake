@@ -55,6 +55,7 @@ if(WIN32)
 endif()
 # The prefix as seen from the .pc file, so that the installed tree can move (--prefix, DESTDIR).
 file(RELATIVE_PATH MG_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" MG_PC_TO_PREFIX "${MG_PC_TO_PREFIX}")
 configure_file(cmake/mg.pc.in ${CMAKE_CURRENT_BINARY_DIR}/mg.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

@@ -41,8 +41,8 @@ int List(ResFile file) {
             if (MgStatus status = RGetInd(file, type, i, &h)) return status;
             if (MgStatus status = RGetInfo(h, &id, &same, name)) return status;
             if (MgStatus status = RGetSize(h, &size)) return status;
-            std::printf("%s %ld \"%.*s\" %ld bytes\n", TypeText(type).c_str(), long(id), int(name[0]),
-                        reinterpret_cast<const char*>(name + 1), long(size));
+            std::printf("%s %ld \"%.*s\" %ld bytes\n", TypeText(type).c_str(), long(id),
+                        int(name[0]), reinterpret_cast<const char*>(name + 1), long(size));
         }
     }
     return 0;
