@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -24,7 +25,8 @@ std::string TypeText(ResType type) {
     return std::string(reinterpret_cast<const char*>(&type), 4);
 }
 
-int List(ResFile file) {
+// One line for each resource, type by type in the file's order.
+MgStatus Describe(ResFile file, std::vector<std::string>* lines) {
     int32_t typeCount = 0;
     if (MgStatus status = RCountTypes(file, &typeCount)) return status;
     for (int32_t t = 1; t <= typeCount; ++t) {
@@ -36,16 +38,18 @@ int List(ResFile file) {
             Handle h = nullptr;
             int32_t id = 0;
             int32_t size = 0;
-            uint8_t name[256] = {0};
-            ResType same = 0;
+            uint8_t name[256] = {0};  // a PStr: count byte, then the characters
             if (MgStatus status = RGetInd(file, type, i, &h)) return status;
-            if (MgStatus status = RGetInfo(h, &id, &same, name)) return status;
+            if (MgStatus status = RGetInfo(h, &id, &type, name)) return status;
             if (MgStatus status = RGetSize(h, &size)) return status;
-            std::printf("%s %ld \"%.*s\" %ld bytes\n", TypeText(type).c_str(), long(id),
-                        int(name[0]), reinterpret_cast<const char*>(name + 1), long(size));
+            char line[400];
+            std::snprintf(line, sizeof line, "%s %ld \"%.*s\" %ld bytes", TypeText(type).c_str(),
+                          long(id), int(name[0]), reinterpret_cast<const char*>(name + 1),
+                          long(size));
+            lines->push_back(line);
         }
     }
-    return 0;
+    return MgNoError;
 }
 
 }  // namespace
@@ -69,26 +73,22 @@ int main(int argc, char** argv) {
     ResFile file = 0;
     ResType fileType = 0;
     ResType creator = 0;
-    const MgStatus status = ROpenFile(path, FMModeRead, &file, &fileType, &creator);
+    MgStatus status = ROpenFile(path, FMModeRead, &file, &fileType, &creator);
     FPathRelease(path);
     if (status) {
         std::fprintf(stderr, "listres: %s is not a readable resource file (%ld)\n", text.c_str(),
                      long(status));
         return 1;
     }
-    int32_t total = 0;
-    int32_t typeCount = 0;
-    RCountTypes(file, &typeCount);
-    for (int32_t t = 1; t <= typeCount; ++t) {
-        ResType type = 0;
-        int32_t count = 0;
-        if (RGetIndType(file, &type, t) == MgNoError && RCount(file, type, &count) == MgNoError)
-            total += count;
-    }
-    std::printf("file type %s, creator %s, %ld resources\n", TypeText(fileType).c_str(),
-                TypeText(creator).c_str(), long(total));
-    const int listed = List(file);
+    std::vector<std::string> lines;
+    status = Describe(file, &lines);
     RCloseFile(file);
-    if (listed) std::fprintf(stderr, "listres: error %d while listing\n", listed);
-    return listed ? 1 : 0;
+    if (status) {
+        std::fprintf(stderr, "listres: error %ld while listing %s\n", long(status), text.c_str());
+        return 1;
+    }
+    std::printf("file type %s, creator %s, %zu resources\n", TypeText(fileType).c_str(),
+                TypeText(creator).c_str(), lines.size());
+    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
+    return 0;
 }
