@@ -2,6 +2,7 @@
 #include "filemgr/dirnames.h"
 #include "mg/ansi.h"
 #include "mg/filemgr.h"
+#include "mg/filetypes.h"
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "mg/pstring.h"

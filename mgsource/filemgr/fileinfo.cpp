@@ -3,6 +3,7 @@
 #include "filemgr/dirnames.h"
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
+#include "mg/filetypes.h"
 #include "mg/memory.h"
 #include "mg/pstring.h"
 #include "platform/platform.h"
@@ -30,10 +31,13 @@ void ClearNames(FileInfo* info) {
 
 extern "C" {
 
-// Dates before 1904 read as 0, dates past the 32-bit range as its end.
+// Whole seconds, exact halves to the even second; dates before 1904 read as 0, dates past
+// the 32-bit range as its end.
 Timestamp FFileTimeToSeconds(uint64_t fileTime) {
     if (fileTime < kEpochDistance) return 0;
-    uint64_t seconds = (fileTime - kEpochDistance) / kUnitsPerSecond;
+    uint64_t units = fileTime - kEpochDistance;
+    uint64_t seconds = units / kUnitsPerSecond, rest = units % kUnitsPerSecond;
+    if (rest > kUnitsPerSecond / 2 || (rest == kUnitsPerSecond / 2 && (seconds & 1))) ++seconds;
     return seconds > 0xFFFFFFFFULL ? 0xFFFFFFFFu : static_cast<Timestamp>(seconds);
 }
 
@@ -95,7 +99,7 @@ MgStatus FApplyPermissions(Path path, ConstPStr owner, ConstPStr group,
 MgStatus FMFileModDate(Path path, FileRef ref, uint32_t* date, int32_t* readOnly) {
     uint64_t modified = 0;
     bool locked = false;
-    if (ref == 0 || !plat::GetOpenFileDate(ref, &modified, &locked)) {
+    if (ref == 0 || plat::FileModTimeOfRef(ref, &modified, &locked) != 0) {
         if (!FPathRooted(path)) return MgBadArgument;
         if (IsVolumeLevel(path)) {
             *date = 0;
@@ -104,10 +108,7 @@ MgStatus FMFileModDate(Path path, FileRef ref, uint32_t* date, int32_t* readOnly
         }
         char name[FNativeNameBufferSize];
         if (MgStatus status = FPathToNativeName(path, name)) return status;
-        plat::FileFacts facts;
-        if (!plat::GetFileFacts(name, &facts)) return FMapLastError();
-        modified = facts.modified;
-        locked = facts.readOnly;
+        if (MgStatus status = plat::FileModTimeOfName(name, &modified, &locked)) return status;
     }
     *date = FFileTimeToSeconds(modified);
     if (readOnly) *readOnly = locked ? 1 : 0;

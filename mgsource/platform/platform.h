@@ -112,8 +112,6 @@ bool GetEntryAttributes(const char* name, EntryAttributes* attributes);
 bool GetFileFacts(const char* name, FileFacts* facts);
 // The size a directory's information reports: the number of its entries.
 int32_t DirectorySize(const char* directory, bool volumeRoot);
-// The last-write time and read-only state of an open file.
-bool GetOpenFileDate(int32_t ref, uint64_t* modified, bool* readOnly);
 // Sets the dates of a file; a date of 0 is left alone.
 bool SetFileDates(const char* name, uint64_t created, uint64_t modified);
 // The exact spelling, by the file system, of the last name of `name`, into `leaf`.
@@ -161,5 +159,12 @@ bool ResolveShortcutFile(char* name);
 uint32_t UniversalNameSize(const char* name);
 // Fills `buffer` with the universal form; `*text` points into it.
 bool UniversalName(const char* name, void* buffer, uint32_t size, const char** text);
+
+// File modification times, for the file manager's date query. `fileTime` receives the
+// last-write time in 100-nanosecond units since 1601-01-01 UTC, and `readOnly` whether the file
+// refuses writing (on POSIX: no write permission for anyone). Each returns 0, or the status of
+// the failure in the file manager's table.
+int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly);
+int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
 
 }  // namespace plat

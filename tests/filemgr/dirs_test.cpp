@@ -554,6 +554,9 @@ TEST(FileTimes, SecondsSince1904) {
         uint32_t seconds;
     } rows[] = {{95616288000000000ULL, 0},
                 {95616288000000000ULL + 10000000ULL, 1},
+                {95616288000000000ULL + 15000000ULL, 2},  // halves to the even second
+                {95616288000000000ULL + 25000000ULL, 2},
+                {95616288000000000ULL + 25000001ULL, 3},
                 {0, 0},
                 {116444736000000000ULL, kUnixEpochSeconds},
                 {~0ULL, 0xFFFFFFFFu}};

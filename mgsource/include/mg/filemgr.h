@@ -103,11 +103,8 @@ MgStatus FUnavailableLookup(void);
 MgStatus FUnsupportedCall(void);
 
 // File dates: the host's 100-nanosecond file times and the layer's seconds since 1904, with
-// no time-zone adjustment.
+// no time-zone adjustment; exact halves of a second go to the even second.
 Timestamp FFileTimeToSeconds(uint64_t fileTime);
 uint64_t FSecondsToFileTime(Timestamp seconds);
-
-// File types by extension (filetypes.cpp): the type for the path's last name, or 0.
-ResType FTypeOfPath(Path path);
 
 MG_EXTERN_C_END

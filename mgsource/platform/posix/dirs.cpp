@@ -180,14 +180,6 @@ int32_t DirectorySize(const char* directory, bool) {
     return count;
 }
 
-bool GetOpenFileDate(int32_t ref, uint64_t* modified, bool* readOnly) {
-    struct stat st;
-    if (fstat(ref - 1, &st) != 0) return FailErrno();
-    *modified = FileTime(st.st_mtim);
-    *readOnly = (st.st_mode & 0222) == 0;
-    return true;
-}
-
 // The creation date is the file system's to keep; only the modification date can be set.
 bool SetFileDates(const char* name, uint64_t, uint64_t modified) {
     struct timespec times[2] = {{0, UTIME_OMIT}, {0, UTIME_OMIT}};

@@ -158,15 +158,6 @@ int32_t DirectorySize(const char* directory, bool volumeRoot) {
     return volumeRoot ? count : count - 2;
 }
 
-bool GetOpenFileDate(int32_t ref, uint64_t* modified, bool* readOnly) {
-    BY_HANDLE_FILE_INFORMATION info;
-    if (!GetFileInformationByHandle(reinterpret_cast<HANDLE>(static_cast<intptr_t>(ref)), &info))
-        return Failed();
-    *modified = Time(info.ftLastWriteTime);
-    *readOnly = (info.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-    return true;
-}
-
 bool SetFileDates(const char* name, uint64_t created, uint64_t modified) {
     HANDLE h =
         CreateFileA(name, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
