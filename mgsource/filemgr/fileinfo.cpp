@@ -117,8 +117,10 @@ MgStatus FMFileModDate(Path path, FileRef ref, uint32_t* date, int32_t* readOnly
 
 MgStatus FFileInfoOf(Path path, FileInfo* info) {
     if (!FPathRooted(path) || info == nullptr) return MgBadArgument;
-    info->hiddenFlag = 0;
-    info->spareWord1 = info->spareWord2 = 0;
+    if (FPathDepth(path) == 0) {  // the only entry whose hidden flag and spare words are set
+        info->hiddenFlag = 0;
+        info->spareWord1 = info->spareWord2 = 0;
+    }
     if (FPathDepth(path) < plat::VolumeDepth()) {
         // The level above the drives: a directory whose entries are the drives.
         Handle drives = MemNewHandle(4);

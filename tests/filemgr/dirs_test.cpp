@@ -236,7 +236,8 @@ TEST_F(DirsTest, FileInfo) {
         EXPECT_EQ(info.permissions, r.permissions);
         EXPECT_EQ(info.type, MgResType("????"));
         EXPECT_EQ(info.creator, MgResType("????"));
-        EXPECT_EQ(info.hiddenFlag, 0);
+        EXPECT_EQ(info.hiddenFlag, int32_t(0xABABABAB));  // cleared for the empty path alone
+        EXPECT_EQ(info.spareWord2, 0xABAB);
         EXPECT_EQ(info.owner[0], 0);
         EXPECT_NE(info.created, 0u);
         if (!r.isDirectory) {
@@ -247,8 +248,11 @@ TEST_F(DirsTest, FileInfo) {
     FileInfo info;
     EXPECT_EQ(FFileInfoOf(missing, &info), MgNotFound);
     Path root = FEmptyPath(nullptr);
+    memset(&info, 0xAB, sizeof info);
     ASSERT_EQ(FFileInfoOf(root, &info), MgNoError);  // "/" itself, dates and all
     EXPECT_EQ(info.isDirectory, 1);
+    EXPECT_EQ(info.hiddenFlag, 0);
+    EXPECT_EQ(info.spareWord1 | info.spareWord2, 0);
     EXPECT_GT(info.modified, 0u);
     FPathRelease(root);
 }
