@@ -146,7 +146,14 @@ MgStatus FFileInfoOf(Path path, FileInfo* info) {
         return FMapLastError();
     info->type = info->creator = MgResType("????");
     if (!facts.isDirectory) {
-        if (ResType type = FTypeOfPath(path)) {
+        // The type is the target's: the path that the native name reaches, shortcuts followed.
+        Path target = nullptr;
+        MgStatus status =
+            FTextToPath(reinterpret_cast<const uint8_t*>(name), StrLen(name), &target);
+        ResType type = status == MgNoError ? FTypeOfPath(target) : 0;
+        FPathRelease(target);
+        if (status != MgNoError) return status;
+        if (type != 0) {
             info->type = type;
             info->creator = MgResType("MXDX");
         }
