@@ -245,8 +245,9 @@ bool CopyFileNew(const char* from, const char* to) {
     int in = open(from, O_RDONLY | O_CLOEXEC);
     if (in < 0) return FailErrno();
     struct stat st;
-    if (fstat(in, &st) != 0 || S_ISDIR(st.st_mode)) {
-        int code = S_ISDIR(st.st_mode) ? EISDIR : errno;
+    bool statted = fstat(in, &st) == 0;
+    if (!statted || S_ISDIR(st.st_mode)) {
+        int code = statted ? EISDIR : errno;
         close(in);
         return RecordErrno(code);
     }
