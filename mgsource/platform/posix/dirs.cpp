@@ -59,15 +59,16 @@ void FillAttributes(const struct stat& st, EntryAttributes* a) {
     a->permissions = static_cast<int32_t>(st.st_mode & 0777);
 }
 
-// Attributes of `name` in `dirFd`, following a link; a dangling link is unreadable.
+// Attributes of `name` in `dirFd`, following a link, which is marked as one; a dangling link
+// is unreadable. errno tells a failure.
 void StatAt(int dirFd, const char* name, EntryAttributes* a) {
     struct stat st;
-    if (fstatat(dirFd, name, &st, 0) == 0) {
-        FillAttributes(st, a);
-        return;
+    if (fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (S_ISLNK(st.st_mode)) {
+        a->isLink = true;
+        if (fstatat(dirFd, name, &st, 0) != 0) return;
     }
-    struct stat link;
-    a->isLink = fstatat(dirFd, name, &link, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(link.st_mode);
+    FillAttributes(st, a);
 }
 
 bool Copy(int in, int out) {
@@ -130,7 +131,6 @@ bool NextListingEntry(DirListing* listing, ListedEntry* entry, bool* failed) {
                 break;
             default:
                 StatAt(dirfd(listing->dir), d->d_name, &entry->attributes);
-                if (d->d_type == DT_LNK) entry->attributes.isLink = true;
                 break;
         }
         return true;
