@@ -22,6 +22,15 @@ int64_t FileOpCount(FileOp op);
 // process's own, so that code which takes the drive from it can be tested on any host; null
 // restores the real one.
 void SetCurrentDirectoryForTest(const char* directory);
+// Makes the Nth call of the library's global operator new from now find no memory (1 = the
+// next one); 0 disarms. Kept apart from FailAllocationAt, which counts the memory manager's
+// blocks alone.
+void FailGlobalNewAt(int64_t n);
+// Sends every text of the debugger channel to `sink` as well (null stops it), so that tests
+// can see it on hosts where no debugger listens.
+typedef void (*DebuggerSink)(const char* text, void* context);
+void CaptureDebuggerOutput(DebuggerSink sink, void* context);
+
 // Disarms every fault and resets the counters.
 void ResetFaults();
 
