@@ -110,6 +110,7 @@ class StackTrace {
 // The trace of the failure log.
 class FailureStackTrace : public StackTrace {
   public:
+    using StackTrace::Addresses;
     StackAddress* Addresses() override { return addresses; }
     int32_t Capacity() const override { return 15; }
 
@@ -123,6 +124,7 @@ class ExceptStackTrace : public StackTrace {
     ExceptStackTrace() = default;
     ExceptStackTrace(const ExceptStackTrace&) = default;
     ExceptStackTrace& operator=(const ExceptStackTrace&) = default;
+    using StackTrace::Addresses;
     StackAddress* Addresses() override { return addresses; }
     int32_t Capacity() const override { return 8; }
 
