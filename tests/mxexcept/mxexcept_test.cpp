@@ -62,24 +62,6 @@ TEST(MXExcept, TraceStartsAtTheConstructingCode) {
         << FirstFrameName(e.GetStackTrace());
 }
 
-TEST(ThrowHelpers, ThrowWhatTheyAreTold) {
-    try {
-        ThrowMXExcept(9, "nine", "f", 99);
-        ADD_FAILURE();
-    } catch (const MXExcept& e) {
-        EXPECT_STREQ(e.what(), "MXExcept. Err=9, File=f, Line=99, Detail='nine'");
-    }
-    int x = 0;
-    EXPECT_NO_THROW(ThrowIfNull(&x, "d", "f", 1));
-    try {
-        ThrowIfNull(nullptr, "no block", "f", 5);
-        ADD_FAILURE();
-    } catch (const MXExcept& e) {
-        EXPECT_EQ(e.GetError(), 2);
-        EXPECT_STREQ(e.GetDetail(), "no block");
-    }
-}
-
 // Throws `thrown` and converts it in a catch-all.
 template <typename T>
 MXExcept Converted(const T& thrown) {

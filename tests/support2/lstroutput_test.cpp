@@ -48,7 +48,8 @@ TEST(LStrOutput, CopiesTakeTextAndSwitch) {
 
     LStrOutput c;
     c = b;
-    c = c;
+    LStrOutput& same = c;
+    c = same;  // self-assignment keeps the text
     EXPECT_EQ(c.IsEnabled(), 1);
     c.Printf("e");
     EXPECT_EQ(TextOf(c), "abcde");
