@@ -8,7 +8,18 @@
 
 #include "platform/platform.h"
 
+// Both registrations exist in the Microsoft runtimes and in the universal C runtime; the
+// older msvcrt.dll that MinGW-w64 links by default exports neither by its C name, and then
+// nothing is registered.
+#if defined(_MSC_VER) || defined(_UCRT)
+#define MG_RUNTIME_HAS_HANDLERS 1
+#else
+#define MG_RUNTIME_HAS_HANDLERS 0
+#endif
+
 namespace plat {
+
+#if MG_RUNTIME_HAS_HANDLERS
 namespace {
 
 FaultTranslator gTranslator = nullptr;
@@ -30,16 +41,27 @@ void __cdecl TranslateFault(unsigned int code, EXCEPTION_POINTERS* pointers) {
 }
 
 }  // namespace
+#endif
 
 SizedNewHandler SetRuntimeNewHandler(SizedNewHandler handler) {
+#if MG_RUNTIME_HAS_HANDLERS
     return _set_new_handler(handler);
+#else
+    (void)handler;
+    return nullptr;
+#endif
 }
 
 // The translator is per thread; the library keeps one for the process.
 bool InstallFaultTranslator(FaultTranslator translator) {
+#if MG_RUNTIME_HAS_HANDLERS
     gTranslator = translator;
     _set_se_translator(TranslateFault);
     return true;
+#else
+    (void)translator;
+    return false;
+#endif
 }
 
 }  // namespace plat
