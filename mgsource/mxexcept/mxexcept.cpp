@@ -61,5 +61,5 @@ void ThrowMXExcept(int32_t err, const char* detail, const char* file, int32_t li
 }
 
 void ThrowIfNull(const void* pointer, const char* detail, const char* file, int32_t line) {
-    if (pointer != nullptr) ThrowMXExcept(MgNoMemory, detail, file, line);
+    if (pointer == nullptr) ThrowMXExcept(MgNoMemory, detail, file, line);
 }

@@ -186,6 +186,8 @@ TEST_F(GlobalNew, FailuresGoThroughTheHandlerOnce) {
         EXPECT_EQ(gHandlerCalls, 1);
         EXPECT_EQ(gHandlerSize, 24u);
     }
+    gHandlerAnswer = 1;
+    EXPECT_EQ(MXNewHandler(8), 1);  // what the runtime sees when it registered the handler
 }
 
 }  // namespace
