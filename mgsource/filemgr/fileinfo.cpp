@@ -117,8 +117,10 @@ MgStatus FMFileModDate(Path path, FileRef ref, uint32_t* date, int32_t* readOnly
 
 MgStatus FFileInfoOf(Path path, FileInfo* info) {
     if (!FPathRooted(path) || info == nullptr) return MgBadArgument;
-    info->hiddenFlag = 0;
-    info->spareWord1 = info->spareWord2 = 0;
+    if (FPathDepth(path) == 0) {  // the only entry whose hidden flag and spare words are set
+        info->hiddenFlag = 0;
+        info->spareWord1 = info->spareWord2 = 0;
+    }
     if (FPathDepth(path) < plat::VolumeDepth()) {
         // The level above the drives: a directory whose entries are the drives.
         Handle drives = MemNewHandle(4);
@@ -144,7 +146,14 @@ MgStatus FFileInfoOf(Path path, FileInfo* info) {
         return FMapLastError();
     info->type = info->creator = MgResType("????");
     if (!facts.isDirectory) {
-        if (ResType type = FTypeOfPath(path)) {
+        // The type is the target's: the path that the native name reaches, shortcuts followed.
+        Path target = nullptr;
+        MgStatus status =
+            FTextToPath(reinterpret_cast<const uint8_t*>(name), StrLen(name), &target);
+        ResType type = status == MgNoError ? FTypeOfPath(target) : 0;
+        FPathRelease(target);
+        if (status != MgNoError) return status;
+        if (type != 0) {
             info->type = type;
             info->creator = MgResType("MXDX");
         }

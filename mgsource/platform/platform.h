@@ -128,8 +128,6 @@ bool MakeDirectory(const char* name);
 // Changes the permission bits through the C runtime, whose error (errno) is cleared first
 // and tells a failure.
 bool ChangePermissions(const char* name, int32_t permissions);
-// The temporary directory, NUL-terminated; its length, 0 when there is none.
-int32_t TempDirectory(char* buffer, int32_t size);
 
 // Kinds of volume.
 enum VolumeKind { kVolumeUnknown = 0, kVolumeRemovable, kVolumeFixed, kVolumeRemote };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "mg/filemgr.h"
+#include "mg/filetypes.h"
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "mg/resource.h"
@@ -236,7 +237,8 @@ TEST_F(DirsTest, FileInfo) {
         EXPECT_EQ(info.permissions, r.permissions);
         EXPECT_EQ(info.type, MgResType("????"));
         EXPECT_EQ(info.creator, MgResType("????"));
-        EXPECT_EQ(info.hiddenFlag, 0);
+        EXPECT_EQ(info.hiddenFlag, int32_t(0xABABABAB));  // cleared for the empty path alone
+        EXPECT_EQ(info.spareWord2, 0xABAB);
         EXPECT_EQ(info.owner[0], 0);
         EXPECT_NE(info.created, 0u);
         if (!r.isDirectory) {
@@ -247,10 +249,39 @@ TEST_F(DirsTest, FileInfo) {
     FileInfo info;
     EXPECT_EQ(FFileInfoOf(missing, &info), MgNotFound);
     Path root = FEmptyPath(nullptr);
+    memset(&info, 0xAB, sizeof info);
     ASSERT_EQ(FFileInfoOf(root, &info), MgNoError);  // "/" itself, dates and all
     EXPECT_EQ(info.isDirectory, 1);
+    EXPECT_EQ(info.hiddenFlag, 0);
+    EXPECT_EQ(info.spareWord1 | info.spareWord2, 0);
     EXPECT_GT(info.modified, 0u);
     FPathRelease(root);
+}
+
+// A shortcut's information is its target's, type included.
+std::string gShortcut, gShortcutTarget;
+bool ResolveOne(char* name) {
+    if (name != gShortcut) return false;
+    strcpy(name, gShortcutTarget.c_str());
+    return true;
+}
+
+TEST_F(DirsTest, FileInfoThroughShortcut) {
+    OwnedHandle table;
+    ASSERT_EQ(MemResizeHandle(table, 12), MgNoError);
+    const uint8_t record[12] = {1, 0, 0, 0, 'M', 'X', 'S', 'B', 'm', 's', 'b', 0};
+    memcpy(*table.h, record, 12);
+    FSetTypeTables(table, nullptr);
+    gShortcut = Name("doc.lnk");
+    gShortcutTarget = Make("real.msb", "123");
+    plat::SetShortcutResolverForTest(ResolveOne);
+    OwnedPath p(gShortcut);
+    FileInfo info;
+    EXPECT_EQ(FFileInfoOf(p, &info), MgNoError);
+    FSetTypeTables(nullptr, nullptr);
+    EXPECT_EQ(info.type, MgResType("MXSB"));
+    EXPECT_EQ(info.creator, MgResType("MXDX"));
+    EXPECT_EQ(info.size, 3);
 }
 
 // Sizes beyond 31 bits keep the signed field's reading; beyond 32 they read 0x7FFFFFFF.

@@ -59,15 +59,16 @@ void FillAttributes(const struct stat& st, EntryAttributes* a) {
     a->permissions = static_cast<int32_t>(st.st_mode & 0777);
 }
 
-// Attributes of `name` in `dirFd`, following a link; a dangling link is unreadable.
+// Attributes of `name` in `dirFd`, following a link, which is marked as one; a dangling link
+// is unreadable. errno tells a failure.
 void StatAt(int dirFd, const char* name, EntryAttributes* a) {
     struct stat st;
-    if (fstatat(dirFd, name, &st, 0) == 0) {
-        FillAttributes(st, a);
-        return;
+    if (fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (S_ISLNK(st.st_mode)) {
+        a->isLink = true;
+        if (fstatat(dirFd, name, &st, 0) != 0) return;
     }
-    struct stat link;
-    a->isLink = fstatat(dirFd, name, &link, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(link.st_mode);
+    FillAttributes(st, a);
 }
 
 bool Copy(int in, int out) {
@@ -130,7 +131,6 @@ bool NextListingEntry(DirListing* listing, ListedEntry* entry, bool* failed) {
                 break;
             default:
                 StatAt(dirfd(listing->dir), d->d_name, &entry->attributes);
-                if (d->d_type == DT_LNK) entry->attributes.isLink = true;
                 break;
         }
         return true;
@@ -245,8 +245,9 @@ bool CopyFileNew(const char* from, const char* to) {
     int in = open(from, O_RDONLY | O_CLOEXEC);
     if (in < 0) return FailErrno();
     struct stat st;
-    if (fstat(in, &st) != 0 || S_ISDIR(st.st_mode)) {
-        int code = S_ISDIR(st.st_mode) ? EISDIR : errno;
+    bool statted = fstat(in, &st) == 0;
+    if (!statted || S_ISDIR(st.st_mode)) {
+        int code = statted ? EISDIR : errno;
         close(in);
         return RecordErrno(code);
     }
@@ -288,15 +289,6 @@ bool MakeDirectory(const char* name) {
 bool ChangePermissions(const char* name, int32_t permissions) {
     errno = 0;
     return chmod(name, static_cast<mode_t>(permissions & 0777)) == 0;
-}
-
-int32_t TempDirectory(char* buffer, int32_t size) {
-    const char* dir = getenv("TMPDIR");
-    if (dir == nullptr || dir[0] == 0) dir = "/tmp";
-    int32_t n = static_cast<int32_t>(strlen(dir));
-    if (size <= 0 || n >= size) return 0;
-    memcpy(buffer, dir, static_cast<size_t>(n) + 1);
-    return n;
 }
 
 }  // namespace plat

@@ -24,8 +24,7 @@ int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly) {
 int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly) {
     WIN32_FIND_DATAA data;
     HANDLE find = FindFirstFileA(name, &data);
-    if (find == INVALID_HANDLE_VALUE) return LastErrorStatus();
-    FindClose(find);
+    if (find == INVALID_HANDLE_VALUE || !FindClose(find)) return LastErrorStatus();
     *fileTime = Ticks(data.ftLastWriteTime);
     *readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
     return 0;

@@ -34,7 +34,7 @@ bool ResolveShortcutFile(char* name) {
         hr = E_FAIL;
     if (SUCCEEDED(hr)) hr = file->Load(wide, 0);
     if (SUCCEEDED(hr)) hr = link->Resolve(nullptr, SLR_NO_UI);
-    char target[kNameSize];
+    char target[kNameSize] = {};  // GetPath may succeed (S_FALSE) without writing a path
     WIN32_FIND_DATAA data;
     if (SUCCEEDED(hr)) hr = link->GetPath(target, kNameSize, &data, 0);
     if (SUCCEEDED(hr) && target[0] != 0) {
