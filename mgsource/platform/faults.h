@@ -22,6 +22,9 @@ int64_t FileOpCount(FileOp op);
 // process's own, so that code which takes the drive from it can be tested on any host; null
 // restores the real one.
 void SetCurrentDirectoryForTest(const char* directory);
+// Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
+// time zone of this process. On Windows only the runtime's own zone changes, not the system's.
+void SetTimeZoneForTest(const char* zone);
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

@@ -6,6 +6,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
+struct SystemTime;
+struct CalendarTime;
+
 namespace plat {
 
 // Allocation. Every block of the memory manager comes from here, so that tests can fail the
@@ -74,5 +77,24 @@ int32_t ProcessId();
 void UseUserLocaleForTimeAndNumbers();
 // The decimal mark of the user's settings, or 0 when there is none.
 char UserDecimalMark();
+
+// Time. File times are 100-nanosecond units since 1601-01-01 UTC. Each conversion answers
+// false when the platform cannot make it.
+// The present time as a file time.
+bool SystemTimeNow(uint64_t* fileTime);
+// UTC to the local clock's reading and back.
+bool FileTimeToLocal(uint64_t utc, uint64_t* local);
+bool LocalToFileTime(uint64_t local, uint64_t* utc);
+// A file time to calendar fields and back; fields out of their ranges are refused, years
+// from 1601 to 30827 are accepted.
+bool FileTimeToFields(uint64_t fileTime, SystemTime* fields);
+bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime);
+// 2 while daylight saving time is in force now, 1 when the zone has none in force, 0 when
+// the zone has no such rule or is unknown.
+int32_t TimeZoneState();
+// The runtime's strftime over the nine calendar fields, where "%#" before a conversion
+// drops its leading zero; returns the length, 0 when the text does not fit.
+int32_t FormatCalendarText(char* buffer, int32_t size, const char* format,
+                           const CalendarTime* fields);
 
 }  // namespace plat
