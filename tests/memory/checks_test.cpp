@@ -1,0 +1,78 @@
+#include "memory_env.h"
+
+namespace {
+
+using ChecksTest = MemoryTest;
+
+TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
+    Handle h = MemNewHandle(100);
+    Handle c = CompactNewHandle(10);
+    for (MemZone* zone : {gMainZone, gCompactZone}) {
+        MemStatsRecord r;
+        memset(&r, 0x55, sizeof r);
+        ASSERT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
+        EXPECT_EQ(r.allocTotal, gBytesAllocated);
+        EXPECT_NE(r.allocTotal, 0);
+        r.allocTotal = 0;
+        const MemStatsRecord zero{};
+        EXPECT_EQ(memcmp(&r, &zero, sizeof r), 0);
+    }
+    EXPECT_EQ(ZoneStatistics(gMainZone, 1, nullptr), MgNoError);
+    // With checking on, every new block runs the checks; a sound zone passes them.
+    MemToggleChecking();
+    EXPECT_EQ(gMemChecking, 1);
+    Ptr p = MemNewPtrClear(3);
+    Handle k = MemNewHandleClear(5);
+    MemCheckAll();
+    MemToggleChecking();
+    EXPECT_EQ(gMemChecking, 0);
+    MemDisposeHandle(k);
+    MemDisposePtr(p);
+    MemDisposeHandle(h);
+    CompactDisposeHandle(c);
+}
+
+// Each damage is found by a check and ends the process through a failure report.
+TEST_F(ChecksTest, DamagedTablesAreFound) {
+    const struct {
+        const char* what;
+        void (*damage)();
+        void (*check)();
+    } rows[] = {
+        {"one master block too many counted", [] { ++gMainZone->masterBlockCount; },
+         [] { ZoneStatistics(gMainZone, 0, nullptr); }},
+        {"one master block too few counted", [] { --gCompactZone->masterBlockCount; },
+         [] { ZoneStatistics(gCompactZone, 0, nullptr); }},
+        {"a chain that loops", [] { gMainZone->masterBlocks->next = gMainZone->masterBlocks; },
+         [] { ZoneStatistics(gMainZone, 0, nullptr); }},
+        {"negative free count", [] { gMainZone->freeMasterCount = -1; }, [] { MemCheckAll(); }},
+        {"free list cut short of its end", [] { --gMainZone->freeMasterCount; },
+         [] {
+             gMemChecking = 1;
+             MemNewHandle(8);
+         }},
+        {"free list checked on a new pointer", [] { --gMainZone->freeMasterCount; },
+         [] {
+             gMemChecking = 1;
+             MemNewPtr(8);
+         }},
+    };
+    for (const auto& r : rows) {
+        EXPECT_EXIT((r.damage(), r.check()), ::testing::ExitedWithCode(1),
+                    "^Failure : \"checks\\.cpp\" line")
+            << r.what;
+    }
+}
+
+TEST_F(ChecksTest, ChecksAreOffUntilSwitchedOn) {
+    ASSERT_EQ(gMemChecking, 0);
+    --gMainZone->freeMasterCount;
+    Handle h = MemNewHandle(8);
+    Ptr p = MemNewPtr(8);
+    EXPECT_EQ(MemCheckFreeList(gMainZone), MgNoError);
+    MemDisposePtr(p);
+    MemDisposeHandle(h);
+    ++gMainZone->freeMasterCount;
+}
+
+}  // namespace
