@@ -31,5 +31,9 @@ MgStatus FMFlushFile(FileRef ref);
 int32_t FMPermissionMask(int32_t permissions);
 MgStatus FMapLastError(void);
 MgStatus FMapErrno(int32_t notFoundIsArgument);
+// Writes the running program's file name, NUL-terminated; returns its length, 0 for none.
+int32_t FApplicationName(char* buffer, int32_t size);
+MgStatus FApplicationPath(Path path);
+MgStatus FApplicationDirectory(Path path);
 
 MG_EXTERN_C_END
