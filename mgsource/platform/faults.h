@@ -25,6 +25,16 @@ void SetCurrentDirectoryForTest(const char* directory);
 // Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
 // time zone of this process. On Windows only the runtime's own zone changes, not the system's.
 void SetTimeZoneForTest(const char* zone);
+
+// Makes the Nth call of the library's global operator new from now find no memory (1 = the
+// next one); 0 disarms. Kept apart from FailAllocationAt, which counts the memory manager's
+// blocks alone.
+void FailGlobalNewAt(int64_t n);
+// Sends every text of the debugger channel to `sink` as well (null stops it), so that tests
+// can see it on hosts where no debugger listens.
+typedef void (*DebuggerSink)(const char* text, void* context);
+void CaptureDebuggerOutput(DebuggerSink sink, void* context);
+
 // Disarms every fault and resets the counters.
 void ResetFaults();
 
