@@ -1,8 +1,43 @@
+#include <string>
+
 #include "memory_env.h"
+#include "mg/dbgtools.h"
 
 namespace {
 
 using ChecksTest = MemoryTest;
+
+void Collect(const char* text, void* context) {
+    *static_cast<std::string*>(context) += text;
+}
+
+// The texts of the checks and of the out-of-memory report, through the debug print.
+TEST_F(ChecksTest, PrintedTexts) {
+    std::string out;
+    plat::CaptureDebuggerOutput(Collect, &out);
+    gDebugging = 1;
+    gDPrintfFileMode = 0;
+    MemToggleChecking();
+    MemToggleChecking();
+    EXPECT_EQ(gMemChecking, 0);
+    const std::string all =
+        "Free: totSize 0, maxSize 0, nBlocks 0\n"
+        "Allocated: totSize " +
+        std::to_string(gBytesAllocated) + ", maxSize 0\n" +
+        "    nPointers 0, nUnlockedHdls 0, nLockedHdls 0\n";
+    EXPECT_EQ(out, "turning memory checking on\nturning memory checking off\n");
+    out.clear();
+    MemCheckAll();
+    EXPECT_EQ(out, "turning memory checking on\n" + all + all + "turning memory checking off\n");
+    out.clear();
+    MemSetOutOfMemory(64, 0);
+    MemReportOutOfMemory(0, 4);  // the built-in text, read as a PStr: its '/' is the count 47
+    EXPECT_EQ(out, "0105Not enough memory to complete this operatio\n");
+    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
+    gDebugging = 0;
+    gDPrintfFileMode = 1;
+    plat::CaptureDebuggerOutput(nullptr, nullptr);
+}
 
 TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
     Handle h = MemNewHandle(100);
