@@ -144,6 +144,8 @@ TEST(Messages, PackageRun) {
     const std::string d = dir.path.string() + "/";
     std::ofstream(dir.path / "foo.dll") << "code";
     std::ofstream(dir.path / "other.dll") << "more";
+    std::ofstream(dir.path / "dir.dll") << "code";
+    std::filesystem::create_directory(dir.path / "dir.msb");           // no file can replace it
     ASSERT_EQ(RunTool({"-c", "other", "-d", d}, dir.path).status, 0);  // a resource file
     std::string deep;  // more names than a path holds
     for (int i = 0; i < 33000; ++i) deep += "a/";
@@ -171,6 +173,13 @@ TEST(Messages, PackageRun) {
                  "none.rsrc (3)\r\n"
                  "error adding additional resources\r\n"
                  "mxsbutil: error building resource file: 7\r\n"},
+            {{"-c", "foo", "-d", d, "-vi", d + "foo.dll"},
+             2,
+             "error 13 opening new code resource's resource file\r\n"
+             "mxsbutil: error building resource file: 13\r\n"},
+            {{"-c", "dir", "-d", d},
+             2,
+             "RCreateCorrectFile error 8\r\nmxsbutil: error building resource file: 8\r\n"},
             {{"-c", "foo", "-d", d, "-r", d + "other.msb"},
              2,
              "didn't add resource type PLAT, id 0, 'other'\r\nRSetAttrs error 15\r\n"
@@ -194,6 +203,11 @@ TEST(Messages, InjectedFaults) {
         {[] { plat::FailFileOpAt(plat::kFileRead, 1, 6); }, 0, "FMRead error 6\r\n"},
         {[] { plat::FailFileOpAt(plat::kFileSeek, 1, 6); }, 0, "FMSeek error 6\r\n"},
         {[] { plat::FailAllocationAt(1); }, 1, "mxsbutil: not enough memory\n"},
+        // The write-back's failure is told and not returned.
+        {[] { plat::FailFileOpAt(plat::kFileWrite, 2, 9); }, 0,
+         "resource error 9 on RCloseFile\r\n"},
+        {[] { plat::FailFileOpAt(plat::kFileWrite, 1, 9); }, 2,
+         "RCreateCorrectFile error 9\r\nmxsbutil: error building resource file: 9\r\n"},
     };
     for (const auto& r : rows) {
         const Captured c = RunCaptured({"-c", "foo", "-d", d}, false, r.arm);
