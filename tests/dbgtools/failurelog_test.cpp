@@ -9,6 +9,7 @@
 #include "mg/datetime.h"
 #include "mg/dbgtools.h"
 #include "mg/pstring.h"
+#include "platform/faults.h"
 #include "support/memory_env.h"
 #include "support/run_tool.h"
 
@@ -108,6 +109,24 @@ TEST_F(FailureLog, ErrorReportAndRecordThroughDPrintf) {
         "abc";
     DWriteFailureLog(message, nullptr, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// With no name for the log (the temporary directory's path too long) or no sink to write
+// it, the record is lost and the process still ends with the report.
+TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
+    const std::string longDir = (dir.path / std::string(140, 'n') / std::string(140, 'n')).string();
+    std::filesystem::create_directories(longDir);
+    const struct {
+        const char* tmp;
+        int64_t failNew;
+    } rows[] = {{longDir.c_str(), 0}, {dir.path.c_str(), 2}};
+    for (const auto& r : rows) {
+        setenv("TMPDIR", r.tmp, 1);
+        EXPECT_EXIT(
+            (plat::FailGlobalNewAt(r.failNew), DReportFailure("d\\leaf", 3, nullptr, nullptr)),
+            ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
+        EXPECT_FALSE(std::filesystem::exists(std::string(r.tmp) + "/Meridax_Failure_Log.txt"));
+    }
 }
 
 }  // namespace
