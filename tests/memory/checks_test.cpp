@@ -99,15 +99,4 @@ TEST_F(ChecksTest, DamagedTablesAreFound) {
     }
 }
 
-TEST_F(ChecksTest, ChecksAreOffUntilSwitchedOn) {
-    ASSERT_EQ(gMemChecking, 0);
-    --gMainZone->freeMasterCount;
-    Handle h = MemNewHandle(8);
-    Ptr p = MemNewPtr(8);
-    EXPECT_EQ(MemCheckFreeList(gMainZone), MgNoError);
-    MemDisposePtr(p);
-    MemDisposeHandle(h);
-    ++gMainZone->freeMasterCount;
-}
-
 }  // namespace
