@@ -4,6 +4,10 @@
 #include "mg/filemgr.h"
 #include "platform/platform.h"
 
+// Empty when the host can't tell.
 extern "C" int32_t FApplicationName(char* buffer, int32_t size) {
-    return plat::ModuleFileName(buffer, size);
+    if (buffer == nullptr || size <= 0) return 0;
+    int32_t length = plat::ModuleFileName(buffer, size);
+    if (length == 0) buffer[0] = 0;
+    return length;
 }

@@ -6,6 +6,11 @@
 namespace plat {
 
 FaultState gFaults;
+int64_t gLiveBlocks = 0;
+
+int64_t LiveBlockCount() {
+    return gLiveBlocks;
+}
 
 void FailAllocationAt(int64_t n) {
     gFaults.failAllocAt = n;
@@ -58,6 +63,10 @@ void CaptureDebuggerOutput(DebuggerSink sink, void* context) {
 
 void DebuggerOutputCapture(const char* text) {
     if (gFaults.debuggerSink != nullptr) gFaults.debuggerSink(text, gFaults.debuggerContext);
+}
+
+void SetShortcutResolverForTest(bool (*resolve)(char* name)) {
+    gFaults.shortcutResolver = resolve;
 }
 
 void ResetFaults() {
