@@ -32,7 +32,10 @@ int (*gPreviousNewHandler)(size_t) = plat::SetRuntimeNewHandler(MXNewHandler);
 
 }  // extern "C"
 
-void* operator new(size_t size) {
+namespace {
+
+// The allocation of both forms: null when the replaced handler answered yes.
+void* Allocate(size_t size) {
     if (size == 0) size = 1;
     void* block = plat::GlobalNewBlock(size);
     if (block == nullptr) MXNewHandler(size);
@@ -40,9 +43,16 @@ void* operator new(size_t size) {
     return block;
 }
 
+}  // namespace
+
+void* operator new(size_t size) {
+    return Allocate(size);
+}
+
+// The same allocation, with every exception turned into null.
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
     try {
-        return operator new(size);
+        return Allocate(size);
     } catch (...) {
         return nullptr;
     }

@@ -46,6 +46,10 @@ bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length) {
     return true;
 }
 
+void SetShortcutResolverForTest(bool (*resolve)(char* name)) {
+    gFaults.shortcutResolver = resolve;
+}
+
 void FailGlobalNewAt(int64_t n) {
     gFaults.failNewAt = n;
     gFaults.newCount = 0;
@@ -63,10 +67,6 @@ void CaptureDebuggerOutput(DebuggerSink sink, void* context) {
 
 void DebuggerOutputCapture(const char* text) {
     if (gFaults.debuggerSink != nullptr) gFaults.debuggerSink(text, gFaults.debuggerContext);
-}
-
-void SetShortcutResolverForTest(bool (*resolve)(char* name)) {
-    gFaults.shortcutResolver = resolve;
 }
 
 void ResetFaults() {

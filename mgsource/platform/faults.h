@@ -26,10 +26,10 @@ int64_t FileOpCount(FileOp op);
 // process's own, so that code which takes the drive from it can be tested on any host; null
 // restores the real one.
 void SetCurrentDirectoryForTest(const char* directory);
-// Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
-// time zone of this process. On Windows only the runtime's own zone changes, not the system's.
-void SetTimeZoneForTest(const char* zone);
-
+// Makes the POSIX backend read shortcut files through `resolve`, which rewrites a name in place
+// and answers true for a shortcut, so that the walk over a name's levels can be tested where
+// the host has no shortcut files; null restores the host's answer (never a shortcut).
+void SetShortcutResolverForTest(bool (*resolve)(char* name));
 // Makes the Nth call of the library's global operator new from now find no memory (1 = the
 // next one); 0 disarms. Kept apart from FailAllocationAt, which counts the memory manager's
 // blocks alone.
@@ -39,10 +39,9 @@ void FailGlobalNewAt(int64_t n);
 typedef void (*DebuggerSink)(const char* text, void* context);
 void CaptureDebuggerOutput(DebuggerSink sink, void* context);
 
-// Makes the POSIX backend read shortcut files through `resolve`, which rewrites a name in place
-// and answers true for a shortcut, so that the walk over a name's levels can be tested where
-// the host has no shortcut files; null restores the host's answer (never a shortcut).
-void SetShortcutResolverForTest(bool (*resolve)(char* name));
+// Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
+// time zone of this process. On Windows only the runtime's own zone changes, not the system's.
+void SetTimeZoneForTest(const char* zone);
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "mg/format.h"
 #include "mg/stringoutput.h"
+#include "support/memory_env.h"
 
 // A chain of known functions, with external linkage so that the program's exported symbols
 // name them. None may be inlined or end in a tail call, or its frame would vanish.
@@ -37,24 +37,19 @@ namespace chain {
 
 namespace {
 
-// Collects each formatted call.
-class Collect : public StringOutput {
-  public:
-    int32_t Printf(const char* format, ...) override {
-        va_list args;
-        va_start(args, format);
-        VPrintf(format, args);
-        va_end(args);
-        return 0;
-    }
-    int32_t VPrintf(const char* format, va_list args) override {
-        char text[600];
-        const int32_t n = StrFormatV(text, 599, format, static_cast<int32_t>(strlen(format)), args);
-        lines.emplace_back(text, static_cast<size_t>(n));
-        return 0;
-    }
+// The lines of a dump, through an LStr sink.
+std::vector<std::string> Dump(const StackTrace* trace) {
+    LStrOutput out;
+    out.SetEnabled(1);
+    DDumpStack(trace, &out);
+    const LStr* text = *out.Text();
     std::vector<std::string> lines;
-};
+    std::string all(reinterpret_cast<const char*>(text->text), static_cast<size_t>(text->count));
+    for (size_t end; (end = all.find('\n')) != std::string::npos; all.erase(0, end + 1))
+        lines.push_back(all.substr(0, end + 1));
+    EXPECT_EQ(all, "");
+    return lines;
+}
 
 std::string NameOf(StackAddress address, int32_t mode, uint32_t* offset = nullptr) {
     StackDecoder decoder(&address, 1);
@@ -74,19 +69,17 @@ TEST(StackTrace, NamesAChainOfCallersInOrder) {
     chain::Level1(trace, 1);  // 1 drops the address inside Capture
     ASSERT_GE(trace.Count(), 3);
     const char* expected[] = {"chain::Level3(", "chain::Level2(", "chain::Level1("};
-    Collect out;
-    DDumpStack(&trace, &out);
-    ASSERT_EQ(out.lines.size(), static_cast<size_t>(trace.Count()));
+    const std::vector<std::string> lines = Dump(&trace);
+    ASSERT_EQ(lines.size(), static_cast<size_t>(trace.Count()));
     for (int i = 0; i < 3; ++i) {
-        EXPECT_NE(out.lines[i].find(std::string(" - test_stackwalk ") + expected[i]),
-                  std::string::npos)
-            << out.lines[i];
+        EXPECT_NE(lines[i].find(std::string(" - test_stackwalk ") + expected[i]), std::string::npos)
+            << lines[i];
         // The whole address, in upper-case digits, and a real line feed.
         char address[32];
         snprintf(address, sizeof address, "0x%08llX - ",
                  static_cast<unsigned long long>(trace.Addresses()[i]));
-        EXPECT_EQ(out.lines[i].rfind(address, 0), 0u) << out.lines[i];
-        EXPECT_EQ(out.lines[i].back(), '\n');
+        EXPECT_EQ(lines[i].rfind(address, 0), 0u) << lines[i];
+        EXPECT_EQ(lines[i].back(), '\n');
     }
 }
 
@@ -98,16 +91,10 @@ TEST(StackTrace, HoldsAtMostItsCapacity) {
     EXPECT_EQ(except.Count(), 8);
     EXPECT_EQ(failure.Count(), 15);
 
-    ExceptStackTrace copy(except);  // a copy takes the addresses along
-    EXPECT_EQ(copy.Count(), 8);
-    EXPECT_EQ(memcmp(copy.Addresses(), except.Addresses(), 8 * sizeof(StackAddress)), 0);
-
     except.Capture(100000);  // more to skip than there are frames
     EXPECT_EQ(except.Count(), 0);
-    Collect out;
-    DDumpStack(&except, &out);
-    DDumpStack(nullptr, &out);
-    EXPECT_TRUE(out.lines.empty());
+    EXPECT_TRUE(Dump(&except).empty());
+    EXPECT_TRUE(Dump(nullptr).empty());
 }
 
 TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
@@ -146,7 +133,8 @@ TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
 
 TEST(StackDecoder, NamesByMode) {
     const StackAddress own = AddressOf(chain::AnExceedinglyLongFunctionNameThatCannotFitInTheField);
-    const StackAddress library = reinterpret_cast<StackAddress>(&fclose);
+    // The C library's stream record lies in the C library's own data.
+    const StackAddress library = reinterpret_cast<StackAddress>(stderr);
     const std::string unknown = "<unknown> <unknown>";
 
     uint32_t offset = 99;

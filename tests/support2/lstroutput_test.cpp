@@ -48,7 +48,8 @@ TEST(LStrOutput, CopiesTakeTextAndSwitch) {
 
     LStrOutput c;
     c = b;
-    c = c;
+    LStrOutput& same = c;
+    c = same;  // self-assignment keeps the text
     EXPECT_EQ(c.IsEnabled(), 1);
     c.Printf("e");
     EXPECT_EQ(TextOf(c), "abcde");
@@ -64,15 +65,18 @@ TEST(LStrOutput, MemoryFailures) {
     plat::ResetFaults();
     EXPECT_EQ(TextOf(out), "kept");
 
-    plat::FailAllocationAt(1);
-    try {
-        LStrOutput none;
-        ADD_FAILURE() << "constructed without memory";
-    } catch (const MXExcept& e) {
-        EXPECT_EQ(e.GetError(), 2);
-        EXPECT_STREQ(e.GetDetail(), "LStrOutput could not allocate LStr Handle");
+    // Construction and copy throw when their block can't be had.
+    for (int copy = 0; copy < 2; ++copy) {
+        plat::FailAllocationAt(1);
+        try {
+            LStrOutput none = copy ? LStrOutput(out) : LStrOutput();
+            ADD_FAILURE() << "made without memory";
+        } catch (const MXExcept& e) {
+            EXPECT_EQ(e.GetError(), 2);
+            EXPECT_STREQ(e.GetDetail(), "LStrOutput could not allocate LStr Handle");
+        }
+        plat::ResetFaults();
     }
-    plat::ResetFaults();
 }
 
 }  // namespace

@@ -106,7 +106,7 @@ class FileStringOutput : public FormattingStringOutput {
     FILE* file = nullptr;
     OutputName* name;
     uint8_t isOpen = 0;
-    uint8_t reserved = 0;
+    [[maybe_unused]] uint8_t reserved = 0;  // cleared, never read
     char buffer[kBufferSize];
 };
 
