@@ -35,9 +35,10 @@ MgStatus ImportType(ResFile source, ResFile target, ResType type, int32_t first)
         RDetach(h);
         MgStatus added = RAdd(h, target, type, resId, name);
         if (added == MgResourceDuplicate) {
-            // Issued without its values; the refused handle now belongs to no file, so the
-            // attribute step below ends the import.
-            DPrintf("didn't add resource type %4c, id %ld, '%p'");
+            // The refused handle now belongs to no file, so the attribute step below ends
+            // the import.
+            DPrintf("didn't add resource type %4c, id %ld, '%p'", static_cast<int>(type),
+                    static_cast<int>(resId), name);
         } else if (added != MgNoError) {
             return added;
         }

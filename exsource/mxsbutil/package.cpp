@@ -72,7 +72,7 @@ MgStatus ImportWithBailout(ResFile* file, Path target) {
             return status;
         }
         if (MgStatus closed = RCloseFile(*file)) {
-            DPrintf("error %ld closing file in memory bailout");
+            DPrintf("error %ld closing file in memory bailout", closed);
             return closed;
         }
         *file = 0;

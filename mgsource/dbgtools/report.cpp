@@ -75,10 +75,12 @@ Handle DSetFailureFormats(Handle formats) {
     return formats;
 }
 
-void DFailureFinish(ConstPStr message, const char*) {
+// exit, not _exit, so that the handlers registered with atexit run.
+void DFailureFinish(ConstPStr message, const char* revision) {
     if (gFailureToHost) HostWritePStr(message, 0);
-    // The failure log with its stack trace is written here once the output sinks exist.
+    DWriteFailureLog(message, revision, 1);
     if (gFailureNoExit == 0) exit(1);
+    StopHere(nullptr);
 }
 
 int32_t DReportFailure(const char* file, int32_t line, const char* detail, const char* revision) {

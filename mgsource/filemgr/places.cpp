@@ -98,17 +98,11 @@ MgStatus FCurrentDirectory(Path* path) {
     return TextToPath(text, path);
 }
 
-// The running program's file name, from the host; empty when the host can't tell.
-int32_t FApplicationName(char* buffer, int32_t size) {
-    if (buffer == nullptr || size <= 0) return 0;
-    int32_t length = plat::ModuleFileName(buffer, size);
-    if (length == 0) buffer[0] = 0;
-    return length;
-}
-
+// FApplicationName is in appname.cpp, alone, so that an application can supply its own.
+// An application name routine that writes nothing leaves the text empty, not undefined.
 MgStatus FApplicationPath(Path path) {
     if (path == nullptr) return MgBadArgument;
-    char text[FNativeNameBufferSize];
+    char text[FNativeNameBufferSize] = {};
     FApplicationName(text, HostNameSize());
     return TextToPath(text, &path);
 }

@@ -94,10 +94,14 @@ using namespace mgmem;
 extern "C" {
 
 Handle MemNewHandle(int32_t size) {
-    return ZoneNewHandle(gMainZone, size, false);
+    Handle h = ZoneNewHandle(gMainZone, size, false);
+    if (h) CheckNewBlock(h, *h);
+    return h;
 }
 Handle MemNewHandleClear(int32_t size) {
-    return ZoneNewHandle(gMainZone, size, true);
+    Handle h = ZoneNewHandle(gMainZone, size, true);
+    if (h) CheckNewBlock(h, *h);
+    return h;
 }
 
 MgStatus MemDisposeHandle(Handle h) {

@@ -28,10 +28,14 @@ Ptr NewPtr(int32_t size, bool clear) {
 extern "C" {
 
 Ptr MemNewPtr(int32_t size) {
-    return NewPtr(size, false);
+    Ptr p = NewPtr(size, false);
+    CheckNewBlock(p, p);
+    return p;
 }
 Ptr MemNewPtrClear(int32_t size) {
-    return NewPtr(size, true);
+    Ptr p = NewPtr(size, true);
+    CheckNewBlock(p, p);
+    return p;
 }
 
 MgStatus MemDisposePtr(Ptr p) {

@@ -102,6 +102,9 @@ void AddBytesAllocated(int64_t delta);
 // Giving up records the size as the failed allocation.
 bool OutOfMemoryRetry(MemZone* zone, int64_t size);
 
+// With checking on: a new block must be 4-aligned, and the main zone is checked.
+void CheckNewBlock(const void* handle, const void* block);
+
 // Takes a master pointer off the zone's free list, adding a block when it is empty.
 uint8_t** TakeMasterPointer(MemZone* zone);
 void ReleaseMasterPointer(MemZone* zone, uint8_t** master);

@@ -39,6 +39,9 @@ void FailGlobalNewAt(int64_t n);
 typedef void (*DebuggerSink)(const char* text, void* context);
 void CaptureDebuggerOutput(DebuggerSink sink, void* context);
 
+// Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
+// time zone of this process. On Windows only the runtime's own zone changes, not the system's.
+void SetTimeZoneForTest(const char* zone);
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

@@ -6,6 +6,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
+struct SystemTime;
+struct CalendarTime;
+
 namespace plat {
 
 // Allocation. Every block of the memory manager comes from here, so that tests can fail the
@@ -128,6 +131,7 @@ bool MakeDirectory(const char* name);
 // Changes the permission bits through the C runtime, whose error (errno) is cleared first
 // and tells a failure.
 bool ChangePermissions(const char* name, int32_t permissions);
+// (The temporary directory: TempDirectory, with the diagnostics output below.)
 
 // Kinds of volume.
 enum VolumeKind { kVolumeUnknown = 0, kVolumeRemovable, kVolumeFixed, kVolumeRemote };
@@ -164,6 +168,25 @@ bool UniversalName(const char* name, void* buffer, uint32_t size, const char** t
 // the failure in the file manager's table.
 int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly);
 int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
+
+// Time. File times are 100-nanosecond units since 1601-01-01 UTC. Each conversion answers
+// false when the platform cannot make it.
+// The present time as a file time.
+bool SystemTimeNow(uint64_t* fileTime);
+// UTC to the local clock's reading and back.
+bool FileTimeToLocal(uint64_t utc, uint64_t* local);
+bool LocalToFileTime(uint64_t local, uint64_t* utc);
+// A file time to calendar fields and back; fields out of their ranges are refused, years
+// from 1601 to 30827 are accepted.
+bool FileTimeToFields(uint64_t fileTime, SystemTime* fields);
+bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime);
+// 2 while daylight saving time is in force now, 1 while standard time is in force in a zone
+// that has daylight saving time, 0 for a zone without it.
+int32_t TimeZoneState();
+// The runtime's strftime over the nine calendar fields, where "%#" before a conversion
+// drops its leading zero; returns the length, 0 when the text does not fit.
+int32_t FormatCalendarText(char* buffer, int32_t size, const char* format,
+                           const CalendarTime* fields);
 
 // Diagnostics output: the places the output sinks and the debug print write to.
 

@@ -47,12 +47,6 @@ TEST(FailureReport, PrintsLeafAndLineThenExits) {
     EXPECT_EQ(DReportError("x", 1, 0, nullptr, nullptr), 0);  // error 0 reports nothing
 }
 
-TEST(FailureReport, MessageIsCutAt255Characters) {
-    const std::string detail(300, 'd');
-    EXPECT_EXIT(DReportFailure("f", 1, detail.c_str(), nullptr), ::testing::ExitedWithCode(1),
-                "^Failure " + std::string(247, 'd') + "\n$");
-}
-
 TEST(FailureReport, ReplacementFormatsAreUsed) {
     // Four unread bytes, then the error format and the failure format.
     const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
@@ -93,17 +87,6 @@ TEST(PackedList, GetClampsTheIndex) {
         EXPECT_EQ(std::string(reinterpret_cast<const char*>(p) + 1, p[0]), r.want) << r.index;
     }
     MemDisposeHandle(h);
-}
-
-TEST(DebugPrint, SilentWhileSwitchedOff) {
-    ASSERT_EQ(gDebugging, 0);
-    testing::internal::CaptureStderr();
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(DPrintf("%s: \"%s\" is not an option.", "mxsbutil", "-x"), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    SetApplicationName("/some/other/name");
-    EXPECT_STREQ(gAppName, "mxsbutil");
 }
 
 TEST(HostStubs, PrintfFormatsOneLineAndCounts) {

@@ -5,16 +5,52 @@
 
 MG_EXTERN_C_BEGIN
 
-// Master switch of DPrintf; 0 keeps every debug print silent.
+// Master switch of DPrintf, DSPrintf, the severity prints and dprintf.txt; 0 keeps them
+// silent.
 extern int32_t gDebugging;
+// 1 while DPrintf or DSPrintf formats or writes: a DPrintf from inside them prints nothing.
+extern int32_t gDPrintfBusy;
+// Lines written so far.
+extern int32_t gDPrintfCount;
+// 0 no file, 1 write each line to dprintf.txt, 2 write and flush each line.
+extern int16_t gDPrintfFileMode;
+// dprintf.txt, beside the program; opened by the first line that reaches it.
+extern FileRef gDPrintfFile;
+// The last formatted text, 512 characters and a terminator.
+extern char gDPrintfText[513];
+// Returned by StopHere; nothing writes it.
+extern int32_t gStopHereResult;
 // Name of the application, set by SetApplicationName.
 extern char gAppName[256];
 
 void SetApplicationName(const char* ignored);
 
-// Prints a formatted developer message when gDebugging is set; returns the count of texts
-// written, 0 while switched off.
+// Prints a formatted developer message, cut to 512 characters, as one line; returns the
+// count of lines written, 0 while switched off or when called from inside itself.
 int32_t DPrintf(const char* format, ...);
+// Writes `text` as a line with no formatting, whatever the switch; returns the count.
+int32_t DPrintfRaw(const char* text);
+// The formatted text in gDPrintfText, valid until the next call; empty while switched off.
+const char* DSPrintf(const char* format, ...);
+// The output step: the debugger channel with LF, dprintf.txt with CR LF.
+void DebugWriteLine(const char* text);
+void DOpenDPrintfFile(void);
+// A message as "file(line) :" severity message; the bare message when `file` is empty.
+// All return 0.
+int32_t DPrintSeverity(const char* file, int32_t line, const char* severity, const char* message);
+int32_t DPrintInfo(const char* file, int32_t line, const char* message);
+int32_t DPrintWarn(const char* file, int32_t line, const char* message);
+int32_t DPrintError(const char* file, int32_t line, const char* message);
+// Lays out "file(line) :" severity message in `buffer`, cut to `size` - 1 characters and
+// always terminated within `size`; 0 when there is nothing to lay out.
+int32_t DBuildSiteMessage(const char* file, int32_t line, const char* severity, const char* message,
+                          char* buffer, int32_t size);
+// The landing place for a breakpoint: prints "StopHere: " and the text.
+int32_t StopHere(const char* text);
+// Reads the switch from the host and makes an LStrOutput the extra sink; DebugExit closes
+// dprintf.txt and destroys the sink.
+void DebugInit(void);
+void DebugExit(void);
 
 // Reports a broken internal rule and ends the process with status 1; never returns in
 // practice. `file` is the reporting source's path constant, `revision` its revision text.
@@ -35,12 +71,32 @@ extern int32_t gFailureNoExit;
 extern char gFailureExtra[256];
 
 Handle DSetFailureFormats(Handle formats);
-// The common end of both reports: shows the message and ends the process.
+// The common end of both reports: shows the message, appends the failure log's record and
+// ends the process.
 void DFailureFinish(ConstPStr message, const char* revision);
+// Appends a record of the failure, with a stack trace, to Meridax_Failure_Log.txt in the
+// temporary directory; with `toFile` 0 the record goes through DPrintf instead.
+void DWriteFailureLog(ConstPStr message, const char* revision, int32_t toFile);
 // Cuts a backslash-separated path text in place down to its leaf.
 void DStripDirectory(char* path);
 
 MG_EXTERN_C_END
+
+#ifdef __cplusplus
+class StringOutput;
+// Optional extra sink of DPrintf, owned here; each message and a line end go to it too.
+extern StringOutput* gDebugOutput;
+
+// A conditional debug statement at a source line. Print drops its text and returns 0.
+struct DebugSite {
+    DebugSite(const char* file, int32_t line, const char* revision, int32_t level);
+    const char* file;
+    const char* revision;
+    int32_t line;
+    int32_t level;
+};
+int32_t Print(const DebugSite& site, const char* format, ...);
+#endif
 
 // Each source file names itself once, with a backslash path so that reports print its leaf.
 #define MG_SOURCE_IDENTITY(path, revision)                     \

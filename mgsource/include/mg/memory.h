@@ -90,6 +90,24 @@ void MemReportOutOfMemory(int32_t index, int32_t flags);
 // Checks the zone's free list of master pointers against its count; 0 while checking is off.
 MgStatus MemCheckFreeList(MemZone* zone);
 
+// Zone statistics, eight words in this order. The blocks come from the runtime's allocator,
+// so only allocTotal (gBytesAllocated, the same for both zones) is ever nonzero.
+typedef struct MemStatsRecord {
+    int32_t freeTotal, freeMax, freeBlocks;
+    int32_t allocTotal, allocMax;
+    int32_t pointers, unlockedHandles, lockedHandles;
+} MemStatsRecord;
+
+// Re-entry guard of the checks that run on each new block while checking is on.
+extern int32_t gMemStatsBusy;
+// Says "turning memory checking on" or "off" through the debug print, then flips the switch.
+void MemToggleChecking(void);
+// Checks the free list and the chain of master blocks; fills `out` when given and, with
+// `print`, prints it. A damaged zone is a failure report (result 74 if it returns).
+MgStatus ZoneStatistics(MemZone* zone, int32_t print, MemStatsRecord* out);
+// Toggles checking, checks and prints both zones, and toggles back.
+void MemCheckAll(void);
+
 // 32-bit tokens for live handles, for the 32-bit words of file formats: nonzero for a live
 // handle of either zone; MemHandleFromToken gives null for a token of no live handle.
 uint32_t MemHandleToken(Handle h);

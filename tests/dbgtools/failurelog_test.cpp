@@ -1,0 +1,128 @@
+// Real internal checks failing in child processes: the message on standard error, status 1,
+// and a record appended to the failure log in the temporary directory (TMPDIR here).
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <regex>
+#include <string>
+
+#include "mg/datetime.h"
+#include "mg/dbgtools.h"
+#include "mg/pstring.h"
+#include "platform/faults.h"
+#include "support/memory_env.h"
+#include "support/run_tool.h"
+
+namespace {
+
+const char kAdvice[] =
+    "\r\n\r\nFor assistance in resolving this problem, please record the preceding "
+    "information and navigate to https://support.meridax.example, or contact Meridax "
+    "Technical Support.";
+
+class FailureLog : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        const char* old = getenv("TMPDIR");
+        saved = old ? old : "";
+        hadTmp = old != nullptr;
+        setenv("TMPDIR", dir.path.c_str(), 1);
+    }
+    void TearDown() override {
+        if (hadTmp)
+            setenv("TMPDIR", saved.c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+    }
+    std::string Log() const { return SlurpFile(dir.path / "Meridax_Failure_Log.txt"); }
+
+    TempDir dir;
+    std::string saved;
+    bool hadTmp = false;
+};
+
+// A check of the date text: style 9 is no style.
+void FailInFormatDate() {
+    SetApplicationName(nullptr);
+    char buffer[128];
+    FormatDate(0, 9, buffer);
+}
+
+TEST_F(FailureLog, EachFailureAppendsOneRecord) {
+    EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
+                "^Failure : \"datetext\\.cpp\" line [0-9]+\r\n\r\nFor assistance");
+    EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
+    const std::string log = Log();
+
+    // Two records, each opened by two empty lines and ####, line by line as laid out.
+    const std::regex record(
+        "\r\n\r\n####\r\n"
+        "#Date: ([A-Z][a-z]{2}, [A-Z][a-z]{2} [0-9]{1,2}, [0-9]{4} [0-9]{1,2}:[0-9]{2}:[0-9]{2} "
+        "[AP]M)\r\n"
+        "#Desc: Failure : \"datetext\\.cpp\" line [0-9]+\r\n\r\nFor assistance[^\r\n]*\r\n"
+        "#RCS: \\$Revision: 1 \\$\r\n"
+        "#OSName: ([^\r\n]*)\r\n"
+        "#OSVers: \r\n"
+        "#AppName: mxsbutil\r\n"
+        "#AppKind: FDS\r\n"
+        "((0x[0-9A-F]{8,} - [^\r\n]* \\+ [0-9A-F]+\n){1,15})");
+    int records = 0;
+    for (std::sregex_iterator it(log.begin(), log.end(), record), end; it != end; ++it) {
+        ++records;
+        const std::smatch& m = *it;
+        // The date buffer read as a PStr: its first character is the count, not text.
+        EXPECT_EQ(m[2].str(), m[1].str().substr(1));
+        EXPECT_NE(m[3].str().find("FormatDate"), std::string::npos) << m[3];
+    }
+    EXPECT_EQ(records, 2) << log;
+    EXPECT_EQ(log.rfind("\r\n\r\n####\r\n", 0), 0u);  // nothing before the first record
+}
+
+TEST_F(FailureLog, MessageCutAt255IsTheSameInBoth) {
+    const std::string detail(300, 'd');
+    const std::string cut = "Failure " + std::string(247, 'd');
+    EXPECT_EXIT(DReportFailure("x\\leaf", 5, detail.c_str(), nullptr), ::testing::ExitedWithCode(1),
+                "^" + cut + "\n$");
+    const std::string log = Log();
+    EXPECT_NE(log.find("#Desc: " + cut + "\r\n#RCS: unspecified\r\n"), std::string::npos) << log;
+}
+
+TEST_F(FailureLog, ErrorReportAndRecordThroughDPrintf) {
+    EXPECT_EXIT(DReportError("x\\leaf", 7, 3, nullptr, "rev"), ::testing::ExitedWithCode(1),
+                std::string("^Error #3:  \"leaf\" line 7\r\n"));
+    EXPECT_NE(Log().find(std::string("#Desc: Error #3:  \"leaf\" line 7") + kAdvice +
+                         "\r\n#RCS: rev\r\n"),
+              std::string::npos);
+
+    // Error 0 reports nothing; without a file the record goes to the debug print, which is
+    // silent while switched off.
+    std::filesystem::remove(dir.path / "Meridax_Failure_Log.txt");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(DReportError("x\\leaf", 5, 0, "detail", "rev"), 0);
+    const uint8_t message[] =
+        "\x03"
+        "abc";
+    DWriteFailureLog(message, nullptr, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(std::filesystem::exists(dir.path / "Meridax_Failure_Log.txt"));
+}
+
+// With no name for the log (the temporary directory's path too long) or no sink to write
+// it, the record is lost and the process still ends with the report.
+TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
+    const std::string longDir = (dir.path / std::string(140, 'n') / std::string(140, 'n')).string();
+    std::filesystem::create_directories(longDir);
+    const struct {
+        const char* tmp;
+        int64_t failNew;
+    } rows[] = {{longDir.c_str(), 0}, {dir.path.c_str(), 2}};
+    for (const auto& r : rows) {
+        setenv("TMPDIR", r.tmp, 1);
+        EXPECT_EXIT(
+            (plat::FailGlobalNewAt(r.failNew), DReportFailure("d\\leaf", 3, nullptr, nullptr)),
+            ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
+        EXPECT_FALSE(std::filesystem::exists(std::string(r.tmp) + "/Meridax_Failure_Log.txt"));
+    }
+}
+
+}  // namespace
