@@ -12,7 +12,16 @@ void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
 // File operations that tests can fail and count.
-enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileOpCount };
+// kFileReplace is the step that puts a rewritten file in the place of the old one.
+enum FileOp {
+    kFileRead,
+    kFileWrite,
+    kFileSeek,
+    kFileTruncate,
+    kFileFlush,
+    kFileReplace,
+    kFileOpCount
+};
 // Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
 void FailFileOpAt(FileOp op, int64_t n, int32_t status);
 // Calls of `op` since the last FailFileOpAt for it or ResetFaults.
