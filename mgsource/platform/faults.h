@@ -12,7 +12,8 @@ void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
 // File operations that tests can fail and count.
-// kFileReplace is the step that puts a rewritten file in the place of the old one.
+// kFileReplace counts the making of a new file to replace an open one and the step that
+// puts it in the old one's place.
 enum FileOp {
     kFileRead,
     kFileWrite,

@@ -54,6 +54,7 @@ void ForgetOpenFile(int fd) {
 
 bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
     *tempRef = 0;
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
     const int fd = ref - 1;
     if (!Known(gOpen, fd)) return FailWithErrno(EINVAL);
     struct stat st;

@@ -58,6 +58,7 @@ void ForgetOpenFile(int32_t ref) {
 
 bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
     *tempRef = 0;
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
     auto it = gOpen.find(ref);
     if (it == gOpen.end()) {
         SetLastError(ERROR_INVALID_PARAMETER);
