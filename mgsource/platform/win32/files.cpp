@@ -26,6 +26,10 @@ bool FailInjected(int32_t status) {
 
 }  // namespace
 
+bool RecordInjectedFailure(int32_t status) {
+    return FailInjected(status);
+}
+
 bool OpenFile(const char* name, int access, int share, int disposition, int32_t* ref) {
     *ref = 0;
     DWORD acc =
@@ -42,14 +46,6 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     *ref = static_cast<int32_t>(reinterpret_cast<intptr_t>(h));
     NoteOpenFile(*ref, name, access, share);
     return true;
-}
-
-bool FailWithStatus(int32_t status) {
-    return FailInjected(status);
-}
-
-bool FailWithLastError() {
-    return Fail();
 }
 
 bool CloseFile(int32_t ref) {
