@@ -16,7 +16,18 @@ int64_t AllocationCount();
 int64_t LiveBlockCount();
 // File operations that tests can fail and count. kFileListNext is the step of a directory
 // listing to its next entry: failing it makes the listing end in a failure midway.
-enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileListNext, kFileOpCount };
+// kFileReplace counts the making of a new file to replace an open one and the step that puts
+// it in the old one's place.
+enum FileOp {
+    kFileRead,
+    kFileWrite,
+    kFileSeek,
+    kFileTruncate,
+    kFileListNext,
+    kFileFlush,
+    kFileReplace,
+    kFileOpCount
+};
 // Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
 void FailFileOpAt(FileOp op, int64_t n, int32_t status);
 // Calls of `op` since the last FailFileOpAt for it or ResetFaults.
