@@ -53,11 +53,12 @@ MgStatus TakeOverVi(ResFile file, ReplacedIds* ids) {
 }
 
 // Imports until done. Running out of memory writes out what is there and starts the import
-// over on the reopened file with the same indices.
+// over on the reopened file with the same indices. Once only: when memory runs out again
+// right after a bailout, writing out freed nothing that helps, and the run gives up with 2.
 MgStatus ImportWithBailout(ResFile* file, Path target) {
     int32_t typeIndex = 1, resIndex = 1;
     ResType type, creator;
-    for (;;) {
+    for (bool bailedOut = false;; bailedOut = true) {
         MgStatus status = ImportResources(*file, &typeIndex, &resIndex);
         if (status == MgNoError) {
             // The type is four characters with no terminator of its own.
@@ -67,7 +68,7 @@ MgStatus ImportWithBailout(ResFile* file, Path target) {
                        gOptions.codeName);
             return MgNoError;
         }
-        if (status != MgNoMemory) {
+        if (status != MgNoMemory || bailedOut) {
             DPrintf("error adding additional resources");
             return status;
         }
@@ -134,9 +135,13 @@ end:
         FPathRelease(target);
         (o.viPath ? o.viPath : o.codePath) = nullptr;
     }
-    // Where the map and data reach the disk; its failure is told but not returned.
+    // Where the map and data reach the disk. A package that didn't reach it (a full disk)
+    // fails the run; the file stays as it was before the write-back.
     if (file != 0) {
-        if (MgStatus closed = RCloseFile(file)) DPrintf("resource error %ld on RCloseFile", closed);
+        if (MgStatus closed = RCloseFile(file)) {
+            DPrintf("resource error %ld on RCloseFile", closed);
+            if (result == MgNoError) result = closed;
+        }
     }
     return result;
 }

@@ -12,7 +12,17 @@ void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
 // File operations that tests can fail and count.
-enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileOpCount };
+// kFileReplace counts the making of a new file to replace an open one and the step that
+// puts it in the old one's place.
+enum FileOp {
+    kFileRead,
+    kFileWrite,
+    kFileSeek,
+    kFileTruncate,
+    kFileFlush,
+    kFileReplace,
+    kFileOpCount
+};
 // Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
 void FailFileOpAt(FileOp op, int64_t n, int32_t status);
 // Calls of `op` since the last FailFileOpAt for it or ResetFaults.

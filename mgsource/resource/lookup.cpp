@@ -73,6 +73,16 @@ MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* s
     return MgNoError;
 }
 
+// The data section's size is the file's word; the file may be shorter. Data larger than a
+// read window is held against the real length before memory is taken for it, so that no file
+// makes the manager allocate beyond its own size; shorter data fails its read the same way.
+MgStatus CheckDataInFile(const ResFileEntry* entry, int64_t at, int32_t size) {
+    if (size <= kDataWindowSize) return MgNoError;
+    int32_t length = 0;
+    if (MgStatus status = FGetEOF(entry->fileRef, &length)) return status;
+    return at + 4 + size > length ? MgEndOfFile : MgNoError;
+}
+
 Handle DataHandle(const ResRefEntry* ref) {
     return ref->handle ? MemHandleFromToken(ref->handle) : nullptr;
 }
@@ -168,7 +178,8 @@ MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
     int32_t size;
     if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
     FlipBig32(&size);
-    if (int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
+    if (size < 0 || int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
+    if (MgStatus status = CheckDataInFile(entry, at, size)) return status;
     Handle h = MemNewHandle(size);
     if (!h) return MgNoMemory;
     const uint32_t token = MemHandleToken(h);

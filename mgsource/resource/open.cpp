@@ -113,6 +113,7 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
         if (!(mapHandle = MemNewHandle(header.mapSize))) return FailOpen(fileRef, MgNoMemory);
         if ((status = FMSeek(fileRef, header.mapOffset, FMSeekStart)) ||
             (status = FMRead(fileRef, header.mapSize, nullptr, *mapHandle)) ||
+            (status = ValidateFileMap(*mapHandle, header.mapSize)) ||
             (status = RSwapMap(*mapHandle, 1, &header)))
             return FailOpen(fileRef, status);
         // Edits keep the size word equal to the block; start from that truth.
@@ -155,6 +156,8 @@ void RSortRefLists(Ptr map) {
     }
 }
 
+// The handle word and the changed bit are run-time state: whatever a file holds there is
+// dropped, so that no release or detach meets a change that no handle carries.
 void RClearHandles(Ptr map) {
     if (HeaderOf(map)->mapSize <= kEmptyMapSize) return;
     Ptr typeList = TypeListOf(map);
@@ -162,7 +165,10 @@ void RClearHandles(Ptr map) {
     for (int32_t i = 0; i < types; ++i) {
         ResTypeEntry* t = TypeAt(typeList, i);
         ResRefEntry* refs = RefsOf(typeList, t);
-        for (int32_t r = 0; r <= t->count; ++r) refs[r].handle = 0;
+        for (int32_t r = 0; r <= t->count; ++r) {
+            refs[r].handle = 0;
+            refs[r].attrs &= ~RAttrChanged;
+        }
     }
 }
 

@@ -72,6 +72,11 @@ MgStatus ReadHeader(FileRef ref, ResFileHeader* header);
 // Reads and checks the header, trying the trailer once when `tryTrailer`; gives the base.
 MgStatus ReadHeaderWithTrailer(FileRef ref, bool tryTrailer, ResFileHeader* header, int32_t* base);
 
+// Checks a map read from a file, still in file form, before anything else touches it: the
+// type list and every reference list aligned, inside the block, clear of its header and of
+// each other, with counts that fit. 6 when it isn't sound, 2 when memory runs out.
+MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize);
+
 // Index from a data handle's token to its reference. Every reference with a nonzero handle
 // word is in it; entries are hints, checked against the map on every use.
 struct RefLocator {
@@ -94,6 +99,9 @@ void DetachHandle(ResRefEntry* ref);
 // The size word of the data at `dataOffset`, read from the file itself, not through a window
 // (the write-back reads between its own writes).
 MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* size);
+// 4 when `size` bytes of data behind the size word at file position `at` can't all lie in
+// the file; the real length is asked only for data larger than a read window.
+MgStatus CheckDataInFile(const ResFileEntry* entry, int64_t at, int32_t size);
 
 // Read windows over data sections (datacache.cpp). DataRead gives `count` bytes at file
 // position `at` with the statuses of a seek and a read there, serving them from the file's

@@ -1,10 +1,11 @@
 // The one place where a resource file's contents are rewritten: the write-back pass, which
-// compacts the data section in place, writes changed resources from their handles, then the
-// map behind the data, the file's length, and the header last.
+// compacts the data section, writes changed resources from their handles, then the map behind
+// the data, the file's length, and the header last - into a new file that then takes the old
+// one's place (see RWriteBack).
 //
-// Unchanged resources that already stand packed at the front keep their bytes untouched and
-// cost one size-word read each; the rest move down (offsets only go down, so nothing unread
-// is overwritten), and changed ones go behind all unchanged data.
+// Unchanged resources that already stand packed at the front keep their offsets and cost one
+// size-word read each; the rest move down in offset order, and changed ones go behind all
+// unchanged data.
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr int32_t kWriteBuffer = 4096;
 constexpr int32_t kFirstPiece = kWriteBuffer - 4;
 constexpr int32_t kMinPreAlloc = 10240;
+constexpr int32_t kCopyChunk = 1 << 20;
 
 bool Changed(const ResRefEntry* r) {
     return (r->attrs & RAttrChanged) != 0;
@@ -82,9 +84,11 @@ MgStatus RWriteData(FileRef fileRef, Handle h, int32_t size, int32_t position, i
     return MgNoError;
 }
 
-// Writes one resource at `newOffset` of the data section, from its handle or, when it isn't
-// loaded, through a temporary handle that goes again afterwards.
-MgStatus RMoveData(ResFileEntry* entry, ResRefEntry* ref, int32_t newOffset, int32_t* written) {
+// Writes one resource at file position `at` of `out`, from its handle or, when it isn't
+// loaded, through a temporary handle read from the file as it stands, which goes again
+// afterwards. The reference itself isn't changed here.
+MgStatus RMoveData(ResFileEntry* entry, FileRef out, ResRefEntry* ref, int32_t at,
+                   int32_t* written) {
     Handle h = DataHandle(ref);
     Handle temporary = nullptr;
     int32_t size = 0;
@@ -92,24 +96,38 @@ MgStatus RMoveData(ResFileEntry* entry, ResRefEntry* ref, int32_t newOffset, int
     if (h) {
         size = DataSize(h);
     } else if (!(status = RReadDataSize(entry, ref->dataOffset, &size))) {
+        const int64_t from = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+        if (size < 0) return MgEndOfFile;
+        if ((status = CheckDataInFile(entry, from, size))) return status;
         temporary = h = MemNewHandle(size);
         if (!h) return MgNoMemory;
         status = FMRead(entry->fileRef, size, nullptr, *h);
     }
-    if (!status)
-        status = RWriteData(entry->fileRef, h, size, HeaderOf(entry->map)->dataOffset + newOffset,
-                            written);
-    if (!status) {
-        ref->dataOffset = newOffset;
-        ref->attrs &= ~RAttrChanged;
-    }
+    if (!status) status = RWriteData(out, h, size, at, written);
     if (temporary) MemDisposeHandle(temporary);
     return status;
 }
 
+// Copies `count` bytes from position `from` of the open file to position `to` of `out`.
+MgStatus CopyBytes(FileRef in, int32_t from, FileRef out, int32_t to, int32_t count) {
+    const int32_t chunk = count < kCopyChunk ? count : kCopyChunk;
+    Ptr buffer = MemNewPtr(chunk);
+    if (!buffer) return MgNoMemory;
+    MgStatus status = FMSeek(out, to, FMSeekStart);
+    for (int32_t done = 0; !status && done < count;) {
+        const int32_t n = count - done < chunk ? count - done : chunk;
+        if (!(status = FMSeek(in, from + done, FMSeekStart)) &&
+            !(status = FMRead(in, n, nullptr, buffer)))
+            status = FMWriteBytes(out, n, nullptr, buffer);
+        done += n;
+    }
+    MemDisposePtr(buffer);
+    return status;
+}
+
 // The run-time words go to disk as zero: the unused word, the file id and the handle words.
-MgStatus RWriteMap(ResFileEntry* entry, int32_t dataSize, ResRefEntry** refs, uint32_t* tokens,
-                   int32_t count) {
+MgStatus RWriteMap(ResFileEntry* entry, FileRef out, int32_t dataSize, ResRefEntry** refs,
+                   uint32_t* tokens, int32_t count) {
     Ptr map = entry->map;
     ResFileHeader* header = HeaderOf(map);
     header->dataOffset = kHeaderSize;
@@ -118,7 +136,7 @@ MgStatus RWriteMap(ResFileEntry* entry, int32_t dataSize, ResRefEntry** refs, ui
     header->mapSize = MemHandleSize(entry->mapHandle);
     const int32_t mapOffset = header->mapOffset;
     const int32_t mapSize = header->mapSize;
-    if (MgStatus status = FMSeek(entry->fileRef, mapOffset, FMSeekStart)) return status;
+    if (MgStatus status = FMSeek(out, mapOffset, FMSeekStart)) return status;
 
     RSwapMap(map, 0, nullptr);
     const int32_t fileId = Word(map, kMapFileId);
@@ -128,14 +146,34 @@ MgStatus RWriteMap(ResFileEntry* entry, int32_t dataSize, ResRefEntry** refs, ui
         tokens[i] = refs[i]->handle;
         refs[i]->handle = 0;
     }
-    MgStatus status = FMWriteBytes(entry->fileRef, mapSize, nullptr, map);
-    if (!status) status = FSetFileEnd(entry->fileRef, mapOffset + mapSize);
-    if (!status) status = FMSeek(entry->fileRef, 0, FMSeekStart);
-    if (!status) status = FMWriteBytes(entry->fileRef, kHeaderSize, nullptr, map);
+    MgStatus status = FMWriteBytes(out, mapSize, nullptr, map);
+    if (!status) status = FSetFileEnd(out, mapOffset + mapSize);
+    if (!status) status = FMSeek(out, 0, FMSeekStart);
+    if (!status) status = FMWriteBytes(out, kHeaderSize, nullptr, map);
     for (int32_t i = 0; i < count; ++i) refs[i]->handle = tokens[i];
     Word(map, kMapFileId) = fileId;
     RSwapMap(map, 1, nullptr);
     return status;
+}
+
+// Whether an in-place pass can run without overwriting data it has yet to read: every
+// unchanged resource, in offset order, must start behind the one before it ends (no shared or
+// overlapping data) and no earlier than where it is going. Reads only size words.
+MgStatus CheckInPlace(ResFileEntry* entry, ResRefEntry** refs, int32_t clean) {
+    const int64_t dataOffset = HeaderOf(entry->map)->dataOffset;
+    if (dataOffset < kHeaderSize) return MgIOError;
+    int64_t pos = 0, previousEnd = 0;
+    for (int32_t i = 0; i < clean; ++i) {
+        int32_t size;
+        if (MgStatus status = RReadDataSize(entry, refs[i]->dataOffset, &size)) return status;
+        if (size < 0) return MgEndOfFile;
+        const int64_t offset = refs[i]->dataOffset;
+        if (offset < previousEnd || dataOffset + offset < kHeaderSize + pos) return MgIOError;
+        const int64_t taken = (int64_t{size} + 7) & ~int64_t{3};
+        previousEnd = offset + taken;
+        pos += taken;
+    }
+    return MgNoError;
 }
 
 }  // namespace
@@ -151,6 +189,12 @@ int32_t RTotalResources(Handle mapHandle) {
     return total;
 }
 
+// The pass writes a new file beside the old one and puts it in the old one's place in one
+// step, so that the file on disk is at every moment the old one or the new one. The map in
+// memory takes the new offsets only once the new file is in place; a failed pass leaves file
+// and map as they were, with the dirty bit. Where no new file can be made (its directory
+// isn't writable, or the file's name isn't known), the pass runs in place as it always has,
+// refusing with 6 a layout whose compaction would overwrite data it has yet to read.
 MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     (void)id;
     Ptr map = entry->map;
@@ -162,11 +206,16 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
 
     const int32_t total = RTotalResources(entry->mapHandle);
     const int32_t slots = total > 0 ? total : 1;
-    // One array: the references in map order, then room for their handle words.
-    Ptr block = MemNewPtr(slots * static_cast<int32_t>(sizeof(ResRefEntry*) + sizeof(uint32_t)));
+    // One array: the references in map order, then their handle words, new offsets and the
+    // offsets and attributes to go back to.
+    constexpr int32_t kPerRef = int32_t{sizeof(ResRefEntry*)} + 4 * 4;
+    Ptr block = MemNewPtr(slots * kPerRef);
     if (!block) return MgNoMemory;
     ResRefEntry** refs = reinterpret_cast<ResRefEntry**>(block);
     uint32_t* tokens = reinterpret_cast<uint32_t*>(block + slots * sizeof(ResRefEntry*));
+    int32_t* newOffsets = reinterpret_cast<int32_t*>(tokens + slots);
+    int32_t* oldOffsets = newOffsets + slots;
+    int32_t* oldAttrs = oldOffsets + slots;
     int32_t filled = 0;
     Ptr typeList = TypeListOf(map);
     for (int32_t i = 0; i < TypeCount(typeList); ++i) {
@@ -178,24 +227,66 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
 
     const int32_t clean = RPartitionChanged(refs, total);
     RSortByOffset(refs, clean);
+    FileRef out = 0;
+    const bool replacing = FMReplaceBegin(entry->fileRef, &out) == MgNoError;
     MgStatus status = MgNoError;
+    if (!replacing) {
+        out = entry->fileRef;
+        status = CheckInPlace(entry, refs, clean);
+    } else {
+        // Room for the header, which goes in last; seeks never lengthen a file.
+        status = FSetFileEnd(out, kHeaderSize);
+    }
+    const ResFileHeader oldHeader = *HeaderOf(map);
+    // Resources already packed at the front keep their place: in place they aren't touched,
+    // and a new file takes them in one copy.
     int32_t pos = 0;
     int32_t i = 0;
-    for (; i < clean && refs[i]->dataOffset == pos; ++i) {
+    const bool keepPrefix = replacing || oldHeader.dataOffset == kHeaderSize;
+    for (; !status && keepPrefix && i < clean && refs[i]->dataOffset == pos; ++i) {
         int32_t size;
         if ((status = RReadDataSize(entry, pos, &size))) break;
+        if (size < 0) status = MgEndOfFile;
+        newOffsets[i] = pos;
         pos += ((size + 3) & ~3) + 4;
     }
+    if (!status && replacing && pos > 0)
+        status = CopyBytes(entry->fileRef, oldHeader.dataOffset, out, kHeaderSize, pos);
     for (; !status && i < total; ++i) {
         int32_t written = 0;
-        if (!(status = RMoveData(entry, refs[i], pos, &written))) pos += written;
+        if ((status = RMoveData(entry, out, refs[i], kHeaderSize + pos, &written))) break;
+        newOffsets[i] = pos;
+        if (!replacing) {
+            refs[i]->dataOffset = pos;
+            refs[i]->attrs &= ~RAttrChanged;
+        }
+        pos += written;
     }
     if (!status) {
-        status = RWriteMap(entry, pos, refs, tokens, total);
-        FMFlush(entry->fileRef);
+        for (int32_t r = 0; replacing && r < total; ++r) {
+            oldOffsets[r] = refs[r]->dataOffset;
+            oldAttrs[r] = refs[r]->attrs;
+            refs[r]->dataOffset = newOffsets[r];
+            refs[r]->attrs &= ~RAttrChanged;
+        }
+        status = RWriteMap(entry, out, pos, refs, tokens, total);
+        const MgStatus flushed = FMFlush(out);
+        if (replacing) {
+            if (!status) status = flushed;
+            if (!status) status = FMReplaceCommit(&entry->fileRef, out);
+            if (status) {
+                *HeaderOf(entry->map) = oldHeader;
+                for (int32_t r = 0; r < total; ++r) {
+                    refs[r]->dataOffset = oldOffsets[r];
+                    refs[r]->attrs = oldAttrs[r];
+                }
+            }
+        }
     }
+    if (replacing && status) FMReplaceAbandon(out);
     MemDisposePtr(block);
     if (status) return status;
+    DataCacheInvalidateAll();
     Word(entry->map, kMapFileAttrs) &= ~RFileDirty;
     return MgNoError;
 }
@@ -215,8 +306,12 @@ MgStatus RWriteNow(Handle h) {
     if (!Changed(ref)) return MgNoError;
     DataCacheInvalidateAll();
     int32_t written = 0;
-    if (MgStatus status = RMoveData(entry, ref, HeaderOf(entry->map)->dataSize, &written))
+    const int32_t at = HeaderOf(entry->map)->dataSize;
+    if (MgStatus status =
+            RMoveData(entry, entry->fileRef, ref, HeaderOf(entry->map)->dataOffset + at, &written))
         return status;
+    ref->dataOffset = at;
+    ref->attrs &= ~RAttrChanged;
     HeaderOf(entry->map)->dataSize += written;
     return MgNoError;
 }

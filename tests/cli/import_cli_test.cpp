@@ -13,6 +13,7 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "mg/resource.h"
+#include "resource/crafted_files.h"
 #include "support/run_tool.h"
 
 namespace {
@@ -215,6 +216,59 @@ TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
             return std::tie(a.type, a.id) < std::tie(b.type, b.id);
         });
         EXPECT_EQ(got, row.after) << row.status;
+    }
+}
+
+// Crafted files given to -r and -vi: a sound package or a clean status 2, never a crash, a
+// failure report or a loop, and never a resource of the file changed behind its back.
+TEST(HostileCli, CraftedSourcesAndTargets) {
+    auto bytes = [](const Bytes& b) { return std::string(b.begin(), b.end()); };
+    const std::vector<Res> own = {{"PLAT", 0, "foo", "i386"}, {"MXSB", 0, "foo", "HELLO"}};
+    Bytes huge = crafted::Base();
+    crafted::BadData()[0].spoil(huge);
+    Bytes overlapping = crafted::Base();
+    crafted::BadMaps()[0].spoil(overlapping);
+    const Res a1 = {"AAAA", 1, "one", "\1\2\3", RAttrProtected};
+    const struct {
+        const char* what;
+        Bytes source;
+        int status;
+        std::vector<Res> package;
+    } rows[] = {
+        {"changed bit in the source",
+         crafted::RunTimeBitsFromTheFile(),
+         0,
+         {own[0], own[1], a1, {"AAAA", 2, "", "\4"}, {"BBBB", 7, "seven", "\5\6\7\10\11"}}},
+        {"a resource of nearly 2 GiB in a short source", huge, 2, own},
+        {"overlapping lists", overlapping, 2, own},
+    };
+    for (const auto& row : rows) {
+        TempDir dir;
+        WriteFile(dir.path / "foo.dll", "HELLO");
+        WriteFile(dir.path / "src.rsrc", bytes(row.source));
+        ToolResult r = RunTool({"foo", "-r", (dir.path / "src.rsrc").string()}, dir.path);
+        EXPECT_EQ(r.status, row.status) << row.what << r.err;
+        EXPECT_EQ(ReadResourceFile(dir.path / "foo.msb"), row.package) << row.what;
+        EXPECT_EQ(SlurpFile(dir.path / "src.rsrc"), bytes(row.source)) << row.what;
+    }
+    // Targets whose module shares its data with another resource, or whose data stands behind
+    // a gap: the other resources come through the replacement unchanged.
+    for (const Bytes& layout : {crafted::SharedData(), crafted::DataBehindAGap(16)}) {
+        TempDir dir;
+        WriteFile(dir.path / "seven.dll", "NEWCODE");
+        Bytes target = layout;
+        // BBBB 7 named "seven" becomes the module of code "seven".
+        memcpy(&target[crafted::MapAt(target) + crafted::kTypeB], "MXSB", 4);
+        WriteFile(dir.path / "t.vi", bytes(target));
+        const std::vector<Res> before = ReadResourceFile(dir.path / "t.vi");
+        ToolResult r = RunTool(
+            {"seven", "-d", dir.path.string(), "-vi", (dir.path / "t.vi").string()}, dir.path);
+        EXPECT_EQ(r.status, 0) << r.err;
+        std::vector<Res> after = ReadResourceFile(dir.path / "t.vi");
+        ASSERT_EQ(after.size(), 4u);
+        EXPECT_EQ(after[0], before[0]);
+        EXPECT_EQ(after[1], before[1]);
+        EXPECT_EQ(after[3], (Res{"MXSB", 0, "seven", "NEWCODE"}));
     }
 }
 

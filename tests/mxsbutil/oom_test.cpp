@@ -1,6 +1,7 @@
-// Whole -r runs in-process with the Nth allocation failing, for every N the run reaches: each
-// must end with one of the tool's statuses, cleanly under the sanitizers, and leave the
-// source file untouched. The memory manager starts once per process, so each run is a child.
+// Whole runs in-process with the Nth allocation failing (-r runs) or the Nth write failing as
+// on a full disk (new packages and -vi), for every N the run reaches: each must end with one
+// of the tool's statuses, cleanly under the sanitizers, and leave its source or target as it
+// was. The memory manager starts once per process, so each run is a child.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -124,6 +125,61 @@ TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
         std::filesystem::remove_all(dir);
     }
     EXPECT_TRUE(completed) << "still failing allocations after 400";
+}
+
+// Runs the tool on `args` in a child with the Nth write failing; gives the wait status and
+// whether the run reached that write.
+std::pair<int, bool> RunWithWriteFailing(std::vector<std::string> args, int64_t n) {
+    int pipeFds[2];
+    if (pipe(pipeFds) != 0) return {-1, false};
+    const int w = InChild([&] {
+        close(pipeFds[0]);
+        std::vector<char*> argv;
+        for (auto& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        plat::FailFileOpAt(plat::kFileWrite, n, MgDiskFull);
+        const int32_t status = ParseArguments(int(args.size()), argv.data());
+        const char reached = plat::FileOpCount(plat::kFileWrite) >= n ? 'y' : 'n';
+        if (write(pipeFds[1], &reached, 1) != 1) return 97;
+        return int(status);
+    });
+    close(pipeFds[1]);
+    char reached = '?';
+    const bool told = read(pipeFds[0], &reached, 1) == 1;
+    close(pipeFds[0]);
+    return {told ? w : -1, reached == 'y'};
+}
+
+// A package that didn't reach the disk is a failed run (2), not an empty file with status 0;
+// a -vi target that couldn't be rewritten keeps its old bytes.
+TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
+    TempDir s;
+    const std::string dir = s.path.string();
+    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE";
+    ASSERT_EQ(RunWithWriteFailing({"mxsbutil", "-c", "foo", "-d", dir}, 0).first, 0);
+    std::filesystem::rename(s.path / "foo.msb", s.path / "t.vi");
+    const std::string vi = (s.path / "t.vi").string();
+    const std::string before = SlurpFile(vi);
+    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
+
+    for (bool replacing : {false, true}) {
+        bool completed = false;
+        for (int64_t n = 1; n <= 50 && !completed; ++n) {
+            std::vector<std::string> args = {"mxsbutil", "-c", "foo", "-d", dir};
+            if (replacing) args.insert(args.end(), {"-vi", vi});
+            const auto [w, reached] = RunWithWriteFailing(args, n);
+            ASSERT_TRUE(WIFEXITED(w)) << "N=" << n << " wait status " << w;
+            EXPECT_EQ(WEXITSTATUS(w), reached ? 2 : 0) << "N=" << n << " -vi " << replacing;
+            completed = !reached;
+            if (replacing && reached) {
+                EXPECT_EQ(SlurpFile(vi), before) << "N=" << n;
+            }
+        }
+        EXPECT_TRUE(completed);
+        if (replacing) {
+            EXPECT_NE(SlurpFile(vi), before);
+        }
+    }
 }
 
 }  // namespace

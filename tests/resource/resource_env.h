@@ -12,8 +12,7 @@
 #include "mg/path.h"
 #include "mg/resource.h"
 #include "platform/faults.h"
-
-using Bytes = std::vector<uint8_t>;
+#include "resource/file_builder.h"
 
 inline ResType T(const char* s) {
     return MgResType(s);
@@ -26,26 +25,6 @@ inline std::string P(const std::string& text) {
 inline ConstPStr PS(const std::string& p) {
     return reinterpret_cast<ConstPStr>(p.data());
 }
-
-void PutBig32(Bytes& b, size_t at, uint32_t v);
-void AppendBig32(Bytes& b, uint32_t v);
-uint32_t Big32At(const Bytes& b, size_t at);
-
-// One resource for FileBuilder.
-struct RefLayout {
-    int32_t id;
-    std::string name;  // empty: no name
-    Bytes data;
-    int32_t attrs = 0;
-};
-struct TypeLayout {
-    std::string type;
-    std::vector<RefLayout> refs;  // written in this order, sorted or not
-};
-
-// Writes a file the way the manager lays it out; fields can be spoiled afterwards.
-Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3,
-                const char* fileType = "TEST", const char* creator = "CRTR");
 
 class ResourceTest : public ::testing::Test {
   protected:

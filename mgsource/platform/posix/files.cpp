@@ -16,6 +16,7 @@
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
+#include "platform/posix/files_internal.h"
 
 namespace plat {
 namespace {
@@ -117,12 +118,7 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
         CloseBoth(fd, markerFd);
         return Fail(kSharingConflict);
     }
-    if (markerFd >= 0) {
-        if (wantRead) HoldMarker(markerFd, kOpenForRead);
-        if (wantWrite) HoldMarker(markerFd, kOpenForWrite);
-        if (deniesRead) HoldMarker(markerFd, kDeniesRead);
-        if (deniesWrite) HoldMarker(markerFd, kDeniesWrite);
-    }
+    if (markerFd >= 0) HoldShareMarkers(markerFd, access, share);
     // Truncation waits until the share check has passed, so a refused open changes nothing.
     if ((disposition == kTruncateExisting || disposition == kCreateAlways) &&
         ftruncate(fd, 0) != 0) {
@@ -132,12 +128,38 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     }
     if (static_cast<size_t>(fd) >= gMarkerFd.size()) gMarkerFd.resize(fd + 1, -1);
     gMarkerFd[fd] = markerFd == fd ? -1 : markerFd;
+    NoteOpenFile(fd, name, access, share);
     *ref = fd + 1;
     return true;
 }
 
+void HoldShareMarkers(int fd, int access, int share) {
+    if (access & kAccessRead) HoldMarker(fd, kOpenForRead);
+    if (access & kAccessWrite) HoldMarker(fd, kOpenForWrite);
+    if (share == kShareNone) HoldMarker(fd, kDeniesRead);
+    if (share != kShareAll) HoldMarker(fd, kDeniesWrite);
+}
+
+bool MoveDescriptor(int fd, int from, int markerFd) {
+    if (dup2(from, fd) < 0) return FailErrno();
+    close(from);
+    if (static_cast<size_t>(fd) < gMarkerFd.size() && gMarkerFd[fd] >= 0) close(gMarkerFd[fd]);
+    if (static_cast<size_t>(fd) >= gMarkerFd.size()) gMarkerFd.resize(fd + 1, -1);
+    gMarkerFd[fd] = markerFd;
+    return true;
+}
+
+bool FailWithErrno(int code) {
+    return Fail(code);
+}
+
+bool FailWithStatus(int32_t status) {
+    return FailInjected(status);
+}
+
 bool CloseFile(int32_t ref) {
     int fd = Fd(ref);
+    ForgetOpenFile(fd);
     if (fd >= 0 && static_cast<size_t>(fd) < gMarkerFd.size() && gMarkerFd[fd] >= 0) {
         close(gMarkerFd[fd]);
         gMarkerFd[fd] = -1;
@@ -199,6 +221,7 @@ bool SetFileEndHere(int32_t ref) {
 }
 
 bool FlushFile(int32_t ref) {
+    if (int32_t status = FileOpShouldFail(kFileFlush)) return FailInjected(status);
     return fsync(Fd(ref)) == 0 || FailErrno();
 }
 

@@ -4,6 +4,7 @@
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
+#include "platform/win32/files_internal.h"
 
 namespace plat {
 namespace {
@@ -39,10 +40,20 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     HANDLE h = CreateFileA(name, acc, shr, nullptr, disp, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h == INVALID_HANDLE_VALUE) return Fail();
     *ref = static_cast<int32_t>(reinterpret_cast<intptr_t>(h));
+    NoteOpenFile(*ref, name, access, share);
     return true;
 }
 
+bool FailWithStatus(int32_t status) {
+    return FailInjected(status);
+}
+
+bool FailWithLastError() {
+    return Fail();
+}
+
 bool CloseFile(int32_t ref) {
+    ForgetOpenFile(ref);
     return CloseHandle(H(ref)) || Fail();
 }
 
@@ -87,6 +98,7 @@ bool SetFileEndHere(int32_t ref) {
 }
 
 bool FlushFile(int32_t ref) {
+    if (int32_t status = FileOpShouldFail(kFileFlush)) return FailInjected(status);
     return FlushFileBuffers(H(ref)) || Fail();
 }
 

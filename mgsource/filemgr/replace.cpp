@@ -1,0 +1,28 @@
+// Replacing an open file whole, through the platform's rename-over.
+#include "mg/filemgr.h"
+#include "platform/platform.h"
+
+extern "C" {
+
+MgStatus FMReplaceBegin(FileRef ref, FileRef* temp) {
+    *temp = 0;
+    if (ref == 0) return MgBadArgument;
+    int32_t t = 0;
+    if (!plat::ReplaceBegin(ref, &t)) return FMapLastError();
+    *temp = t;
+    return MgNoError;
+}
+
+MgStatus FMReplaceCommit(FileRef* ref, FileRef temp) {
+    if (*ref == 0 || temp == 0) return MgBadArgument;
+    int32_t r = *ref;
+    const bool ok = plat::ReplaceCommit(&r, temp);
+    *ref = r;
+    return ok ? MgNoError : FMapLastError();
+}
+
+void FMReplaceAbandon(FileRef temp) {
+    if (temp) plat::ReplaceAbandon(temp);
+}
+
+}  // extern "C"

@@ -1,0 +1,126 @@
+// Replacing an open file whole on Windows hosts. The new file is made beside the old one with
+// GetTempFileNameA. An open file can't be renamed over, so the commit closes both, puts the
+// new file in place with ReplaceFileA (which keeps the old file's attributes and security),
+// or MoveFileExA where that isn't possible, and opens the name again with the old access and
+// share mode. The reopened handle may have another value than the old one: the caller takes
+// `*ref` as it comes back.
+#include <windows.h>
+
+#include <map>
+#include <string>
+
+#include "platform/faults_internal.h"
+#include "platform/platform.h"
+#include "platform/win32/files_internal.h"
+
+namespace plat {
+namespace {
+
+struct OpenName {
+    std::string path;
+    int access = 0;
+    int share = 0;
+};
+std::map<int32_t, OpenName> gOpen;
+std::map<int32_t, std::string> gTempPath;
+
+HANDLE H(int32_t ref) {
+    return reinterpret_cast<HANDLE>(static_cast<intptr_t>(ref));
+}
+
+int32_t Ref(HANDLE h) {
+    return static_cast<int32_t>(reinterpret_cast<intptr_t>(h));
+}
+
+HANDLE Reopen(const OpenName& n) {
+    const DWORD access = ((n.access & kAccessRead) ? GENERIC_READ : 0) |
+                         ((n.access & kAccessWrite) ? GENERIC_WRITE : 0);
+    const DWORD share = n.share == kShareAll    ? FILE_SHARE_READ | FILE_SHARE_WRITE
+                        : n.share == kShareRead ? FILE_SHARE_READ
+                                                : 0;
+    return CreateFileA(n.path.c_str(), access, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                       nullptr);
+}
+
+}  // namespace
+
+void NoteOpenFile(int32_t ref, const char* name, int access, int share) {
+    if (!(access & kAccessWrite)) return;
+    char full[MAX_PATH];
+    const DWORD n = GetFullPathNameA(name, MAX_PATH, full, nullptr);
+    if (n == 0 || n >= MAX_PATH) return;
+    gOpen[ref] = {full, access, share};
+}
+
+void ForgetOpenFile(int32_t ref) {
+    gOpen.erase(ref);
+}
+
+bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
+    *tempRef = 0;
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+    auto it = gOpen.find(ref);
+    if (it == gOpen.end()) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FailWithLastError();
+    }
+    const std::string& path = it->second.path;
+    const size_t slash = path.find_last_of("\\/");
+    const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash);
+    char temp[MAX_PATH];
+    if (GetTempFileNameA(dir.c_str(), "mg", 0, temp) == 0) return FailWithLastError();
+    HANDLE h = CreateFileA(temp, GENERIC_READ | GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE) {
+        const DWORD code = GetLastError();
+        DeleteFileA(temp);
+        SetLastError(code);
+        return FailWithLastError();
+    }
+    gTempPath[Ref(h)] = temp;
+    *tempRef = Ref(h);
+    return true;
+}
+
+bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
+    auto it = gOpen.find(*ref);
+    auto temp = gTempPath.find(tempRef);
+    if (it == gOpen.end() || temp == gTempPath.end()) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FailWithLastError();
+    }
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+    const OpenName old = it->second;
+    const std::string tempPath = temp->second;
+    CloseHandle(H(tempRef));
+    gTempPath.erase(temp);
+    CloseHandle(H(*ref));
+    gOpen.erase(it);
+    BOOL moved = ReplaceFileA(old.path.c_str(), tempPath.c_str(), nullptr,
+                              REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
+    if (!moved)
+        moved = MoveFileExA(tempPath.c_str(), old.path.c_str(),
+                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    const DWORD code = moved ? 0 : GetLastError();
+    if (!moved) DeleteFileA(tempPath.c_str());
+    // Old or new, the name is opened again; only a failure here leaves no file behind `ref`.
+    HANDLE h = Reopen(old);
+    if (h == INVALID_HANDLE_VALUE) return FailWithLastError();
+    *ref = Ref(h);
+    gOpen[*ref] = old;
+    if (!moved) {
+        SetLastError(code);
+        return FailWithLastError();
+    }
+    return true;
+}
+
+void ReplaceAbandon(int32_t tempRef) {
+    auto temp = gTempPath.find(tempRef);
+    if (temp == gTempPath.end()) return;
+    CloseHandle(H(tempRef));
+    DeleteFileA(temp->second.c_str());
+    gTempPath.erase(temp);
+}
+
+}  // namespace plat

@@ -1,0 +1,134 @@
+// Files from outside: maps that would make a trusting reader overrun or misread its own
+// memory are refused on opening; bad data fails only its own load; odd layouts that open are
+// written back correctly. Each case leaves everything else as it was.
+#include <filesystem>
+
+#include "resource/crafted_files.h"
+#include "resource/resource_env.h"
+
+namespace {
+
+class HostileTest : public ResourceTest {
+  protected:
+    static int32_t OpenSlots() {
+        const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
+        int32_t n = 0;
+        for (int32_t i = 0; i < RFileTableSize; ++i) n += slots[i].fileId != 0;
+        return n;
+    }
+    // Files in the test's directory other than `leaf`: a write-back leaves none behind.
+    int32_t Strays(const std::string& leaf) const {
+        int32_t n = 0;
+        for (const auto& e : std::filesystem::directory_iterator(dir_))
+            n += e.path().filename() != leaf;
+        return n;
+    }
+};
+
+TEST_F(HostileTest, UntrustworthyMapsAreRefused) {
+    for (const auto& row : crafted::BadMaps()) {
+        Bytes b = crafted::Base();
+        row.spoil(b);
+        WriteFile("m", b);
+        for (int32_t mode : {FMModeRead, FMModeReadWrite}) {
+            SCOPED_TRACE(row.what);
+            const int32_t slots = OpenSlots();
+            const RLastGotRecord last = RLastGot;
+            ResFile f = Open("m", mode, row.open);
+            EXPECT_EQ(f, 0);
+            EXPECT_EQ(OpenSlots(), slots);
+            EXPECT_EQ(RLastGot.handle, last.handle);
+            EXPECT_EQ(ReadFile("m"), b);
+        }
+    }
+}
+
+// The bad load is refused before memory is taken for it: with the next allocation armed to
+// fail, it still gives 4 rather than 2.
+TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoad) {
+    for (const auto& row : crafted::BadData()) {
+        SCOPED_TRACE(row.what);
+        Bytes b = crafted::Base();
+        row.spoil(b);
+        WriteFile("d", b);
+        ResFile f = Open("d", FMModeRead, row.open);
+        Handle h = nullptr;
+        plat::FailAllocationAt(1);
+        EXPECT_EQ(RGet(f, T("AAAA"), 1, &h), MgEndOfFile);
+        plat::ResetFaults();
+        EXPECT_EQ(h, nullptr);
+        EXPECT_EQ(Load(f, "AAAA", 2), Bytes{4});
+        EXPECT_EQ(LoadNamed(f, "BBBB", "seven"), (Bytes{5, 6, 7, 8, 9}));
+        EXPECT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(ReadFile("d"), b);
+    }
+}
+
+// A changed bit or handle word stored in the file is run-time state of another writer: it is
+// dropped, so detaching and releasing work and closing writes nothing.
+TEST_F(HostileTest, RunTimeBitsFromTheFileAreDropped) {
+    const Bytes b = crafted::RunTimeBitsFromTheFile();
+    WriteFile("r", b);
+    for (int32_t mode : {FMModeRead, FMModeReadWrite}) {
+        ResFile f = Open("r", mode);
+        Handle h = nullptr;
+        ASSERT_EQ(RGetInd(f, T("AAAA"), 1, &h), MgNoError);
+        int32_t attrs = 0, id = 0;
+        EXPECT_EQ(RGetAttrs(h, &attrs), MgNoError);
+        EXPECT_EQ(attrs, RAttrProtected);
+        EXPECT_EQ(RGetInfo(h, &id, nullptr, nullptr), MgNoError);
+        EXPECT_EQ(id, 1);
+        EXPECT_EQ(RDetach(h), MgNoError);
+        MemDisposeHandle(h);
+        ASSERT_EQ(RGetInd(f, T("AAAA"), 1, &h), MgNoError);
+        EXPECT_EQ(RRelease(h), MgNoError);
+        EXPECT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(ReadFile("r"), b);
+    }
+}
+
+// Layouts the manager never writes but a reader accepts: shared data and a data section
+// behind a gap. A write-back (a new file, or in place when no new file can be made) either
+// writes them out correctly or refuses with 6 and leaves the file as it was.
+TEST_F(HostileTest, OddLayoutsAreWrittenBackCorrectly) {
+    const struct {
+        const char* what;
+        Bytes file;
+        Bytes a2;          // what AAAA 2 holds
+        MgStatus inPlace;  // the pass in place
+    } rows[] = {
+        {"shared data", crafted::SharedData(), {1, 2, 3}, MgIOError},
+        {"data behind a gap", crafted::DataBehindAGap(16), {4}, MgNoError},
+    };
+    for (const auto& row : rows) {
+        for (bool inPlace : {false, true}) {
+            SCOPED_TRACE(std::string(row.what) + (inPlace ? ", in place" : ", new file"));
+            WriteFile("o", row.file);
+            ResFile f = Open("o");
+            Handle b7 = nullptr;
+            ASSERT_EQ(RGet(f, T("BBBB"), 7, &b7), MgNoError);
+            ASSERT_EQ(MemResizeHandle(b7, 6), MgNoError);
+            (*b7)[5] = 10;
+            ASSERT_EQ(RChanged(b7), MgNoError);
+            AddData(f, "CCCC", 3, {3, 3, 3});
+            // The new file can't be made: the pass falls back to working in place.
+            if (inPlace) plat::FailFileOpAt(plat::kFileReplace, 1, MgNoPermission);
+            const MgStatus closed = RCloseFile(f);
+            plat::ResetFaults();
+            EXPECT_EQ(closed, inPlace ? row.inPlace : MgNoError);
+            if (closed) {
+                EXPECT_EQ(ReadFile("o"), row.file);
+                ASSERT_EQ(RCloseFile(f), MgNoError);
+            }
+            EXPECT_EQ(Strays("o"), 0);
+            f = Open("o");
+            EXPECT_EQ(LoadNamed(f, "AAAA", "one"), (Bytes{1, 2, 3}));
+            EXPECT_EQ(Load(f, "AAAA", 2), row.a2);
+            EXPECT_EQ(Load(f, "BBBB", 7), (Bytes{5, 6, 7, 8, 9, 10}));
+            EXPECT_EQ(Load(f, "CCCC", 3), (Bytes{3, 3, 3}));
+            EXPECT_EQ(RCloseFile(f), MgNoError);
+        }
+    }
+}
+
+}  // namespace

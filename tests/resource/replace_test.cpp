@@ -1,0 +1,196 @@
+// A write-back replaces the file in one step: whatever stops it - a failing write, flush or
+// rename, or the process being killed - the file afterwards is the old one or the new one.
+#include <signal.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "resource/resource_env.h"
+
+namespace {
+
+Bytes Fill(size_t size, int32_t seed) {
+    Bytes b(size);
+    for (size_t i = 0; i < size; ++i) b[i] = uint8_t(seed + i * 7);
+    return b;
+}
+
+class ReplaceTest : public ResourceTest {
+  protected:
+    // In memory where the host has such a file system: every pass here flushes, and a disk
+    // would make the many runs slow without changing what they show.
+    void SetUp() override {
+        ResourceTest::SetUp();
+        char pattern[] = "/dev/shm/mgres.XXXXXX";
+        if (mkdtemp(pattern)) {
+            std::filesystem::remove_all(dir_);
+            dir_ = pattern;
+        }
+    }
+    // Old or new, by everything the file holds; "neither" when it doesn't open or differs
+    // from both.
+    std::string Which(const std::vector<TypeLayout>& older, const std::vector<TypeLayout>& newer) {
+        ResFile f = 0;
+        if (ROpenFile(MakePath("f"), FMModeRead, &f, nullptr, nullptr)) return "unopenable";
+        auto holds = [&](const std::vector<TypeLayout>& layout) {
+            int32_t types = 0;
+            RCountTypes(f, &types);
+            if (types != int32_t(layout.size())) return false;
+            for (const auto& t : layout) {
+                int32_t n = 0;
+                RCount(f, T(t.type.c_str()), &n);
+                if (n != int32_t(t.refs.size())) return false;
+                for (const auto& r : t.refs) {
+                    Handle h = nullptr;
+                    if (RGet(f, T(t.type.c_str()), r.id, &h) || Contents(h) != r.data) return false;
+                }
+            }
+            return true;
+        };
+        const std::string which = holds(older) ? "old" : holds(newer) ? "new" : "neither";
+        RCloseFile(f);
+        return which;
+    }
+    int32_t Strays() const {
+        int32_t n = 0;
+        for (const auto& e : std::filesystem::directory_iterator(dir_))
+            n += e.path().filename() != "f";
+        return n;
+    }
+};
+
+// Some data in front that stays, some that moves, one resource changed, one added, one gone.
+const std::vector<TypeLayout> kOld = {
+    {"AAAA",
+     {{1, "", Fill(1300000, 1)},
+      {2, "two", Fill(10, 2)},
+      {3, "", Fill(5000, 3)},
+      {4, "", Fill(70000, 4)},
+      {5, "", Fill(3, 5)}}},
+    {"BBBB", {{1, "", Fill(7, 6)}}},
+};
+const std::vector<TypeLayout> kNew = {
+    {"AAAA",
+     {{1, "", Fill(1300000, 1)},
+      {2, "two", Fill(10, 2)},
+      {3, "", Fill(6000, 33)},
+      {4, "", Fill(70000, 4)},
+      {5, "", Fill(3, 5)}}},
+    {"CCCC", {{9, "nine", Fill(9, 9)}}},
+};
+
+// Opens the file and makes kNew of kOld in memory.
+ResFile Edit(ResFile f) {
+    Handle h = nullptr;
+    EXPECT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
+    EXPECT_EQ(MemResizeHandle(h, 6000), MgNoError);
+    const Bytes d = Fill(6000, 33);
+    memcpy(*h, d.data(), d.size());
+    EXPECT_EQ(RChanged(h), MgNoError);
+    EXPECT_EQ(RGet(f, T("BBBB"), 1, &h), MgNoError);
+    EXPECT_EQ(RRemove(h, f), MgNoError);
+    MemDisposeHandle(h);
+    h = MemNewHandle(9);
+    memcpy(*h, Fill(9, 9).data(), 9);
+    EXPECT_EQ(RAdd(h, f, T("CCCC"), 9, PS(P("nine"))), MgNoError);
+    return f;
+}
+
+TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
+    const Bytes original = BuildFile(kOld);
+    for (plat::FileOp op :
+         {plat::kFileWrite, plat::kFileFlush, plat::kFileReplace, plat::kFileTruncate}) {
+        for (int64_t n = 1;; ++n) {
+            SCOPED_TRACE(testing::Message() << "op " << op << " call " << n);
+            WriteFile("f", original);
+            ResFile f = Edit(Open("f"));
+            plat::FailFileOpAt(op, n, MgDiskFull);
+            const MgStatus closed = RCloseFile(f);
+            const bool reached = plat::FileOpCount(op) >= n;
+            plat::ResetFaults();
+            if (closed) {
+                EXPECT_EQ(closed, MgDiskFull);
+                EXPECT_EQ(ReadFile("f"), original);
+                EXPECT_EQ(Strays(), 0);
+                int32_t attrs = 0;
+                ASSERT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
+                EXPECT_TRUE(attrs & RFileDirty);
+                // The map in memory still describes the old file: its data loads.
+                EXPECT_EQ(Load(f, "AAAA", 4), Fill(70000, 4));
+                ASSERT_EQ(RCloseFile(f), MgNoError);
+            }
+            EXPECT_EQ(Which(kOld, kNew), "new");
+            if (!reached) break;
+        }
+    }
+}
+
+// The child makes every resource new and closes; it is killed at points spread over the
+// write-back. Each time the file is the old one or the new one.
+TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
+    std::vector<TypeLayout> older = {{"AAAA", {}}}, newer = {{"AAAA", {}}, {"CCCC", {}}};
+    for (int32_t id = 1; id <= 12; ++id) {
+        older[0].refs.push_back({id, "", Fill(1 << 19, id)});
+        newer[0].refs.push_back({id, "", Fill(1 << 19, id + 100)});
+    }
+    newer[1].refs.push_back({1, "", Fill(5, 1)});
+    const Bytes original = BuildFile(older);
+    // Returns the time from the start of the write-back to the child's end or kill.
+    auto run = [&](int64_t killAfterUs) {
+        WriteFile("f", original);
+        int ready[2];
+        EXPECT_EQ(pipe(ready), 0);
+        const pid_t pid = fork();
+        if (pid == 0) {
+            close(ready[0]);
+            ResFile f = 0;
+            if (ROpenFile(MakePath("f"), FMModeReadWrite, &f, nullptr, nullptr)) _exit(3);
+            for (const auto& r : newer[0].refs) {
+                Handle h = nullptr;
+                if (RGet(f, T("AAAA"), r.id, &h)) _exit(4);
+                memcpy(*h, r.data.data(), r.data.size());
+                RChanged(h);
+            }
+            Handle h = MemNewHandle(5);
+            memcpy(*h, newer[1].refs[0].data.data(), 5);
+            if (RAdd(h, f, T("CCCC"), 1, nullptr)) _exit(5);
+            if (write(ready[1], "r", 1) != 1) _exit(6);
+            _exit(RCloseFile(f) ? 7 : 0);
+        }
+        close(ready[1]);
+        char c = 0;
+        EXPECT_EQ(read(ready[0], &c, 1), 1);
+        close(ready[0]);
+        const auto start = std::chrono::steady_clock::now();
+        if (killAfterUs >= 0) {
+            const timespec pause = {0, long(killAfterUs * 1000)};
+            nanosleep(&pause, nullptr);
+            kill(pid, SIGKILL);
+        }
+        int status = 0;
+        waitpid(pid, &status, 0);
+        if (killAfterUs < 0) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+        }
+        return std::chrono::duration_cast<std::chrono::microseconds>(
+                   std::chrono::steady_clock::now() - start)
+            .count();
+    };
+    const int64_t whole = run(-1);
+    ASSERT_EQ(Which(older, newer), "new");
+    int32_t olds = 0, news = 0;
+    constexpr int32_t kPoints = 30;
+    for (int32_t k = 0; k < kPoints; ++k) {
+        run(whole * k / (kPoints - 4));  // the last few land after the end
+        const std::string which = Which(older, newer);
+        ASSERT_TRUE(which == "old" || which == "new") << which << " at point " << k;
+        (which == "old" ? olds : news) += 1;
+    }
+    EXPECT_GT(olds, 0);
+    EXPECT_GT(news, 0);
+}
+
+}  // namespace
