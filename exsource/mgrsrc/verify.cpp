@@ -38,11 +38,12 @@ int VerifyCommand(const std::vector<std::string>& args) {
     const RCheckSummary& s = image.summary;
     char text[128];
     if (s.faults)
-        std::snprintf(text, sizeof text, ": unsound: %d errors, %d warnings%s\n", s.faults,
-                      s.notices, s.openStatus ? "; the reader refuses to open it" : "");
+        std::snprintf(text, sizeof text, ": unsound: %d error%s, %d warning%s%s\n", s.faults,
+                      s.faults == 1 ? "" : "s", s.notices, s.notices == 1 ? "" : "s",
+                      s.openStatus ? "; the reader refuses to open it" : "");
     else
-        std::snprintf(text, sizeof text, ": sound: %d resources, %d warnings\n", s.resources,
-                      s.notices);
+        std::snprintf(text, sizeof text, ": sound: %d resource%s, %d warning%s\n", s.resources,
+                      s.resources == 1 ? "" : "s", s.notices, s.notices == 1 ? "" : "s");
     out += image.path + text;
     if (!WriteOut(out)) return kExitFailed;
     return s.faults ? kExitFailed : kExitOk;

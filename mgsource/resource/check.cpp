@@ -261,7 +261,8 @@ MgStatus Checker::LookAtIds(Span* ids, int64_t n) {
     return MgNoError;
 }
 
-// Data that no reference uses, and references that share or overlap data.
+// References that share or overlap data, and data that no reference uses; the last only in a
+// file without faults, where a resource that can't be loaded would leave a false gap.
 MgStatus Checker::LookAtData(Span* spans, int64_t n) {
     std::stable_sort(spans, spans + n,
                      [](const Span& a, const Span& b) { return a.start < b.start; });
@@ -276,12 +277,12 @@ MgStatus Checker::LookAtData(Span* spans, int64_t n) {
                    static_cast<long long>(spans[i - 1].entryAt));
         else if (s.start < reached)
             Notice(s.entryAt + 12, "data overlaps the data of another reference");
-        else if (s.start > reached)
+        else if (s.start > reached && !sum->faults)
             Notice(reached, "%lld bytes of data that no reference uses",
                    static_cast<long long>(s.start - reached));
         reached = std::max(reached, s.end);
     }
-    if (reached < end)
+    if (reached < end && !sum->faults)
         Notice(reached, "%lld bytes of data that no reference uses",
                static_cast<long long>(end - reached));
     return MgNoError;
