@@ -1,17 +1,30 @@
 // Reading a resource file whole and checking it with the library.
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 
 #include "mgrsrc/mgrsrc.h"
 
 namespace {
 
-void KeepFinding(void* context, const RCheckFinding* finding) {
-    static_cast<Image*>(context)->findings.push_back(*finding);
+struct Loading {
+    Image* image;
+    bool keepFindings;
+    const EachResource* each;
+};
+
+void KeepFinding(void* context, const RCheckFinding* f) {
+    auto* loading = static_cast<Loading*>(context);
+    auto& findings = loading->image->findings;
+    // The first fault is needed for messages even when the findings aren't kept.
+    if (loading->keepFindings || (!f->notice && findings.empty())) findings.push_back(*f);
 }
 
 void KeepResource(void* context, const RCheckedRef* ref) {
+    auto* loading = static_cast<Loading*>(context);
+    if (*loading->each) {
+        (*loading->each)(*ref);
+        return;
+    }
     Resource r;
     r.type = ref->type;
     r.id = ref->id;
@@ -21,7 +34,7 @@ void KeepResource(void* context, const RCheckedRef* ref) {
     r.entryAt = ref->entryAt;
     r.dataAt = ref->dataAt;
     r.size = ref->size;
-    static_cast<Image*>(context)->resources.push_back(std::move(r));
+    loading->image->resources.push_back(std::move(r));
 }
 
 std::string OffsetText(int64_t offset) {
@@ -34,7 +47,7 @@ std::string OffsetText(int64_t offset) {
 }  // namespace
 
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
-               Image* image) {
+               Image* image, const EachResource& each) {
     image->path = path;
     std::ifstream in(path, std::ios::binary);
     if (in) {
@@ -42,26 +55,23 @@ bool LoadImage(const std::string& command, const std::string& path, bool keepFin
         const std::streamoff size = in.tellg();
         in.seekg(0, std::ios::beg);
         if (size >= 0) {
-            image->bytes.resize(size_t(size));
-            in.read(reinterpret_cast<char*>(image->bytes.data()), size);
+            // Not cleared first: the read fills it.
+            image->bytes = std::make_unique_for_overwrite<uint8_t[]>(size_t(size) + 1);
+            image->length = size;
+            in.read(reinterpret_cast<char*>(image->bytes.get()), size);
         }
     }
     if (!in) {
         std::fprintf(stderr, "mgrsrc %s: cannot read %s\n", command.c_str(), path.c_str());
         return false;
     }
+    Loading loading{image, keepFindings, &each};
     RCheckSink sink{};
-    sink.context = image;
-    sink.finding = keepFindings ? KeepFinding : nullptr;
+    sink.context = &loading;
+    sink.finding = KeepFinding;
     sink.resource = KeepResource;
     sink.notices = notices;
-    // The first fault is needed for messages even when the findings aren't kept.
-    if (!keepFindings)
-        sink.finding = [](void* context, const RCheckFinding* f) {
-            auto* img = static_cast<Image*>(context);
-            if (!f->notice && img->findings.empty()) img->findings.push_back(*f);
-        };
-    if (RCheckBytes(image->bytes.data(), int64_t(image->bytes.size()), &sink, &image->summary)) {
+    if (RCheckBytes(image->bytes.get(), image->length, &sink, &image->summary)) {
         std::fprintf(stderr, "mgrsrc %s: out of memory checking %s\n", command.c_str(),
                      path.c_str());
         return false;

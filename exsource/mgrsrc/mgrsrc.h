@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,17 +32,20 @@ struct Resource {
 // A resource file in memory, as the library's check sees it.
 struct Image {
     std::string path;
-    std::vector<uint8_t> bytes;
+    std::unique_ptr<uint8_t[]> bytes;
+    int64_t length = 0;
     RCheckSummary summary{};
-    std::vector<Resource> resources;
-    std::vector<RCheckFinding> findings;  // kept only when asked for
-    const uint8_t* Data(const Resource& r) const { return bytes.data() + r.dataAt; }
+    std::vector<Resource> resources;      // unless each resource went to a callback
+    std::vector<RCheckFinding> findings;  // all when asked for, else the first fault
+    const uint8_t* Data(const Resource& r) const { return bytes.get() + r.dataAt; }
 };
 
-// Reads `path` whole and checks it; `notices` also looks for the suspicious. False, with a
-// message on standard error, when the file can't be read or memory runs out.
+// Reads `path` whole and checks it; `notices` also looks for the suspicious. Each resource
+// goes to `each` when given, else into image->resources. False, with a message on standard
+// error, when the file can't be read or memory runs out.
+using EachResource = std::function<void(const RCheckedRef&)>;
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
-               Image* image);
+               Image* image, const EachResource& each = nullptr);
 // False, with a message naming the first fault, when the reader wouldn't open the file.
 bool RequireSound(const std::string& command, const Image& image);
 // The first fault of an image, as a text with its offset.
@@ -48,6 +53,11 @@ std::string FirstFault(const Image& image);
 
 // Text forms. A type is its four characters, with \xHH for any that isn't printable ASCII.
 std::string TypeText(ResType type);
+// The same forms appended, for long listings.
+void AppendType(std::string* out, ResType type);
+void AppendName(std::string* out, const uint8_t* pstr);  // "name", or - for null
+void AppendAttrWords(std::string* out, int32_t attrs);
+void AppendJsonString(std::string* out, const char* bytes, size_t n);
 std::string QuotedName(const Resource& r);  // "name" with escapes, or - for none
 std::string AttrWords(int32_t attrs);       // none, or e.g. protected,changed,0x40
 std::string JsonString(const std::string& bytes);

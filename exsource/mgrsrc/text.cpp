@@ -8,25 +8,24 @@
 namespace {
 
 void AppendHex(std::string* out, const char* prefix, uint8_t byte) {
-    char hex[8];
-    std::snprintf(hex, sizeof hex, "%s%02X", prefix, byte);
-    *out += hex;
+    static const char kDigits[] = "0123456789ABCDEF";
+    *out += prefix;
+    *out += kDigits[byte >> 4];
+    *out += kDigits[byte & 15];
 }
 
-std::string Escaped(const char* bytes, size_t n, char quote) {
-    std::string out;
+void AppendEscaped(std::string* out, const char* bytes, size_t n, char quote) {
     for (size_t i = 0; i < n; ++i) {
         const uint8_t c = uint8_t(bytes[i]);
         if (c == '\\' || (quote && c == uint8_t(quote))) {
-            out += '\\';
-            out += char(c);
+            *out += '\\';
+            *out += char(c);
         } else if (c < 0x20 || c > 0x7E) {
-            AppendHex(&out, "\\x", c);
+            AppendHex(out, "\\x", c);
         } else {
-            out += char(c);
+            *out += char(c);
         }
     }
-    return out;
 }
 
 bool Portable(uint8_t c) {
@@ -35,20 +34,38 @@ bool Portable(uint8_t c) {
 
 }  // namespace
 
+void AppendType(std::string* out, ResType type) {
+    AppendEscaped(out, reinterpret_cast<const char*>(&type), 4, 0);
+}
+
 std::string TypeText(ResType type) {
-    return Escaped(reinterpret_cast<const char*>(&type), 4, 0);
+    std::string out;
+    AppendType(&out, type);
+    return out;
+}
+
+void AppendName(std::string* out, const uint8_t* pstr) {
+    if (!pstr) {
+        *out += '-';
+        return;
+    }
+    *out += '"';
+    AppendEscaped(out, reinterpret_cast<const char*>(pstr + 1), pstr[0], '"');
+    *out += '"';
 }
 
 std::string QuotedName(const Resource& r) {
     if (!r.named) return "-";
-    return '"' + Escaped(r.name.data(), r.name.size(), '"') + '"';
+    std::string out = "\"";
+    AppendEscaped(&out, r.name.data(), r.name.size(), '"');
+    return out + '"';
 }
 
-std::string AttrWords(int32_t attrs) {
-    std::string out;
-    auto add = [&out](const char* word) {
-        if (!out.empty()) out += ',';
-        out += word;
+void AppendAttrWords(std::string* out, int32_t attrs) {
+    const size_t start = out->size();
+    auto add = [out, start](const char* word) {
+        if (out->size() > start) *out += ',';
+        *out += word;
     };
     if (attrs & RAttrProtected) add("protected");
     if (attrs & RAttrChanged) add("changed");
@@ -57,25 +74,37 @@ std::string AttrWords(int32_t attrs) {
         std::snprintf(hex, sizeof hex, "0x%X", rest);
         add(hex);
     }
-    return out.empty() ? "none" : out;
+    if (out->size() == start) *out += "none";
+}
+
+std::string AttrWords(int32_t attrs) {
+    std::string out;
+    AppendAttrWords(&out, attrs);
+    return out;
 }
 
 // Bytes above 7F are taken as the code points of the same number: the format's text is
 // 8-bit, and no code page is recorded in the file.
-std::string JsonString(const std::string& bytes) {
-    std::string out = "\"";
-    for (const char ch : bytes) {
-        const uint8_t c = uint8_t(ch);
+void AppendJsonString(std::string* out, const char* bytes, size_t n) {
+    *out += '"';
+    for (size_t i = 0; i < n; ++i) {
+        const uint8_t c = uint8_t(bytes[i]);
         if (c == '"' || c == '\\') {
-            out += '\\';
-            out += ch;
+            *out += '\\';
+            *out += char(c);
         } else if (c < 0x20 || c > 0x7E) {
-            AppendHex(&out, "\\u00", c);
+            AppendHex(out, "\\u00", c);
         } else {
-            out += ch;
+            *out += char(c);
         }
     }
-    return out + '"';
+    *out += '"';
+}
+
+std::string JsonString(const std::string& bytes) {
+    std::string out;
+    AppendJsonString(&out, bytes.data(), bytes.size());
+    return out;
 }
 
 std::string SafeFileName(ResType type, int32_t id) {

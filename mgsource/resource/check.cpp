@@ -168,6 +168,7 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
     const int32_t types = BigAt(map + typeList) + 1;
     int64_t total = 0;
     for (int32_t i = 0; i < types; ++i) total += int64_t{BigAt(map + typeList + 8 + 12 * i)} + 1;
+    sum->resources = int32_t(total);
     Span* spans = nullptr;
     Span* ids = nullptr;
     if (sink && sink->notices && total > 0) {
@@ -238,7 +239,6 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
                        "id %d out of order in a version-%d file: lookups by id may miss it", res.id,
                        h.version);
             if (ids) ids[n++] = {(int64_t{i} << 32) | uint32_t(res.id ^ INT32_MIN), 0, entryAt};
-            ++sum->resources;
             if (sink && sink->resource) sink->resource(sink->context, &res);
         }
     }

@@ -38,7 +38,8 @@ typedef struct RCheckSummary {
     MgStatus openStatus;   // what opening for reading gives: 0 when it opens
     int32_t faults;
     int32_t notices;
-    int32_t resources;  // references reported to the sink
+    // References of a map with sound lists, known before the first goes to the sink.
+    int32_t resources;
 } RCheckSummary;
 
 // Checks `length` bytes of a resource file. 0 when the check ran (the summary says what it
