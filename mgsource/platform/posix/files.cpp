@@ -17,6 +17,7 @@
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
 #include "platform/posix/files_internal.h"
+#include "platform/posix/lasterror.h"
 
 namespace plat {
 namespace {
@@ -40,6 +41,18 @@ bool FailInjected(int32_t status) {
     gLast = {0, status};
     return false;
 }
+
+}  // namespace
+
+bool RecordInjectedFailure(int32_t status) {
+    return FailInjected(status);
+}
+
+bool RecordErrno(int code) {
+    return Fail(code);
+}
+
+namespace {
 
 int Fd(int32_t ref) {
     return ref - 1;
@@ -241,6 +254,7 @@ int32_t LastErrorStatus() {
     if (gLast.injected) return gLast.injected;
     switch (gLast.code) {
         case kSharingConflict:
+        case EAGAIN:  // a range held by another lock
         case EACCES:
         case EPERM:
         case EROFS:
