@@ -4,11 +4,11 @@
 
 extern "C" {
 
-MgStatus FMReplaceBegin(FileRef ref, FileRef* temp) {
+MgStatus FMReplaceBegin(FileRef ref, int32_t sizeHint, FileRef* temp) {
     *temp = 0;
     if (ref == 0) return MgBadArgument;
     int32_t t = 0;
-    if (!plat::ReplaceBegin(ref, &t)) return FMapLastError();
+    if (!plat::ReplaceBegin(ref, sizeHint, &t)) return FMapLastError();
     *temp = t;
     return MgNoError;
 }
@@ -23,6 +23,10 @@ MgStatus FMReplaceCommit(FileRef* ref, FileRef temp) {
 
 void FMReplaceAbandon(FileRef temp) {
     if (temp) plat::ReplaceAbandon(temp);
+}
+
+void FMReplaceDoneReading(FileRef ref) {
+    if (ref) plat::ReleaseCachedPages(ref);
 }
 
 }  // extern "C"

@@ -62,13 +62,17 @@ uint32_t CreationMask();
 // new empty file beside the one open as `ref`, with its permissions, open for reading and
 // writing. The caller fills and flushes it; ReplaceCommit then puts it in the old file's place
 // in one step and leaves `*ref` referring to the new file, with the same access and share
-// mode. After a failed commit the old file is in place and `*ref` refers to it. Either way `*ref`
-// may come back with another value where the host can't keep it.
-// ReplaceAbandon closes and removes a new file that isn't wanted. Files whose name the
-// backend doesn't know (opened for reading only) can't be replaced.
-bool ReplaceBegin(int32_t ref, int32_t* tempRef);
+// mode. Space for `sizeHint` bytes is claimed ahead where the host can (a hint: the file's
+// length stays 0). After a failed commit the old file is in place and `*ref` refers to it. Either
+// way `*ref` may come back with another value where the host can't keep it. ReplaceAbandon closes
+// and removes a new file that isn't wanted. Files whose name the backend doesn't know (opened for
+// reading only) can't be replaced.
+bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef);
 bool ReplaceCommit(int32_t* ref, int32_t tempRef);
 void ReplaceAbandon(int32_t tempRef);
+// A hint that the file open as `ref` won't be read again soon: its cached pages may go now,
+// so that a new file written next takes their memory rather than fresh memory.
+void ReleaseCachedPages(int32_t ref);
 
 // The status of the platform's last error: the meanings of the file manager's status table.
 int32_t LastErrorStatus();

@@ -156,6 +156,16 @@ MgStatus RWriteMap(ResFileEntry* entry, FileRef out, int32_t dataSize, ResRefEnt
     return status;
 }
 
+// At most what the new file takes: the old file, the changed data and the map.
+int32_t NewFileBound(const ResFileEntry* entry, ResRefEntry** refs, int32_t clean, int32_t total) {
+    int32_t length = 0;
+    if (FGetEOF(entry->fileRef, &length)) return 0;
+    int64_t bound = int64_t{length} + MemHandleSize(entry->mapHandle);
+    for (int32_t i = clean; i < total; ++i)
+        if (Handle h = DataHandle(refs[i])) bound += int64_t{DataSize(h)} + 8;
+    return bound > INT32_MAX ? INT32_MAX : static_cast<int32_t>(bound);
+}
+
 // Whether an in-place pass can run without overwriting data it has yet to read: every
 // unchanged resource, in offset order, must start behind the one before it ends (no shared or
 // overlapping data) and no earlier than where it is going. Reads only size words.
@@ -228,7 +238,8 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     const int32_t clean = RPartitionChanged(refs, total);
     RSortByOffset(refs, clean);
     FileRef out = 0;
-    const bool replacing = FMReplaceBegin(entry->fileRef, &out) == MgNoError;
+    const bool replacing =
+        FMReplaceBegin(entry->fileRef, NewFileBound(entry, refs, clean, total), &out) == MgNoError;
     MgStatus status = MgNoError;
     if (!replacing) {
         out = entry->fileRef;
@@ -253,6 +264,9 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     if (!status && replacing && pos > 0)
         status = CopyBytes(entry->fileRef, oldHeader.dataOffset, out, kHeaderSize, pos);
     for (; !status && i < total; ++i) {
+        // Changed resources come from their handles: the old file has been read for the last
+        // time, and the memory of its cache is better spent on the new one.
+        if (replacing && i == clean) FMReplaceDoneReading(entry->fileRef);
         int32_t written = 0;
         if ((status = RMoveData(entry, out, refs[i], kHeaderSize + pos, &written))) break;
         newOffsets[i] = pos;

@@ -54,8 +54,17 @@ inline const std::vector<Spoiled>& BadMaps() {
         {"reference list over the map header",
          [](Bytes& b) { PutMap32(b, kTypeA + 8, uint32_t(-40)); }, MgIOError},
         {"type list inside the map header", [](Bytes& b) { PutMap32(b, 44, 40); }, MgIOError},
-        {"type list not on a word", [](Bytes& b) { PutMap32(b, 44, 53); }, MgIOError},
-        {"reference list not on a word", [](Bytes& b) { PutMap32(b, kTypeA + 8, 30); }, MgIOError},
+        // Everything from the type list on moves up by 2, so that only the alignment is wrong.
+        {"type list not on a word",
+         [](Bytes& b) {
+             const uint32_t map = MapAt(b);
+             b.insert(b.begin() + map + kTypeCount, 2, 0);
+             PutMap32(b, 44, kTypeCount + 2);
+             PutMap32(b, 48, Big32At(b, map + 48) + 2);
+             PutBothHeaders(b, 20, Big32At(b, 20) + 2);
+         },
+         MgIOError},
+        {"reference list not on a word", [](Bytes& b) { PutMap32(b, kTypeB + 8, 70); }, MgIOError},
         {"type count 7FFFFFFF", [](Bytes& b) { PutMap32(b, kTypeCount, 0x7FFFFFFF); }, MgIOError},
         {"reference count 7FFFFFFF", [](Bytes& b) { PutMap32(b, kTypeA + 4, 0x7FFFFFFF); },
          MgIOError},

@@ -39,7 +39,7 @@ inline void AppendBig32(Bytes& b, uint32_t v) {
 
 // Grows `to` first and copies after, rather than a vector range insert, which GCC 12 at -O3
 // misjudges as writing out of bounds.
-inline void AppendBytes(Bytes& to, const Bytes& from) {
+inline void Append(Bytes& to, const Bytes& from) {
     const size_t at = to.size();
     to.resize(at + from.size());
     std::copy(from.begin(), from.end(), to.begin() + std::ptrdiff_t(at));
@@ -93,7 +93,7 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     PutBig32(header, 24, 32);
     PutBig32(header, 28, uint32_t(data.size()));
     Bytes file = header;
-    AppendBytes(file, data);
+    Append(file, data);
     if (!refCount) return file;
     Bytes map = header;
     map.resize(52, 0);
@@ -102,6 +102,6 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     map.insert(map.end(), typeList.begin(), typeList.end());
     map.insert(map.end(), refs.begin(), refs.end());
     map.insert(map.end(), names.begin(), names.end());
-    AppendBytes(file, map);
+    Append(file, map);
     return file;
 }

@@ -30,13 +30,16 @@ MgStatus FMFlush(FileRef ref);
 MgStatus FMFlushFile(FileRef ref);
 
 // Replacing a file whole: FMReplaceBegin makes a new empty file beside the one open as `ref`,
-// with its permissions, for the caller to fill and flush; FMReplaceCommit puts it in the old
-// one's place in one step, so that a reader finds the old file or the new one and nothing in
-// between, and leaves `*ref` open on the new file with the old access and share mode (the
-// value stays the same where the host allows). FMReplaceAbandon removes an unwanted new file.
-MgStatus FMReplaceBegin(FileRef ref, FileRef* temp);
+// with its permissions, for the caller to fill (about `sizeHint` bytes) and flush; FMReplaceCommit
+// puts it in the old one's place in one step, so that a reader finds the old file or the new one
+// and nothing in between, and leaves `*ref` open on the new file with the old access and share mode
+// (the value stays the same where the host allows). FMReplaceAbandon removes an unwanted new file.
+MgStatus FMReplaceBegin(FileRef ref, int32_t sizeHint, FileRef* temp);
 MgStatus FMReplaceCommit(FileRef* ref, FileRef temp);
 void FMReplaceAbandon(FileRef temp);
+// Tells that `ref` won't be read again in this replacement, so that its cached pages can make
+// room for the new file's. A hint: nothing observable changes.
+void FMReplaceDoneReading(FileRef ref);
 int32_t FMPermissionMask(int32_t permissions);
 MgStatus FMapLastError(void);
 MgStatus FMapErrno(int32_t notFoundIsArgument);

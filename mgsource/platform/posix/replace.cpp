@@ -37,6 +37,18 @@ bool Known(const std::vector<OpenName>& v, int fd) {
     return fd >= 0 && static_cast<size_t>(fd) < v.size() && !v[fd].path.empty();
 }
 
+// Blocks claimed in one piece before the writes come let them land in place of being
+// reserved page by page. Beyond the length, so that an early end or a full disk changes
+// nothing; truncating the file to its final length gives back what wasn't used.
+void ClaimSpace(int fd, int32_t bytes) {
+#if defined(__linux__)
+    if (bytes > 0) (void)fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, bytes);
+#else
+    (void)fd;
+    (void)bytes;
+#endif
+}
+
 }  // namespace
 
 void NoteOpenFile(int fd, const char* name, int access, int share) {
@@ -52,7 +64,7 @@ void ForgetOpenFile(int fd) {
     if (fd >= 0 && static_cast<size_t>(fd) < gOpen.size()) gOpen[fd] = OpenName{};
 }
 
-bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
+bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef) {
     *tempRef = 0;
     if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
     const int fd = ref - 1;
@@ -72,6 +84,7 @@ bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
         unlink(temp.c_str());
         return FailWithErrno(code);
     }
+    ClaimSpace(t, sizeHint);
     if (static_cast<size_t>(t) >= gTempPath.size()) gTempPath.resize(t + 1);
     gTempPath[t] = temp;
     *tempRef = t + 1;
@@ -116,6 +129,10 @@ void ReplaceAbandon(int32_t tempRef) {
     close(t);
     unlink(gTempPath[t].c_str());
     gTempPath[t].clear();
+}
+
+void ReleaseCachedPages(int32_t ref) {
+    (void)posix_fadvise(ref - 1, 0, 0, POSIX_FADV_DONTNEED);
 }
 
 }  // namespace plat

@@ -56,7 +56,8 @@ void ForgetOpenFile(int32_t ref) {
     gOpen.erase(ref);
 }
 
-bool ReplaceBegin(int32_t ref, int32_t* tempRef) {
+bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef) {
+    (void)sizeHint;
     *tempRef = 0;
     if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
     auto it = gOpen.find(ref);
@@ -122,5 +123,8 @@ void ReplaceAbandon(int32_t tempRef) {
     DeleteFileA(temp->second.c_str());
     gTempPath.erase(temp);
 }
+
+// The cache manager has no call to drop one file's pages; nothing to do.
+void ReleaseCachedPages(int32_t) {}
 
 }  // namespace plat
