@@ -42,7 +42,7 @@ const std::map<std::string, uint32_t> kMapFaultAt = {
     {"reference list over the map header", kTypeA + 8},
     {"type list inside the map header", 44},
     {"type list not on a word", 44},
-    {"reference list not on a word", kTypeA + 8},
+    {"reference list not on a word", kTypeB + 8},
     {"type count 7FFFFFFF", kTypeCount},
     {"reference count 7FFFFFFF", kTypeA + 8},
     {"reference count below -1", kTypeB + 4},
