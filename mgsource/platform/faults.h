@@ -16,8 +16,8 @@ int64_t AllocationCount();
 int64_t LiveBlockCount();
 // File operations that tests can fail and count. kFileListNext is the step of a directory
 // listing to its next entry: failing it makes the listing end in a failure midway.
-// kFileReplace counts the making of a new file to replace an open one and the step that
-// puts it in the old one's place.
+// kFileReplace counts the making of a new file to replace an open one and the step that puts
+// it in the old one's place.
 enum FileOp {
     kFileRead,
     kFileWrite,

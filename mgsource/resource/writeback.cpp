@@ -257,9 +257,11 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     for (; !status && keepPrefix && i < clean && refs[i]->dataOffset == pos; ++i) {
         int32_t size;
         if ((status = RReadDataSize(entry, pos, &size))) break;
-        if (size < 0) status = MgEndOfFile;
+        // A size word from the file is held to the data section before it counts.
+        const int64_t end = int64_t{pos} + 4 + ((int64_t{size} + 3) & ~int64_t{3});
+        if (size < 0 || end > oldHeader.dataSize + int64_t{3}) status = MgEndOfFile;
         newOffsets[i] = pos;
-        pos += ((size + 3) & ~3) + 4;
+        pos = static_cast<int32_t>(end);
     }
     if (!status && replacing && pos > 0)
         status = CopyBytes(entry->fileRef, oldHeader.dataOffset, out, kHeaderSize, pos);

@@ -20,16 +20,6 @@ Bytes Fill(size_t size, int32_t seed) {
 
 class ReplaceTest : public ResourceTest {
   protected:
-    // In memory where the host has such a file system: every pass here flushes, and a disk
-    // would make the many runs slow without changing what they show.
-    void SetUp() override {
-        ResourceTest::SetUp();
-        char pattern[] = "/dev/shm/mgres.XXXXXX";
-        if (mkdtemp(pattern)) {
-            std::filesystem::remove_all(dir_);
-            dir_ = pattern;
-        }
-    }
     // Old or new, by everything the file holds; "neither" when it doesn't open or differs
     // from both.
     std::string Which(const std::vector<TypeLayout>& older, const std::vector<TypeLayout>& newer) {

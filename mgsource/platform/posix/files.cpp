@@ -162,14 +162,6 @@ bool MoveDescriptor(int fd, int from, int markerFd) {
     return true;
 }
 
-bool FailWithErrno(int code) {
-    return Fail(code);
-}
-
-bool FailWithStatus(int32_t status) {
-    return FailInjected(status);
-}
-
 bool CloseFile(int32_t ref) {
     int fd = Fd(ref);
     ForgetOpenFile(fd);

@@ -1,5 +1,5 @@
 // What the POSIX file backend shares between its files: the names of open files, for
-// replacing them whole, and the share markers and error state of files.cpp.
+// replacing them whole, and the share markers of files.cpp.
 #pragma once
 
 #include <stdint.h>
@@ -16,8 +16,5 @@ void HoldShareMarkers(int fd, int access, int share);
 // files.cpp: makes `fd` refer to the open file of `from` (then closed), whose markers are
 // held on `markerFd` when that isn't -1.
 bool MoveDescriptor(int fd, int from, int markerFd);
-// files.cpp: record an error for LastErrorStatus; both return false.
-bool FailWithErrno(int code);
-bool FailWithStatus(int32_t status);
 
 }  // namespace plat

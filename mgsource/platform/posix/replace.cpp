@@ -16,6 +16,7 @@
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
 #include "platform/posix/files_internal.h"
+#include "platform/posix/lasterror.h"
 
 namespace plat {
 namespace {
@@ -66,23 +67,23 @@ void ForgetOpenFile(int fd) {
 
 bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef) {
     *tempRef = 0;
-    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return RecordInjectedFailure(status);
     const int fd = ref - 1;
-    if (!Known(gOpen, fd)) return FailWithErrno(EINVAL);
+    if (!Known(gOpen, fd)) return RecordErrno(EINVAL);
     struct stat st;
-    if (fstat(fd, &st) != 0) return FailWithErrno(errno);
+    if (fstat(fd, &st) != 0) return RecordErrno(errno);
     const std::string& path = gOpen[fd].path;
     const size_t slash = path.rfind('/');
     std::string temp = path.substr(0, slash + 1) + "." + path.substr(slash + 1) + ".XXXXXX";
     const int t = mkostemp(temp.data(), O_CLOEXEC);
-    if (t < 0) return FailWithErrno(errno);
+    if (t < 0) return RecordErrno(errno);
     // Owner first: changing it may clear the set-id bits that the mode then restores.
     (void)fchown(t, st.st_uid, st.st_gid);
     if (fchmod(t, st.st_mode & 07777) != 0) {
         const int code = errno;
         close(t);
         unlink(temp.c_str());
-        return FailWithErrno(code);
+        return RecordErrno(code);
     }
     ClaimSpace(t, sizeHint);
     if (static_cast<size_t>(t) >= gTempPath.size()) gTempPath.resize(t + 1);
@@ -95,8 +96,8 @@ bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
     const int fd = *ref - 1, t = tempRef - 1;
     if (!Known(gOpen, fd) || t < 0 || static_cast<size_t>(t) >= gTempPath.size() ||
         gTempPath[t].empty())
-        return FailWithErrno(EINVAL);
-    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+        return RecordErrno(EINVAL);
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return RecordInjectedFailure(status);
     const OpenName& old = gOpen[fd];
     const std::string& temp = gTempPath[t];
     // The markers go on before the name does, so no opener sees the new file unguarded.
@@ -110,7 +111,7 @@ bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
     if (rename(temp.c_str(), old.path.c_str()) != 0) {
         const int code = errno;
         if (markerFd >= 0) close(markerFd);
-        return FailWithErrno(code);
+        return RecordErrno(code);
     }
     gTempPath[t].clear();
     const int dir = open(DirectoryOf(old.path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -48,14 +48,6 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     return true;
 }
 
-bool FailWithStatus(int32_t status) {
-    return FailInjected(status);
-}
-
-bool FailWithLastError() {
-    return Fail();
-}
-
 bool CloseFile(int32_t ref) {
     ForgetOpenFile(ref);
     return CloseHandle(H(ref)) || Fail();

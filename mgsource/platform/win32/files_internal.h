@@ -10,8 +10,4 @@ namespace plat {
 void NoteOpenFile(int32_t ref, const char* name, int access, int share);
 void ForgetOpenFile(int32_t ref);
 
-// files.cpp: record an error for LastErrorStatus; both return false.
-bool FailWithStatus(int32_t status);
-bool FailWithLastError();
-
 }  // namespace plat

@@ -59,24 +59,24 @@ void ForgetOpenFile(int32_t ref) {
 bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef) {
     (void)sizeHint;
     *tempRef = 0;
-    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return RecordInjectedFailure(status);
     auto it = gOpen.find(ref);
     if (it == gOpen.end()) {
         SetLastError(ERROR_INVALID_PARAMETER);
-        return FailWithLastError();
+        return RecordInjectedFailure(0);
     }
     const std::string& path = it->second.path;
     const size_t slash = path.find_last_of("\\/");
     const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash);
     char temp[MAX_PATH];
-    if (GetTempFileNameA(dir.c_str(), "mg", 0, temp) == 0) return FailWithLastError();
+    if (GetTempFileNameA(dir.c_str(), "mg", 0, temp) == 0) return RecordInjectedFailure(0);
     HANDLE h = CreateFileA(temp, GENERIC_READ | GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
                            FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h == INVALID_HANDLE_VALUE) {
         const DWORD code = GetLastError();
         DeleteFileA(temp);
         SetLastError(code);
-        return FailWithLastError();
+        return RecordInjectedFailure(0);
     }
     gTempPath[Ref(h)] = temp;
     *tempRef = Ref(h);
@@ -88,9 +88,9 @@ bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
     auto temp = gTempPath.find(tempRef);
     if (it == gOpen.end() || temp == gTempPath.end()) {
         SetLastError(ERROR_INVALID_PARAMETER);
-        return FailWithLastError();
+        return RecordInjectedFailure(0);
     }
-    if (int32_t status = FileOpShouldFail(kFileReplace)) return FailWithStatus(status);
+    if (int32_t status = FileOpShouldFail(kFileReplace)) return RecordInjectedFailure(status);
     const OpenName old = it->second;
     const std::string tempPath = temp->second;
     CloseHandle(H(tempRef));
@@ -106,12 +106,12 @@ bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
     if (!moved) DeleteFileA(tempPath.c_str());
     // Old or new, the name is opened again; only a failure here leaves no file behind `ref`.
     HANDLE h = Reopen(old);
-    if (h == INVALID_HANDLE_VALUE) return FailWithLastError();
+    if (h == INVALID_HANDLE_VALUE) return RecordInjectedFailure(0);
     *ref = Ref(h);
     gOpen[*ref] = old;
     if (!moved) {
         SetLastError(code);
-        return FailWithLastError();
+        return RecordInjectedFailure(0);
     }
     return true;
 }
