@@ -29,7 +29,7 @@ test-clang:
 PREFIX ?= /usr/local
 install:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
-	cmake --build $(RELEASE_DIR) --target mxsbutil mg mxhost mghost
+	cmake --build $(RELEASE_DIR) --target mxsbutil mgrsrc mg mxhost mghost
 	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)
 
 bench:

@@ -1,13 +1,15 @@
 # Install rules and package files, so that a host application can find and link the layer:
 #
 #   bin/mxsbutil                     the packager
+#   bin/mgrsrc                       lists, extracts, verifies and compares resource files
 #   lib/libmg.a                      the manager layer           (CMake: mg::mg)
 #   lib/mg/host/...                  the default host services   (CMake: mg::host, objects)
 #   lib/libmghost.a                  the same services as an archive, for other build systems
 #   include/mg/*.h                   the public headers
 #   lib/cmake/mg/                    find_package(mg)
 #   lib/pkgconfig/mg.pc              pkg-config
-#   share/man/man1/mxsbutil.1        the manual page
+#   share/man/man1/mxsbutil.1        the manual pages
+#   share/man/man1/mgrsrc.1
 #
 # The layer calls its host services (mg/host.h) and the default services call back into the
 # layer. mg::host is therefore an object library: its objects go whole into every program that
@@ -32,7 +34,7 @@ endif()
 #   -lmg -lmghost -lmg    (pkg-config --variable=host_libs mg)
 add_library(mghost STATIC $<TARGET_OBJECTS:mxhost>)
 
-install(TARGETS mxsbutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS mxsbutil mgrsrc RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS mg mxhost EXPORT mgTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         OBJECTS DESTINATION ${CMAKE_INSTALL_LIBDIR}/mg/host
@@ -59,7 +61,7 @@ string(REGEX REPLACE "/$" "" MG_PC_TO_PREFIX "${MG_PC_TO_PREFIX}")
 configure_file(cmake/mg.pc.in ${CMAKE_CURRENT_BINARY_DIR}/mg.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES doc/mxsbutil.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES doc/mxsbutil.1 doc/mgrsrc.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
 if(MG_TESTS AND NOT CMAKE_CROSSCOMPILING)
     # Installs this build into a fresh prefix, builds examples/host against it with nothing but
@@ -75,9 +77,9 @@ if(MG_TESTS AND NOT CMAKE_CROSSCOMPILING)
                      -P ${CMAKE_CURRENT_SOURCE_DIR}/cmake/install_check.cmake)
 endif()
 if(MG_TESTS)
-    # The manual page renders with no warning; skipped where groff is missing.
+    # The manual pages render with no warning; skipped where groff is missing.
     add_test(NAME manpage
-             COMMAND ${CMAKE_COMMAND} -DPAGE=${CMAKE_CURRENT_SOURCE_DIR}/doc/mxsbutil.1
+             COMMAND ${CMAKE_COMMAND} -DDOC_DIR=${CMAKE_CURRENT_SOURCE_DIR}/doc
                      -P ${CMAKE_CURRENT_SOURCE_DIR}/cmake/manpage_check.cmake)
     set_tests_properties(manpage PROPERTIES SKIP_REGULAR_EXPRESSION "groff not found")
 endif()

@@ -1,7 +1,7 @@
 # Run by ctest (install_example): install the build into a fresh prefix, build examples/host
-# against it with find_package(mg) alone, package a module with the installed mxsbutil and list
-# the package with the example. Arguments: BUILD_DIR, SOURCE_DIR, WORK_DIR, GENERATOR, CXX, CC,
-# BUILD_TYPE.
+# against it with find_package(mg) alone, package a module with the installed mxsbutil, list
+# the package with the example and verify it with the installed mgrsrc. Arguments: BUILD_DIR,
+# SOURCE_DIR, WORK_DIR, GENERATOR, CXX, CC, BUILD_TYPE.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE out
                     ERROR_VARIABLE err)
@@ -22,7 +22,8 @@ if(BUILD_TYPE)
     set(config --config ${BUILD_TYPE})
 endif()
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} ${config})
-foreach(installed bin/mxsbutil include/mg/host.h include/mg/resource.h share/man/man1/mxsbutil.1)
+foreach(installed bin/mxsbutil bin/mgrsrc include/mg/host.h include/mg/resource.h
+                  include/mg/rescheck.h share/man/man1/mxsbutil.1 share/man/man1/mgrsrc.1)
     if(NOT EXISTS ${prefix}/${installed})
         message(FATAL_ERROR "not installed: ${installed}")
     endif()
@@ -63,3 +64,5 @@ foreach(program ${programs})
         message(FATAL_ERROR "${program} printed:\n${out}\nexpected:\n${expected}")
     endif()
 endforeach()
+# The installed mgrsrc finds the package sound.
+run(${prefix}/bin/mgrsrc verify ${code}/demo.msb)

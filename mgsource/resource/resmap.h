@@ -76,6 +76,10 @@ MgStatus ReadHeaderWithTrailer(FileRef ref, bool tryTrailer, ResFileHeader* head
 // type list and every reference list aligned, inside the block, clear of its header and of
 // each other, with counts that fit. 6 when it isn't sound, 2 when memory runs out.
 MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize);
+// The walk behind ValidateFileMap, reporting each fault with its offset in the map to `proc`,
+// which returns true to go on. 6 when there was a fault, 2 when memory ran out, else 0.
+using MapFaultProc = bool (*)(void* context, int64_t at, const char* what);
+MgStatus CheckMapLists(const uint8_t* raw, int32_t mapSize, MapFaultProc proc, void* context);
 
 // Index from a data handle's token to its reference. Every reference with a nonzero handle
 // word is in it; entries are hints, checked against the map on every use.

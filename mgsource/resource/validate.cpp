@@ -4,6 +4,9 @@
 // block clear of its 52-byte header, and overlap nothing else, so that each word is swapped
 // once and no count changes after it was checked. Data offsets and sizes aren't looked at
 // here: they are checked, against the data section and the file's real length, on each load.
+//
+// The same walk serves opening (stop at the first fault) and RCheckBytes (every fault, with
+// where it lies), so that there is one set of rules.
 #include <algorithm>
 
 #include "mg/ansi.h"
@@ -19,6 +22,7 @@ namespace {
 
 struct Span {
     int64_t start, end;
+    int64_t entry;  // the map offset of the word that places the span
 };
 
 int32_t BigAt(const uint8_t* raw, int64_t at) {
@@ -32,54 +36,111 @@ bool Aligned(int64_t offset) {
     return (offset & 3) == 0;
 }
 
+// Passes a fault on; true when the walk is to stop.
+struct Faults {
+    MapFaultProc proc;
+    void* context;
+    bool any = false;
+    bool Report(int64_t at, const char* what) {
+        any = true;
+        return !proc(context, at, what);
+    }
+};
+
+// Why a reference list of `refs` entries at map offset `start` can't stand, or null.
+const char* ListFault(int64_t refs, int64_t start, int64_t size) {
+    if (refs < 0) return "reference count below -1";
+    if (!Aligned(start)) return "reference list not on a 4-byte boundary";
+    if (start < kMapHeaderSize) return "reference list inside the map header";
+    if (start + refs * kRefEntrySize > size) return "reference list runs past the end of the map";
+    return nullptr;
+}
+
 // The slow way for lists that don't stand in rising order: sort them all, with the type list,
-// and look at neighbours.
-MgStatus CheckDisjoint(const uint8_t* raw, int64_t typeList, int64_t types) {
+// and look at neighbours. Lists already found faulty are left out.
+MgStatus CheckDisjoint(const uint8_t* raw, int64_t size, int64_t typeList, int64_t types,
+                       Faults& faults) {
     Ptr block = MemNewPtr(static_cast<int32_t>((types + 1) * int64_t{sizeof(Span)}));
     if (!block) return MgNoMemory;
     Span* spans = reinterpret_cast<Span*>(block);
     int64_t n = 0;
-    spans[n++] = {typeList, typeList + 4 + types * kTypeEntrySize};
+    spans[n++] = {typeList, typeList + 4 + types * kTypeEntrySize, kMapTypeListOffset};
     for (int64_t i = 0; i < types; ++i) {
         const int64_t entry = typeList + 4 + i * kTypeEntrySize;
         const int64_t refs = int64_t{BigAt(raw, entry + 4)} + 1;
         const int64_t start = typeList + BigAt(raw, entry + 8);
-        if (refs > 0) spans[n++] = {start, start + refs * kRefEntrySize};
+        if (refs > 0 && !ListFault(refs, start, size))
+            spans[n++] = {start, start + refs * kRefEntrySize, entry + 8};
     }
-    std::sort(spans, spans + n, [](const Span& a, const Span& b) { return a.start < b.start; });
-    MgStatus status = MgNoError;
-    for (int64_t i = 1; i < n && !status; ++i)
-        if (spans[i].start < spans[i - 1].end) status = MgIOError;
+    std::stable_sort(spans, spans + n,
+                     [](const Span& a, const Span& b) { return a.start < b.start; });
+    int64_t end = spans[0].end;
+    for (int64_t i = 1; i < n; ++i) {
+        if (spans[i].start < end) {
+            const Span& later = spans[i].entry > spans[i - 1].entry ? spans[i] : spans[i - 1];
+            if (faults.Report(later.entry, "reference list overlaps another list of the map"))
+                break;
+        }
+        end = std::max(end, spans[i].end);
+    }
     MemDisposePtr(block);
-    return status;
+    return MgNoError;
+}
+
+bool StopAtFirst(void*, int64_t, const char*) {
+    return false;
 }
 
 }  // namespace
 
 namespace rsrc {
 
-MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize) {
+MgStatus CheckMapLists(const uint8_t* raw, int32_t mapSize, MapFaultProc proc, void* context) {
+    Faults faults{proc, context};
     const int64_t size = mapSize;
-    if (size < kMapHeaderSize + 4) return MgIOError;
+    if (size < kMapHeaderSize + 4) {
+        faults.Report(0, "map shorter than its header and type count");
+        return MgIOError;
+    }
     const int64_t typeList = BigAt(raw, kMapTypeListOffset);
-    if (typeList < kMapHeaderSize || !Aligned(typeList) || typeList + 4 > size) return MgIOError;
+    const char* where = typeList < kMapHeaderSize ? "type list inside the map header"
+                        : !Aligned(typeList)      ? "type list not on a 4-byte boundary"
+                        : typeList + 4 > size     ? "type list beyond the end of the map"
+                                                  : nullptr;
+    if (where) {
+        faults.Report(kMapTypeListOffset, where);
+        return MgIOError;
+    }
     const int64_t types = int64_t{BigAt(raw, typeList)} + 1;
     const int64_t typesEnd = typeList + 4 + types * kTypeEntrySize;
-    if (types < 0 || typesEnd > size) return MgIOError;
+    if (types < 0 || typesEnd > size) {
+        faults.Report(typeList,
+                      types < 0 ? "type count below -1" : "type list runs past the end of the map");
+        return MgIOError;
+    }
     bool rising = true;
     int64_t end = typesEnd;
     for (int64_t i = 0; i < types; ++i) {
         const int64_t entry = typeList + 4 + i * kTypeEntrySize;
         const int64_t refs = int64_t{BigAt(raw, entry + 4)} + 1;
         const int64_t start = typeList + BigAt(raw, entry + 8);
-        if (refs < 0) return MgIOError;
         if (refs == 0) continue;
         const int64_t listEnd = start + refs * kRefEntrySize;
-        if (!Aligned(start) || start < kMapHeaderSize || listEnd > size) return MgIOError;
+        if (const char* fault = ListFault(refs, start, size)) {
+            if (faults.Report(refs < 0 ? entry + 4 : entry + 8, fault)) break;
+            continue;
+        }
         if (start < end) rising = false;
         end = std::max(end, listEnd);
     }
-    return rising ? MgNoError : CheckDisjoint(raw, typeList, types);
+    if (!rising && !(faults.any && proc == StopAtFirst)) {
+        if (MgStatus status = CheckDisjoint(raw, size, typeList, types, faults)) return status;
+    }
+    return faults.any ? MgIOError : MgNoError;
+}
+
+MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize) {
+    return CheckMapLists(raw, mapSize, StopAtFirst, nullptr);
 }
 
 }  // namespace rsrc

@@ -3,8 +3,6 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

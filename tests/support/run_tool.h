@@ -1,4 +1,4 @@
-// Runs the built mxsbutil in a directory and collects its status and standard streams.
+// Runs the built tools in a directory and collects their statuses and standard streams.
 #pragma once
 
 #include <fcntl.h>
@@ -24,8 +24,9 @@ inline std::string SlurpFile(const std::filesystem::path& p) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// Runs the tool with `args` (argv[1]...) in `dir`, stdout and stderr captured into files.
-inline ToolResult RunTool(const std::vector<std::string>& args, const std::filesystem::path& dir) {
+// Runs `program` with `args` (argv[1]...) in `dir`, stdout and stderr captured into files.
+inline ToolResult RunProgram(const char* program, const std::vector<std::string>& args,
+                             const std::filesystem::path& dir) {
     auto outPath = dir / ".tool.out", errPath = dir / ".tool.err";
     pid_t pid = fork();
     if (pid == 0) {
@@ -35,10 +36,10 @@ inline ToolResult RunTool(const std::vector<std::string>& args, const std::files
         dup2(o, 1);
         dup2(e, 2);
         std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(MXSBUTIL_PATH));
+        argv.push_back(const_cast<char*>(program));
         for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
-        execv(MXSBUTIL_PATH, argv.data());
+        execv(program, argv.data());
         _exit(127);
     }
     int wstatus = 0;
@@ -50,6 +51,11 @@ inline ToolResult RunTool(const std::vector<std::string>& args, const std::files
     std::filesystem::remove(outPath);
     std::filesystem::remove(errPath);
     return r;
+}
+
+// Runs the built mxsbutil.
+inline ToolResult RunTool(const std::vector<std::string>& args, const std::filesystem::path& dir) {
+    return RunProgram(MXSBUTIL_PATH, args, dir);
 }
 
 // A fresh directory under the system's temporary directory, removed with the object.
