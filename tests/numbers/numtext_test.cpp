@@ -309,6 +309,13 @@ TEST(Notation, PrefixExponent) {
     prefix = 3;
     EXPECT_EQ(Text(&v, NumFD, 101, 256, &prefix), "1.5");
     EXPECT_EQ(prefix, 6);
+    // At the limits the sum wraps in 32 bits.
+    prefix = INT32_MAX;
+    EXPECT_EQ(Text(&v, NumFD, 133, 256, &prefix), "1.50E-2147483646");
+    EXPECT_EQ(prefix, 0);
+    v = 1;
+    prefix = INT32_MIN;
+    EXPECT_EQ(Text(&v, NumFD, 133, 256, &prefix), "10.00E+2147483647");
 }
 
 TEST(NumToText, Complex) {
