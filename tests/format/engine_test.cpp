@@ -56,6 +56,16 @@ TEST(FormatEngine, Floats) {
     });
 }
 
+// Widths are read into 32 bits with no limit check: a longer run wraps, and a width that
+// wraps to a negative number pads nothing.
+TEST(FormatEngine, WidthsThatWrap) {
+    ExpectAll({
+        {Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"},
+        {Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"},
+        {Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"},
+    });
+}
+
 TEST(FormatEngine, StringsCharactersPointsRectangles) {
     const char* text = "abcdef";
     uint8_t pstr[] = {3, 'x', 'y', 'z'};
