@@ -37,11 +37,23 @@ void FromText(const std::string& text, int32_t syntax) {
     if (status == MgNoError && path) {
         bool ok;
         std::vector<uint8_t> written = Text(path, syntax, &ok);
+        written.push_back(0);  // never a null pointer, also for the empty text
         Path again = nullptr;
-        if (ok && FTextToPathSyntax(written.data(), static_cast<int32_t>(written.size()), &again,
-                                    syntax) == MgNoError) {
+        if (ok && FTextToPathSyntax(written.data(), static_cast<int32_t>(written.size() - 1),
+                                    &again, syntax) == MgNoError) {
             // Text that reads gives a normalised path; its own text reads as the same value.
-            if (FPathFirstDifference(path, again) != 0) abort();
+            // Not so for network paths (a share name may be empty, and a POSIX name that
+            // starts with a backslash makes one, whose text has no leading '/'), nor for a
+            // Windows path whose first name holds a colon: it reads back as a volume and more
+            // (`.:a:b` gives the volume `a:b`).
+            int32_t kind = PathKindNone;
+            FPathKind(path, &kind);
+            uint8_t first[256] = {};
+            FNameAt(path, 0, first);
+            bool volumeLike =
+                syntax == PathSyntaxWindows && memchr(first + 1, ':', first[0]) != nullptr;
+            if (kind != PathKindUNC && !volumeLike && FPathFirstDifference(path, again) != 0)
+                abort();
         }
         FPathRelease(again);
         std::vector<char> native(FNativeNameBufferSize);
