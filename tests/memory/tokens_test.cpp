@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <vector>
 
 #include "memory_env.h"
@@ -52,7 +53,8 @@ TEST_F(TokensTest, NamesHandlesInEveryBlock) {
             for (int32_t slot : {0, mgmem::kMastersPerBlock - 1}) {
                 Handle h = &block->slots[slot];
                 uint8_t* saved = *h;
-                uint8_t fake[1];
+                // Real blocks are aligned, and the layer refuses an odd address as a block.
+                alignas(std::max_align_t) uint8_t fake[16];
                 *h = fake;  // live for the test's purposes
                 uint32_t t = MemHandleToken(h);
                 EXPECT_NE(t, 0u);
