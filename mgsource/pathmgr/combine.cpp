@@ -8,26 +8,30 @@ using namespace pathmgr;
 namespace {
 
 // Collapses every name that is followed by an up-level component, in one pass over the block,
-// and returns the bytes kept; *count is set to the components kept.
+// and returns the bytes kept; *count is set to the components kept. With `dropAtRoot`, an
+// up-level component that finds no name to collapse is dropped: the root is its own parent.
 //
 // The kept components form a stack at the front of the block: up-level components first, then
 // names. While the pass runs, a kept name is held with its length byte behind its characters,
 // so that an up-level component can take the last name off in constant time; the names are
 // turned back into PStrs at the end. Collapsing pairs in any order gives the same result as
 // collapsing the first pair again and again, since a name and its up-level component only
-// meet once everything between them has collapsed.
+// meet once everything between them has collapsed; and up-level components left at the front
+// never meet a name, so dropping them as they come is dropping them afterwards.
 //
 // A component that does not lie wholly inside the block reads as an up-level component (see
 // pathblock.h) but has no bytes to keep; those left over stay counted, with the bytes from
 // the first of them kept behind the stack, as they were.
-int32_t Collapse(uint8_t* block, int32_t size, int32_t* count) {
+int32_t Collapse(uint8_t* block, int32_t size, int32_t* count, bool dropAtRoot) {
     int32_t read = kHeaderSize, write = kHeaderSize, ups = 0, names = 0, i = 0;
     for (; i < *count; ++i) {
         if (read >= size || read + 1 + block[read] > size) break;
         int32_t length = block[read];
         if (length == 0 && names == 0) {
-            block[write++] = 0;
-            ++ups;
+            if (!dropAtRoot) {
+                block[write++] = 0;
+                ++ups;
+            }
             ++read;
         } else if (length == 0) {
             write -= block[write - 1] + 1;
@@ -43,6 +47,7 @@ int32_t Collapse(uint8_t* block, int32_t size, int32_t* count) {
     }
     int32_t missing = *count - i;
     for (; missing > 0 && names > 0; --missing, --names) write -= block[write - 1] + 1;
+    if (dropAtRoot) missing = 0;
     // Back to PStrs, from the last name down.
     for (int32_t end = write, n = names; n > 0; --n) {
         int32_t length = block[end - 1];
@@ -63,12 +68,18 @@ int32_t Collapse(uint8_t* block, int32_t size, int32_t* count) {
 }  // namespace
 
 MgStatus FPathNormalize(Path path) {
+    return FPathNormalizeSyntax(path, FHostPathSyntax());
+}
+
+MgStatus FPathNormalizeSyntax(Path path, int32_t syntax) {
     if (!FPathValid(path)) return MgBadArgument;
     int32_t kind = KindOf(path);
     // A not-a-path's names are never walked; its count may be anything.
     if (kind == PathKindNone) return MemResizeHandle(path, FPathByteSize(path));
     int32_t count = CountOf(path);
-    int32_t size = Collapse(*path, MemHandleSize(path), &count);
+    // Under POSIX rules the root is its own parent: a rooted path never climbs above it.
+    bool dropAtRoot = syntax == PathSyntaxPosix && IsRootedKind(kind);
+    int32_t size = Collapse(*path, MemHandleSize(path), &count, dropAtRoot);
     WriteCount(*path, count);
     if (IsRootedKind(kind) && count >= 1) {
         ConstPStr first = NameAtOffset(*path, size, kHeaderSize);

@@ -13,11 +13,14 @@ struct FaultState {
     int64_t failFileAt[kFileOpCount] = {};
     int32_t failFileStatus[kFileOpCount] = {};
     int64_t fileCount[kFileOpCount] = {};
+    bool (*shortcutResolver)(char* name) = nullptr;
     bool currentDirectorySet = false;
     char currentDirectory[4096] = {};
 };
 
 extern FaultState gFaults;
+// Blocks allocated and not freed; kept apart from gFaults, which ResetFaults clears.
+extern int64_t gLiveBlocks;
 
 // Counts one allocation and says whether it is the one armed to fail.
 bool AllocationShouldFail();
@@ -26,5 +29,8 @@ int32_t FileOpShouldFail(FileOp op);
 // When a test has set a current directory, copies it as CurrentDirectory would and returns
 // true, with the length (0 when it does not fit) in *length.
 bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length);
+// Records a failure injected by a test, so that LastErrorStatus reports `status`; returns
+// false. Each backend implements it beside its last error.
+bool RecordInjectedFailure(int32_t status);
 
 }  // namespace plat
