@@ -50,6 +50,25 @@ void SetShortcutResolverForTest(bool (*resolve)(char* name)) {
     gFaults.shortcutResolver = resolve;
 }
 
+void FailGlobalNewAt(int64_t n) {
+    gFaults.failNewAt = n;
+    gFaults.newCount = 0;
+}
+
+bool GlobalNewShouldFail() {
+    ++gFaults.newCount;
+    return gFaults.failNewAt > 0 && gFaults.newCount == gFaults.failNewAt;
+}
+
+void CaptureDebuggerOutput(DebuggerSink sink, void* context) {
+    gFaults.debuggerSink = sink;
+    gFaults.debuggerContext = context;
+}
+
+void DebuggerOutputCapture(const char* text) {
+    if (gFaults.debuggerSink != nullptr) gFaults.debuggerSink(text, gFaults.debuggerContext);
+}
+
 void ResetFaults() {
     gFaults = FaultState{};
 }

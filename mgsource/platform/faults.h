@@ -30,6 +30,15 @@ void SetCurrentDirectoryForTest(const char* directory);
 // and answers true for a shortcut, so that the walk over a name's levels can be tested where
 // the host has no shortcut files; null restores the host's answer (never a shortcut).
 void SetShortcutResolverForTest(bool (*resolve)(char* name));
+// Makes the Nth call of the library's global operator new from now find no memory (1 = the
+// next one); 0 disarms. Kept apart from FailAllocationAt, which counts the memory manager's
+// blocks alone.
+void FailGlobalNewAt(int64_t n);
+// Sends every text of the debugger channel to `sink` as well (null stops it), so that tests
+// can see it on hosts where no debugger listens.
+typedef void (*DebuggerSink)(const char* text, void* context);
+void CaptureDebuggerOutput(DebuggerSink sink, void* context);
+
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

@@ -167,4 +167,58 @@ bool UniversalName(const char* name, void* buffer, uint32_t size, const char** t
 int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly);
 int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
 
+// Diagnostics output: the places the output sinks and the debug print write to.
+
+// Writes the user's temporary directory, with a trailing separator and a NUL; returns its
+// length, or 0 when it cannot be had or does not fit in `size` bytes.
+int32_t TempDirectory(char* buffer, int32_t size);
+// Hands a NUL-terminated text to an attached debugger; nothing when there is none.
+void DebuggerOutput(const char* text);
+// Gives the process a console and its output and input handles (null when none).
+void ConsoleOpen(void** output, void** input);
+// Writes `length` bytes to a console output handle; failures are ignored.
+void ConsoleWrite(void* output, const char* text, int32_t length);
+// Lets the console of ConsoleOpen go.
+void ConsoleClose();
+
+// Stack reading and naming.
+
+// Copies `size` bytes at `address` in this process into `out`. A range that is not wholly
+// readable gives false and never faults, so that a broken frame chain only ends a walk.
+// Allocates nothing.
+bool ReadOwnMemory(uintptr_t address, void* out, size_t size);
+// The platform's symbol library, loaded for one naming mode: 0 loads nothing, 1 the main
+// module's symbols alone, any other value every module's. Null when it cannot be allocated.
+struct SymbolLibrary;
+SymbolLibrary* LoadSymbolLibrary(int32_t mode);
+// Frees the object's memory; whatever it loaded stays loaded.
+void FreeSymbolLibrary(SymbolLibrary* library);
+// Writes the name of the module that holds `address`, NUL-terminated and cut to `size`;
+// false when it is unknown.
+bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size);
+// Writes the (demangled) name of the function that holds `address`, cut to `size`, and the
+// address's distance from its start; false, with *offset untouched, when it is unknown.
+bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size,
+                       uint32_t* offset);
+
+// The library's global operator new and delete.
+
+// A block of the runtime's heap for operator new, behind the fault hook FailGlobalNewAt.
+void* GlobalNewBlock(size_t size);
+void GlobalFreeBlock(void* block);
+// Registers `handler` as the runtime's allocation-failure handler where the runtime has one
+// that takes the size; returns the handler it replaces, null when none or no such runtime.
+typedef int (*SizedNewHandler)(size_t size);
+SizedNewHandler SetRuntimeNewHandler(SizedNewHandler handler);
+// The record of a hardware fault, reduced to what a stack trace needs.
+struct FaultRecord {
+    bool complete;  // both the register context and the exception record were given
+    uintptr_t framePointer;
+    uintptr_t address;
+};
+// Registers `translator` for the calling thread, to turn hardware faults into C++
+// exceptions; false when the runtime offers no translator. `fault` may be null.
+typedef void (*FaultTranslator)(uint32_t code, const FaultRecord* fault);
+bool InstallFaultTranslator(FaultTranslator translator);
+
 }  // namespace plat
