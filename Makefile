@@ -39,7 +39,7 @@ bench:
 	@sh bench/package_256m.sh $(RELEASE_DIR)/mxsbutil
 
 format:
-	find exsource mgsource tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format -i
+	find exsource mgsource tests bench fuzz -name '*.cpp' -o -name '*.h' | xargs clang-format -i
 
 clean:
 	rm -rf build

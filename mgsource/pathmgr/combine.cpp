@@ -7,19 +7,62 @@ using namespace pathmgr;
 
 namespace {
 
-// Index of the first up-level component that follows a name, or -1.
-int32_t FindCollapsible(const uint8_t* block, int32_t size, int32_t count) {
-    int32_t offset = kHeaderSize;
-    int32_t i = 0;
-    while (i < count && NameAtOffset(block, size, offset)[0] == 0) {
-        offset = SkipName(block, size, offset);
-        ++i;
+// Collapses every name that is followed by an up-level component, in one pass over the block,
+// and returns the bytes kept; *count is set to the components kept. With `dropAtRoot`, an
+// up-level component that finds no name to collapse is dropped: the root is its own parent.
+//
+// The kept components form a stack at the front of the block: up-level components first, then
+// names. While the pass runs, a kept name is held with its length byte behind its characters,
+// so that an up-level component can take the last name off in constant time; the names are
+// turned back into PStrs at the end. Collapsing pairs in any order gives the same result as
+// collapsing the first pair again and again, since a name and its up-level component only
+// meet once everything between them has collapsed; and up-level components left at the front
+// never meet a name, so dropping them as they come is dropping them afterwards.
+//
+// A component that does not lie wholly inside the block reads as an up-level component (see
+// pathblock.h) but has no bytes to keep; those left over stay counted, with the bytes from
+// the first of them kept behind the stack, as they were.
+int32_t Collapse(uint8_t* block, int32_t size, int32_t* count, bool dropAtRoot) {
+    int32_t read = kHeaderSize, write = kHeaderSize, ups = 0, names = 0, i = 0;
+    for (; i < *count; ++i) {
+        if (read >= size || read + 1 + block[read] > size) break;
+        int32_t length = block[read];
+        if (length == 0 && names == 0) {
+            if (!dropAtRoot) {
+                block[write++] = 0;
+                ++ups;
+            }
+            ++read;
+        } else if (length == 0) {
+            write -= block[write - 1] + 1;
+            --names;
+            ++read;
+        } else {
+            BlockMove(block + read + 1, block + write, length);
+            block[write + length] = static_cast<uint8_t>(length);
+            write += length + 1;
+            read += length + 1;
+            ++names;
+        }
     }
-    for (; i < count; ++i) {
-        if (NameAtOffset(block, size, offset)[0] == 0) return i;
-        offset = SkipName(block, size, offset);
+    int32_t missing = *count - i;
+    for (; missing > 0 && names > 0; --missing, --names) write -= block[write - 1] + 1;
+    if (dropAtRoot) missing = 0;
+    // Back to PStrs, from the last name down.
+    for (int32_t end = write, n = names; n > 0; --n) {
+        int32_t length = block[end - 1];
+        int32_t start = end - 1 - length;
+        BlockMove(block + start, block + start + 1, length);
+        block[start] = static_cast<uint8_t>(length);
+        end = start;
     }
-    return -1;
+    *count = ups + names + missing;
+    if (missing > 0) {
+        int32_t partial = read < size ? size - read : 0;
+        BlockMove(block + read, block + write, partial);
+        write += partial;
+    }
+    return write;
 }
 
 }  // namespace
@@ -32,40 +75,21 @@ MgStatus FPathNormalizeSyntax(Path path, int32_t syntax) {
     if (!FPathValid(path)) return MgBadArgument;
     int32_t kind = KindOf(path);
     // A not-a-path's names are never walked; its count may be anything.
-    if (kind != PathKindNone) {
-        int32_t size = MemHandleSize(path);
-        int32_t count = CountOf(path);
-        for (int32_t up = FindCollapsible(*path, size, count); up > 0;
-             up = FindCollapsible(*path, size, count)) {
-            int32_t nameOffset = NameOffset(*path, size, up - 1);
-            int32_t after = SkipName(*path, size, SkipName(*path, size, nameOffset));
-            int32_t end = NameOffset(*path, size, count);
-            BlockMove(*path + after, *path + nameOffset, end - after);
-            count -= 2;
-            WriteCount(*path, count);
-        }
-        // Under POSIX rules the root is its own parent: a rooted path never climbs above it.
-        if (syntax == PathSyntaxPosix && IsRootedKind(kind)) {
-            int32_t ups = 0;
-            while (ups < count && NameAtOffset(*path, size, NameOffset(*path, size, ups))[0] == 0)
-                ++ups;
-            if (ups > 0) {
-                int32_t end = NameOffset(*path, size, count);
-                BlockMove(*path + kHeaderSize + ups, *path + kHeaderSize, end - kHeaderSize - ups);
-                count -= ups;
-                WriteCount(*path, count);
-            }
-        }
-        if (IsRootedKind(kind) && count >= 1) {
-            ConstPStr first = NameAtOffset(*path, size, kHeaderSize);
-            if (first[0] == 0)
-                kind = PathKindRelative;
-            else
-                kind = first[1] == '\\' ? PathKindUNC : PathKindAbsolute;
-            WriteKind(*path, kind);
-        }
+    if (kind == PathKindNone) return MemResizeHandle(path, FPathByteSize(path));
+    int32_t count = CountOf(path);
+    // Under POSIX rules the root is its own parent: a rooted path never climbs above it.
+    bool dropAtRoot = syntax == PathSyntaxPosix && IsRootedKind(kind);
+    int32_t size = Collapse(*path, MemHandleSize(path), &count, dropAtRoot);
+    WriteCount(*path, count);
+    if (IsRootedKind(kind) && count >= 1) {
+        ConstPStr first = NameAtOffset(*path, size, kHeaderSize);
+        if (first[0] == 0)
+            kind = PathKindRelative;
+        else
+            kind = first[1] == '\\' ? PathKindUNC : PathKindAbsolute;
+        WriteKind(*path, kind);
     }
-    return MemResizeHandle(path, FPathByteSize(path));
+    return MemResizeHandle(path, size);
 }
 
 MgStatus FPathJoin(Path base, Path rel, Path out) {

@@ -27,7 +27,8 @@ void SetNibble(DecimalNumber* d, int32_t i, uint8_t v) {
 void SetZero(DecimalNumber* decimal, int32_t digits) {
     memset(decimal->digits, 0, sizeof decimal->digits);
     decimal->sign = 0;
-    decimal->mdigits = static_cast<int16_t>(digits > 0 ? digits - 1 : -digits);
+    int64_t wide = digits;
+    decimal->mdigits = static_cast<int16_t>(wide > 0 ? wide - 1 : -wide);
     decimal->exponent = static_cast<int16_t>(-decimal->mdigits);
 }
 
@@ -52,9 +53,13 @@ void ExtendedToDecimal(Extended value, int32_t digits, DecimalNumber* decimal) {
     uint16_t signExponent = static_cast<uint16_t>(raw[8] | raw[9] << 8);
     bool negative = signExponent & 0x8000;
 
-    if ((signExponent & 0x7FFF) == 0x7FFF) {
+    // An unnormal (exponent neither 0 nor all ones, top bit clear) is an invalid operand to
+    // the unit: every operation on it gives a NaN, and so does the conversion.
+    uint16_t biased = signExponent & 0x7FFF;
+    bool unnormal = biased != 0 && biased != 0x7FFF && !(mantissa >> 63);
+    if (biased == 0x7FFF || unnormal) {
         memset(decimal, 0, sizeof *decimal);
-        if (mantissa != 0 && mantissa != 0x8000000000000000ull) {
+        if (unnormal || (mantissa != 0 && mantissa != 0x8000000000000000ull)) {
             decimal->exponent = DecimalExponentNaN;
         } else {
             decimal->exponent = DecimalExponentInfinity;
@@ -71,13 +76,14 @@ void ExtendedToDecimal(Extended value, int32_t digits, DecimalNumber* decimal) {
     int32_t log10 = x87::FloorToInt32(x87::YLog2X(x87::Log10Two(), magnitude));
     int32_t m, scale, exponent;
     if (digits >= 1) {
-        m = digits - 1;
+        // The packed store holds 18 digits: more cannot be asked of it.
+        m = (digits < 18 ? digits : 18) - 1;
         scale = m - log10;
         exponent = -scale;
     } else {
-        int32_t k = log10 - digits;
+        int64_t k = static_cast<int64_t>(log10) - digits;
         if (k >= 0) {
-            m = k < 17 ? k : 17;
+            m = k < 17 ? static_cast<int32_t>(k) : 17;
             scale = m - log10;
             exponent = -scale;
         } else if (k == -1) {

@@ -19,6 +19,10 @@ namespace {
 
 const int32_t kScratchSize = 1024;
 
+int32_t Wrap(uint32_t v) {
+    return static_cast<int32_t>(v);
+}
+
 // The rendered exponent form and the exponent read from it (with the caller's prefix
 // exponent added).
 struct Rendered {
@@ -43,7 +47,9 @@ void Render(Rendered* s, const void* number, NumType type, int32_t code, char ma
     if (s->ePos < 0) return;
     const char* p = s->text + s->ePos + 1;
     s->x = ScanInt(&p, s->length - s->ePos - 1, NumIL);
-    if (prefixExponent) s->x += *prefixExponent;
+    // The caller's exponent may be anything: the sum wraps in 32 bits, as the machine's does.
+    if (prefixExponent)
+        s->x = Wrap(static_cast<uint32_t>(s->x) + static_cast<uint32_t>(*prefixExponent));
     s->r = s->x % 3;
 }
 
@@ -108,7 +114,7 @@ int32_t NumToEngineering(const void* number, NumType type, int32_t frac, int32_t
     }
     if (outSize < s.length + 6) MG_FAIL();
     int32_t r = s.r < 0 ? s.r + 3 : s.r;
-    int32_t x = s.x - r;
+    int32_t x = Wrap(static_cast<uint32_t>(s.x) - static_cast<uint32_t>(r));
     int32_t n = WriteMantissa(s, r, frac, out, outSize, mark);
     if (prefixExponent) {
         if (x >= -24 && x < 25) {
@@ -119,7 +125,8 @@ int32_t NumToEngineering(const void* number, NumType type, int32_t frac, int32_t
         *prefixExponent = 0;
     }
     char digits[16];
-    int32_t count = Int32ToDecimalText(x < 0 ? -x : x, digits);
+    int32_t count = UInt32ToDecimalText(
+        x < 0 ? 0u - static_cast<uint32_t>(x) : static_cast<uint32_t>(x), digits);
     auto put = [&](char c) {
         if (n < outSize) out[n] = c;
         ++n;
@@ -140,7 +147,7 @@ int32_t NumToSI(const void* number, NumType type, int32_t frac, int32_t outSize,
         return s.length;
     }
     int32_t r = s.r < 0 ? s.r + 3 : s.r;
-    int32_t x = s.x - r;
+    int32_t x = Wrap(static_cast<uint32_t>(s.x) - static_cast<uint32_t>(r));
     if (x < -24 || x >= 25) return -2;
     int32_t n = WriteMantissa(s, r, frac, out, outSize, mark);
     if (prefixExponent) {

@@ -220,6 +220,29 @@ bool RunPass(FormatState& st) {
 
 }  // namespace
 
+namespace {
+
+// Writes again what a first pass that wrote nothing produced, stopping where it stopped, so
+// that a specifier that failed is neither read nor reported a second time.
+void WriteFirstPass(char* dest, int32_t produced, const uint8_t* start, const uint8_t* end,
+                    va_list args) {
+    FormatState st;
+    st.dest = dest;
+    st.limit = produced;
+    st.pos = 0;
+    st.fmt = start;
+    st.end = end;
+    st.mark = SystemDecimalMark;
+    st.ansiSeen = false;
+    st.positionalSeen = false;
+    st.argumentsBound = false;
+    va_copy(st.args, args);
+    RunPass(st);
+    va_end(st.args);
+}
+
+}  // namespace
+
 extern "C" int32_t StrFormatV(char* dest, int32_t size, const char* format, int32_t formatLength,
                               va_list args) {
     FormatState st;
@@ -231,6 +254,12 @@ extern "C" int32_t StrFormatV(char* dest, int32_t size, const char* format, int3
     st.argumentsBound = false;
     const uint8_t* start = reinterpret_cast<const uint8_t*>(format);
     const uint8_t* end = start + (formatLength > 0 ? formatLength : 0);
+    // A positional call that fails its binding counts 0, so its first pass may not write the
+    // literal text it meets: a buffer sized by the count would overflow. A format that could
+    // hold a position therefore runs its first pass without writing, and writes it afterwards
+    // if it turns out to be the only pass.
+    bool deferred = dest && memchr(start, '$', static_cast<size_t>(end - start)) != nullptr;
+    if (deferred) st.dest = nullptr;
 
     va_copy(st.args, args);
     bool more = true;
@@ -247,9 +276,12 @@ extern "C" int32_t StrFormatV(char* dest, int32_t size, const char* format, int3
                 break;
             }
             st.argumentsBound = true;
+            st.dest = dest;
             more = true;
         }
     }
     va_end(st.args);
+    if (deferred && st.dest == nullptr && st.pos > 0)
+        WriteFirstPass(dest, st.pos, start, end, args);
     return st.pos;
 }

@@ -85,10 +85,16 @@ const char* RadixText(FormatState& st, int32_t code, int32_t value, int32_t* len
     return p;
 }
 
+// The padding a field of `width` needs around `n` bytes. A digit run too long for 32 bits
+// wraps and may read as a negative width, which pads nothing.
+int32_t Padding(int32_t width, int32_t n) {
+    return width > n ? width - n : 0;
+}
+
 // Numbers: a leading '-' stays in front of zero padding; left-justified text is padded with
 // blanks whatever the pad character.
 void PlaceNumber(FormatState& st, const Specifier& specifier, const char* text, int32_t n) {
-    int32_t pad = specifier.width - n;
+    int32_t pad = Padding(specifier.width, n);
     if (specifier.left) {
         st.PutRun(text, n);
         st.PutRepeated(' ', pad);
@@ -110,8 +116,7 @@ void PlaceString(FormatState& st, const Specifier& specifier, const char* text, 
     int32_t precision = specifier.precision;
     if (specifier.conversion == 's' && precision >= 1 && length > precision) length = precision;
     if (length < 0) length = 0;
-    int32_t pad = specifier.width - length;
-    if (pad < 0) pad = 0;
+    int32_t pad = Padding(specifier.width, length);
     // The cap, as a plain count of bytes the field may still take.
     int64_t cap = precision < 0 ? INT64_MAX : precision;
     auto take = [&cap](int32_t n) -> int32_t {
@@ -163,7 +168,8 @@ bool ConvertFloat(FormatState& st, const Specifier& specifier, bool fixed) {
         code = specifier.precision < 0     ? -6
                : specifier.precision >= 63 ? -63
                                            : -specifier.precision;
-        if (!FixedFormFits(type, number, specifier.width ? specifier.width - 1 : 18))
+        int32_t room = static_cast<int32_t>(static_cast<uint32_t>(specifier.width) - 1);
+        if (!FixedFormFits(type, number, specifier.width ? room : 18))
             code = SignificantDigits(specifier);
     } else {
         code = SignificantDigits(specifier);

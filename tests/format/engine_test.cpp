@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "format/format_helpers.h"
+#include "mg/dbgtools.h"
 #include "mg/format.h"
 
 namespace {
@@ -52,6 +53,16 @@ TEST(FormatEngine, Floats) {
          " 1.00000000000000E+0|                   1.0000000000000000E+0"},
         {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
         {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
+    });
+}
+
+// Widths are read into 32 bits with no limit check: a longer run wraps, and a width that
+// wraps to a negative number pads nothing.
+TEST(FormatEngine, WidthsThatWrap) {
+    ExpectAll({
+        {Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"},
+        {Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"},
+        {Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"},
     });
 }
 
@@ -155,6 +166,27 @@ TEST(FormatEngine, PositionalParameters) {
     char buffer[4];
     EXPECT_EQ(StrFormatN(buffer, 1, "%2$s-%1$d", 5, "x"), 0);
     EXPECT_EQ(StrFormatN(buffer, 3, "%2$s-%1$d", 5, "x"), 3);
+}
+
+// What the counting call gives is all a writing call writes, also when the binding fails or
+// a specifier fails in a format that holds a `$`: a buffer sized by the count is enough.
+TEST(FormatEngine, WritesNoMoreThanItCounts) {
+    gFailureNoExit = 1;
+    gFailureToHost = 0;
+    const char* const formats[] = {"abc%2$d", "ab\\n%1$d%3$d", "ab%1$d%k",
+                                   "$%d%k",   "%d $",          "x%1$d %d"};
+    for (const char* format : formats) {
+        int32_t n = StrFormat(nullptr, format, 7, 8, 9);
+        std::string buffer(static_cast<size_t>(n) + 8, '#');
+        EXPECT_EQ(StrFormat(buffer.data(), format, 7, 8, 9), n) << format;
+        EXPECT_EQ(buffer[static_cast<size_t>(n)], 0) << format;
+        EXPECT_EQ(buffer.find_first_not_of('#', static_cast<size_t>(n) + 1), std::string::npos)
+            << format;
+    }
+    EXPECT_EQ(Format("ab%1$d%k", 1), "ab");
+    EXPECT_EQ(Format("$%d%k", 5), "$5");
+    gFailureNoExit = 0;
+    gFailureToHost = 1;
 }
 
 // Each specifier failure is reported; the report ends the process with status 1.

@@ -210,6 +210,33 @@ TEST(ExtendedToDecimal, CorrectionCases) {
     EXPECT_EQ(d.sign, 0);
 }
 
+// Bytes the unit never produces: an unnormal (top mantissa bit clear under a nonzero
+// exponent) is an invalid operand and converts as NaN; a pseudo-infinity stays infinity.
+TEST(ExtendedToDecimal, UnnormalIsNaN) {
+    const uint8_t unnormal[10] = {0, 0, 0, 0, 0, 0, 0, 0x40, 0xFF, 0x3F};
+    const uint8_t negativeUnnormal[10] = {1, 0, 0, 0, 0, 0, 0, 0, 0x00, 0xC0};
+    const uint8_t pseudoInfinity[10] = {0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
+    EXPECT_EQ(Text(unnormal, NumFX, 5), "NaN");
+    EXPECT_EQ(Text(negativeUnnormal, NumFX, -3), "NaN");
+    EXPECT_EQ(Text(pseudoInfinity, NumFX, 5), "-Inf");
+}
+
+// The packed store holds 18 digits: asking for more gives those 18, and the places asked of
+// a fixed form may be anything.
+TEST(ExtendedToDecimal, DigitCountsBeyondTheStore) {
+    DecimalNumber eighteen, more;
+    ExtendedToDecimal(1.0L / 3, 18, &eighteen);
+    for (int32_t digits : {19, 20, 1000, INT32_MAX}) {
+        memset(&more, 0xAA, sizeof more);
+        ExtendedToDecimal(1.0L / 3, digits, &more);
+        EXPECT_EQ(memcmp(&more, &eighteen, sizeof more), 0) << digits;
+    }
+    ExtendedToDecimal(1e300L, INT32_MIN, &more);
+    EXPECT_EQ(more.mdigits, 17);
+    ExtendedToDecimal(0.0L, INT32_MIN, &more);
+    EXPECT_EQ(more.digits[0], 0);
+}
+
 TEST(DecimalToExtended, TableAndSpecials) {
     PowerOfTenTableFill();
     EXPECT_EQ(PowerOfTenTable[0], 1);
@@ -257,6 +284,13 @@ TEST(Notation, PrefixExponent) {
     prefix = 3;
     EXPECT_EQ(Text(&v, NumFD, 101, 256, &prefix), "1.5");
     EXPECT_EQ(prefix, 6);
+    // At the limits the sum wraps in 32 bits.
+    prefix = INT32_MAX;
+    EXPECT_EQ(Text(&v, NumFD, 133, 256, &prefix), "1.50E-2147483646");
+    EXPECT_EQ(prefix, 0);
+    v = 1;
+    prefix = INT32_MIN;
+    EXPECT_EQ(Text(&v, NumFD, 133, 256, &prefix), "10.00E+2147483647");
 }
 
 TEST(NumToText, Complex) {

@@ -149,6 +149,72 @@ TEST_F(PathValues, Normalise) {
     EXPECT_EQ(FPathNormalize(nullptr), MgBadArgument);
 }
 
+// The collapse as the path rules state it: the first name followed by an up-level component
+// goes with it, again and again; then, at a POSIX root, the up-level components left in front
+// go. The one-pass normalisation must agree on every sequence.
+std::vector<std::string> CollapseFirstPairs(std::vector<std::string> names, bool dropAtRoot) {
+    for (;;) {
+        size_t i = 0;
+        while (i < names.size() && names[i].empty()) ++i;
+        if (dropAtRoot) names.erase(names.begin(), names.begin() + static_cast<long>(i));
+        if (dropAtRoot) i = 0;
+        while (i < names.size() && !names[i].empty()) ++i;
+        if (i == 0 || i == names.size()) return names;
+        names.erase(names.begin() + static_cast<long>(i) - 1,
+                    names.begin() + static_cast<long>(i) + 1);
+    }
+}
+
+TEST_F(PathValues, NormaliseAgreesWithRepeatedFirstCollapse) {
+    const std::string pool[] = {"", "", "a", "Bc", "\\\\s", std::string(255, 'n')};
+    uint32_t seed = 12345;
+    auto next = [&seed](uint32_t range) {
+        seed = seed * 1103515245 + 12345;
+        return (seed >> 16) % range;
+    };
+    for (int round = 0; round < 2000; ++round) {
+        std::vector<std::string> names(next(40));
+        for (std::string& name : names) name = pool[next(6)];
+        int16_t kind = static_cast<int16_t>(round % 2);
+        int32_t syntax = round % 4 < 2 ? PathSyntaxWindows : PathSyntaxPosix;
+        bool dropAtRoot = syntax == PathSyntaxPosix && kind == PathKindAbsolute;
+        OwnedPath p(Raw(kind, names)), expected(Raw(kind, CollapseFirstPairs(names, dropAtRoot)));
+        ASSERT_EQ(FPathNormalizeSyntax(p, syntax), MgNoError);
+        // The kind follows from the front alone; the reference only collapses.
+        memcpy(*expected.p, *p.p, 2);
+        ASSERT_EQ(Describe(p), Describe(expected));
+        ASSERT_EQ(MemHandleSize(p), MemHandleSize(expected));
+    }
+}
+
+// A count that runs past the block: the missing components read as up-level components that
+// take no bytes, collapse names like any other and, when left over, stay counted with the
+// bytes of the first of them.
+TEST_F(PathValues, NormaliseACountBeyondTheBlock) {
+    struct Row {
+        std::vector<std::string> names;
+        int16_t count;
+        std::string tail;  // bytes behind the names
+        int16_t countAfter;
+        std::string namesAfter;
+    } rows[] = {{{"a", "b"}, 3, "", 1, std::string("\1a", 2)},
+                {{"a", "b"}, 5, "", 1, ""},
+                {{"", "x", ""}, 6, "", 4, std::string(1, '\0')},
+                {{"a"}, 3, "\7xy", 1, "\7xy"},
+                {{}, 2, "", 2, ""}};
+    for (const Row& r : rows) {
+        OwnedPath p(Raw(1, r.names));
+        int32_t size = MemHandleSize(p);
+        MemResizeHandle(p, size + static_cast<int32_t>(r.tail.size()));
+        memcpy(*p.p + size, r.tail.data(), r.tail.size());
+        memcpy(*p.p + 2, &r.count, 2);
+        EXPECT_EQ(FPathNormalizeSyntax(p, PathSyntaxWindows), MgNoError);
+        EXPECT_EQ(FPathDepth(p), r.countAfter);
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(*p.p) + 4, MemHandleSize(p) - 4),
+                  r.namesAfter);
+    }
+}
+
 TEST_F(PathValues, RelativeFromAndJoinAreInverse) {
     struct Row {
         const char *base, *target, *rel;

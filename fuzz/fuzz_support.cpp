@@ -1,0 +1,65 @@
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+
+#include "fuzz_input.h"
+#include "mg/dbgtools.h"
+#include "mg/memory.h"
+#include "mg/resource.h"
+
+namespace fuzz {
+
+namespace {
+
+std::string gDirectory;
+
+void RemoveDirectory() {
+    std::error_code ignored;
+    if (!gDirectory.empty()) std::filesystem::remove_all(gDirectory, ignored);
+}
+
+}  // namespace
+
+void StartManagers(bool resources) {
+    static bool memory = false, resource = false;
+    if (!memory) {
+        // Text, numbers and paths report bad input by design and go on; a resource file from
+        // outside must never reach a report, which ends the run (a finding).
+        gFailureNoExit = resources ? 0 : 1;
+        gFailureToHost = resources ? 1 : 0;
+        if (InitMemoryManager() != MgNoError) abort();
+        memory = true;
+    }
+    if (resources && !resource) {
+        if (RInit() != MgNoError) abort();
+        resource = true;
+    }
+}
+
+const std::string& ScratchFile(const char* leaf) {
+    static std::map<std::string, std::string> files;
+    std::string& file = files[leaf];
+    if (file.empty()) {
+        if (gDirectory.empty()) {
+            std::string pattern =
+                (std::filesystem::temp_directory_path() / "mgfuzz.XXXXXX").string();
+            if (!mkdtemp(pattern.data())) abort();
+            gDirectory = pattern;
+            atexit(RemoveDirectory);
+        }
+        file = gDirectory + "/" + leaf;
+    }
+    return file;
+}
+
+void WriteWholeFile(const std::string& file, const std::string& bytes) {
+    FILE* f = fopen(file.c_str(), "wb");
+    if (!f) abort();
+    if (!bytes.empty() && fwrite(bytes.data(), 1, bytes.size(), f) != bytes.size()) abort();
+    fclose(f);
+}
+
+}  // namespace fuzz

@@ -1,0 +1,151 @@
+// The resource editor: edits, write-back and reopen. Input: a count of edits (low 4 bits of
+// the first byte), that many 8-byte edits, then a resource file. A file that doesn't open for
+// writing is replaced by a new empty one.
+//
+// Each edit: kind, type index, id (16 bits), data length (16 bits), fill byte, attribute
+// byte. Kinds: add, change (new data), remove, release, detach, set attributes, update.
+//
+// When every resource of the file loaded at the start, the edits are kept in a model of the
+// file; after closing and reopening, the file must hold exactly the model.
+#include <stdlib.h>
+
+#include <set>
+#include <vector>
+
+#include "fuzz_input.h"
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "resource_walk.h"
+
+namespace {
+
+const char* const kTypes[] = {"TEST", "STR#", "DATA", "PATH"};
+
+struct Edit {
+    uint8_t kind, type;
+    int16_t id;
+    uint16_t length;
+    uint8_t fill, attrs;
+};
+
+Edit ReadEdit(fuzz::Input& in) {
+    Edit e;
+    e.kind = in.Byte() % 7;
+    e.type = in.Byte() % 4;
+    e.id = static_cast<int16_t>(in.Byte() << 8 | in.Byte());
+    e.length = static_cast<uint16_t>((in.Byte() << 8 | in.Byte()) % 4096);
+    e.fill = in.Byte();
+    e.attrs = in.Byte();
+    return e;
+}
+
+struct Session {
+    ResFile file;
+    fuzz::Contents model;
+    bool trusted;
+    std::set<std::pair<ResType, int32_t>> changed;  // may not be released or detached
+
+    void Apply(const Edit& e);
+};
+
+std::string Pattern(const Edit& e) {
+    std::string data(e.length, '\0');
+    for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<char>(e.fill + i * 7);
+    return data;
+}
+
+void Session::Apply(const Edit& e) {
+    ResType type = MgResType(kTypes[e.type]);
+    auto key = std::make_pair(type, static_cast<int32_t>(e.id));
+    Handle h = nullptr;
+    if (e.kind == 0) {  // add, under a name for odd fill bytes
+        int32_t found = 0;
+        if (RExists(file, type, e.id, &found) != MgNoError || found) return;
+        std::string data = Pattern(e);
+        h = MemNewHandle(static_cast<int32_t>(data.size()));
+        if (!h) return;
+        memcpy(*h, data.data(), data.size());
+        std::string name = e.fill & 1 ? "n" + std::to_string(e.id) : "";
+        std::string pstr = std::string(1, static_cast<char>(name.size())) + name;
+        if (RAdd(h, file, type, e.id,
+                 name.empty() ? nullptr : reinterpret_cast<ConstPStr>(pstr.data())) != MgNoError) {
+            MemDisposeHandle(h);
+            return;
+        }
+        model[key] = {name, data};
+        changed.insert(key);
+        return;
+    }
+    if (e.kind == 6) {
+        if (RUpdateFile(file) != MgNoError) trusted = false;
+        return;
+    }
+    if (RGet(file, type, e.id, &h) != MgNoError) return;
+    bool isChanged = changed.count(key) != 0;
+    switch (e.kind) {
+        case 1: {  // change
+            std::string data = Pattern(e);
+            if (MemResizeHandle(h, static_cast<int32_t>(data.size())) != MgNoError) return;
+            memcpy(*h, data.data(), data.size());
+            if (RChanged(h) != MgNoError) {
+                trusted = false;
+                return;
+            }
+            model[key].second = data;
+            changed.insert(key);
+            break;
+        }
+        case 2:  // remove; the handle is the caller's afterwards
+            if (RRemove(h, file) == MgNoError) {
+                MemDisposeHandle(h);
+                model.erase(key);
+                changed.erase(key);
+            }
+            break;
+        case 3:
+            if (!isChanged) RRelease(h);
+            break;
+        case 4:
+            if (!isChanged && RDetach(h) == MgNoError) MemDisposeHandle(h);
+            break;
+        default:  // protection on or off; the changed bit as it stands
+            RSetAttrs(h, (e.attrs & RAttrProtected) | (isChanged ? RAttrChanged : 0));
+            break;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    fuzz::StartManagers(true);
+    fuzz::Input in(data, size);
+    int edits = in.Byte() & 15;
+    std::vector<Edit> script;
+    for (int k = 0; k < edits; ++k) script.push_back(ReadEdit(in));
+
+    const std::string& file = fuzz::ScratchFile("editor.rsrc");
+    fuzz::WriteWholeFile(file, in.Rest());
+    Path path = fuzz::NativePath(file);
+    Session s{0, {}, true, {}};
+    if (ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError) {
+        if (RCreateCorrectFile(path, 1, MgResType("CRTR"), MgResType("TEST"), 0644) != MgNoError ||
+            ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError)
+            abort();
+    }
+    s.trusted = fuzz::LoadEverything(s.file, &s.model);
+    for (const Edit& e : script) s.Apply(e);
+    if (RCloseFile(s.file) != MgNoError) s.trusted = false;
+
+    ResFile again = 0;
+    MgStatus reopened = ROpenFile(path, FMModeRead, &again, nullptr, nullptr);
+    if (s.trusted && reopened != MgNoError) abort();
+    if (reopened == MgNoError) {
+        fuzz::Contents after;
+        bool complete = fuzz::LoadEverything(again, &after);
+        // A file whose every resource loaded comes back with exactly what was done to it.
+        if (s.trusted && (!complete || after != s.model)) abort();
+        RCloseFile(again);
+    }
+    FPathRelease(path);
+    return 0;
+}
