@@ -80,6 +80,7 @@ TEST(PList, SizingAndFailedGrowth) {
     EXPECT_EQ(Items(list), (V{""}));
     ASSERT_EQ(PListReplace(list, P("z").b, 0), MgNoError);  // the only one is replaced
     EXPECT_EQ(Items(list), (V{"z"}));
+    EXPECT_EQ(MemHandleSize(list), 6);
     EXPECT_EQ(PListClear(list), MgNoError);
     EXPECT_EQ(Items(list), V{});
     EXPECT_EQ(MemHandleSize(list), 4);
