@@ -12,6 +12,7 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "support/memory_env.h"
+#include "support/pstr.h"
 
 namespace {
 
@@ -27,19 +28,12 @@ Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
     return h;
 }
 
-struct Name {
-    uint8_t b[256];
-    explicit Name(const std::string& s) {
-        b[0] = uint8_t(s.size());
-        memcpy(b + 1, s.data(), s.size());
-    }
-    std::string str() const { return std::string(reinterpret_cast<const char*>(b + 1), b[0]); }
-};
+using Name = mgtest::P;
 
 class FileTypes : public ::testing::Test {
   protected:
     void SetUp() override {
-        // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TEXT" and
+        // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and
         // can't; "tiff" is the last record and runs into the block's end.
         primary = Table(
             {{"TEXT", "txt"}, {"JPEG", "jpeg"}, {"\0ull", ""}, {"HTML", "html"}, {"TIFF", "tiff"}});
@@ -101,7 +95,8 @@ TEST_F(FileTypes, AddExtension) {
         {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
         {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
         {"c", T("NONE"), 15, "c"},
-        {std::string(250, 'n'), T("TEXT"), 0, std::string(250, 'n') + ".txt"},
+        {"d", T("HTML"), 0, "d.html"},  // a full field: four bytes, no more
+        {std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
         {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
         {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
     };
@@ -119,13 +114,23 @@ TEST_F(FileTypes, StripExtension) {
         ResType type;
         int32_t removed;
         std::string after;
-    } cases[] = {{"a.abcd", 0, 5, "a"},        {"a.whatever", 0, 0, "a.whatever"},
+    } cases[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
                  {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
                  {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
     for (const auto& c : cases) {
         Name n(c.name);
         EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
         EXPECT_EQ(n.str(), c.after);
+    }
+}
+
+// Only records that lie wholly inside the block count, whatever the count word says.
+TEST_F(FileTypes, CountWordIsTrustedOnlyWithinTheBlock) {
+    FSetTypeTables(nullptr, secondary);
+    for (int32_t claimed : {-1, 1, 99}) {
+        memcpy(*secondary, &claimed, 4);
+        EXPECT_EQ(FTypeOfExtension("pct", 3), claimed > 0 ? T("PICT") : 0) << claimed;
+        EXPECT_EQ(FTypeOfExtension("txt", 3), claimed > 1 ? T("OTHR") : 0) << claimed;
     }
 }
 

@@ -31,12 +31,13 @@ TEST(HObjList, GrowsAndShrinksBySixteenWithSlack) {
         sizes.push_back(MemHandleSize(list));
     }
     EXPECT_EQ(sizes, (std::vector<int32_t>{16, 16, 16, 32, 32, 32, 32, 48}));
-    EXPECT_EQ(Items(list), (V{7, 5, 3, 1, 2, 4, 6, 8}));
     sizes.clear();
+    V removed;
     while (!Items(list).empty()) {
-        HObjListRemoveAt(list, 0);
+        removed.push_back(HObjListRemoveAt(list, -3));
         sizes.push_back(MemHandleSize(list));
     }
+    EXPECT_EQ(removed, (V{7, 5, 3, 1, 2, 4, 6, 8}));
     EXPECT_EQ(sizes, (std::vector<int32_t>{48, 32, 32, 32, 32, 16, 16, 16}));
     EXPECT_EQ(HObjListRemoveAt(list, 0), 0u);
     MemDisposeHandle(list);
@@ -52,8 +53,10 @@ TEST(HObjList, SearchRemovalAndFrontWorkFromTheBack) {
     EXPECT_EQ(HObjListBringToFront(list, 5), 0);
     EXPECT_EQ(Items(list), (V{9, 7, 7, 8}));
     EXPECT_EQ(HObjListRemove(list, 5), 0);
+    EXPECT_EQ(HObjListRemove(list, 7), 1);
     EXPECT_EQ(HObjListRemoveAt(list, 99), 8u);
-    EXPECT_EQ(Items(list), (V{9, 7, 7}));
+    EXPECT_EQ(Items(list), (V{9, 7}));
+    EXPECT_EQ(reinterpret_cast<const int32_t*>(*list)[3], 0);  // the freed slot is cleared
     MemDisposeHandle(list);
 }
 

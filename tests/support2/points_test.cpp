@@ -42,6 +42,11 @@ TEST(Point, WordOrderWrappingAndRounding) {
         EXPECT_EQ(out.y, c.row) << c.y;
         EXPECT_EQ(out.x, c.column) << c.x;
     }
+    const Rect flat = R(10, 20, 10, 20);  // no cell to count in: row and column 0, no trap
+    Point out{1, 1};
+    PointToCell(W(50, 50), &flat, &out);
+    EXPECT_EQ(out.y, 0);
+    EXPECT_EQ(out.x, 0);
 }
 
 TEST(Rect, SetTakesLeftTopRightBottomAndCentresByShift) {
@@ -50,6 +55,14 @@ TEST(Rect, SetTakesLeftTopRightBottomAndCentresByShift) {
     ExpectRect(r, R(2, 1, 4, 3));
     RectCenteredAt(&r, 10, 20, 5, -3);  // -3 >> 1 is -2
     ExpectRect(r, R(22, 8, 19, 13));
+    r = R(10, 20, 30, 60);
+    RectCenterOnOrigin(&r);
+    ExpectRect(r, R(-10, -20, 10, 20));
+    const LongRect wide{0, -5, 200000, 2};
+    LongPoint c;
+    LongRectCenter(&wide, &c);
+    EXPECT_EQ(c.y, 100000);
+    EXPECT_EQ(c.x, -2);  // -3 >> 1
 }
 
 TEST(Rect, MappingPinsAndKeepsSizes) {
@@ -61,7 +74,7 @@ TEST(Rect, MappingPinsAndKeepsSizes) {
     struct {
         Rect in, want;
     } cases[] = {
-        {R(10, 10, 12, 12), R(1, 1, 2, 2)},  // a size shrunk below 1 keeps 1
+        {R(10, 10, 11, 12), R(1, 1, 2, 2)},  // a size shrunk below 1 keeps 1
         {R(10, 10, 10, 10), R(1, 1, 1, 1)},  // none stays none
         {R(10, 10, 90, 50), R(1, 1, 9, 5)},
     };
@@ -81,12 +94,39 @@ TEST(Rect, SharedCornerTestsInItsOrder) {
                  {R(5, 0, 10, 10), 1},
                  {R(5, 5, 10, 10), 3},
                  {R(0, 5, 9, 10), 2},
-                 {R(1, 1, 9, 9), -1}};
+                 {R(1, 1, 9, 10), -1}};
     for (auto c : cases) EXPECT_EQ(RectSharedCorner(&a, &c.b), c.want);
     EXPECT_EQ(RectSharedCorner(nullptr, &a), -1);
 }
 
-TEST(Rect, IntersectionsInPlaceAndEmpty) {
+TEST(Rect, HalfOpenContainmentAndPinning) {
+    const Rect r = R(10, 20, 30, 40);
+    struct {
+        int y, x, in, pinnedY, pinnedX;
+    } cases[] = {{10, 20, 1, 10, 20},
+                 {29, 39, 1, 29, 39},
+                 {30, 25, 0, 29, 25},
+                 {15, 40, 0, 15, 39},
+                 {5, 0, 0, 10, 20}};
+    for (auto c : cases) {
+        EXPECT_EQ(PointInRect(W(c.y, c.x), &r), c.in) << c.y << "," << c.x;
+        Point p;
+        PinPoint(W(c.y, c.x), &r, &p);
+        EXPECT_EQ(p.y, c.pinnedY) << c.y;
+        EXPECT_EQ(p.x, c.pinnedX) << c.x;
+    }
+    for (int16_t Rect::*field : {&Rect::top, &Rect::left, &Rect::bottom, &Rect::right}) {
+        Rect other = r;
+        other.*field += 1;
+        EXPECT_FALSE(RectEqual(&r, &other));
+    }
+    const Rect wider = R(10, 19, 30, 40);
+    EXPECT_TRUE(RectInRect(&r, &r));  // edges may coincide
+    EXPECT_TRUE(RectInRect(&r, &wider));
+    EXPECT_FALSE(RectInRect(&wider, &r));
+}
+
+TEST(Rect, IntersectGrowAndMove) {
     struct {
         Rect a, b;
         int want;
@@ -100,6 +140,31 @@ TEST(Rect, IntersectionsInPlaceAndEmpty) {
         Rect inPlace = c.a;
         EXPECT_EQ(RectIntersect(&inPlace, &c.b, &inPlace), c.want);
         ExpectRect(inPlace, c.result);
+    }
+    const Rect none = R(5, 5, 5, 9), a = R(5, 5, 10, 10), b = R(0, 8, 3, 20);
+    Rect u = none;
+    RectUnion(&a, &u);  // an empty one becomes the other
+    ExpectRect(u, a);
+    RectUnion(&b, &u);
+    RectUnion(&none, &u);
+    ExpectRect(u, R(0, 5, 10, 20));
+    Rect grown = R(10, 10, 20, 20);
+    RectAddPoint(W(25, 5), &grown);
+    RectAddPoint(W(0, 30), &grown);
+    ExpectRect(grown, R(0, 5, 25, 30));
+    Rect swapped = R(0, 0, 10, 30);
+    RectSwapSides(&swapped);
+    ExpectRect(swapped, R(-10, 10, 20, 20));
+    const Rect bounds = R(0, 0, 100, 60);
+    struct {
+        Rect in, want;
+    } moves[] = {{R(-5, 50, 5, 70), R(0, 40, 10, 60)},      // starts before, ends beyond
+                 {R(10, -10, 20, 200), R(10, 0, 20, 210)},  // too wide: the starts agree
+                 {R(90, 10, 120, 20), R(70, 10, 100, 20)}};
+    for (auto m : moves) {
+        Rect r = m.in;
+        RectMoveInside(&bounds, &r);
+        ExpectRect(r, m.want);
     }
 }
 

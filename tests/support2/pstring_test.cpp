@@ -6,17 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "support/pstr.h"
+
 namespace {
 
-// A PStr built from a std::string, for readable tables.
-struct P {
-    uint8_t b[256];
-    explicit P(const std::string& s) {
-        b[0] = static_cast<uint8_t>(s.size());
-        memcpy(b + 1, s.data(), s.size());
-    }
-    std::string str() const { return std::string(reinterpret_cast<const char*>(b + 1), b[0]); }
-};
+using mgtest::P;
 
 // An LStr with room behind it.
 struct L {
