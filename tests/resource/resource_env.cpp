@@ -1,8 +1,5 @@
 #include "resource/resource_env.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -96,15 +93,13 @@ Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version, const cha
 
 void ResourceTest::SetUp() {
     plat::ResetFaults();
-    char pattern[] = "/tmp/mgres.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
+    dir_ = std::make_unique<TempDir>();
 }
 
 void ResourceTest::TearDown() {
     plat::ResetFaults();
     for (Path p : paths_) FPathRelease(p);
-    std::filesystem::remove_all(dir_);
+    dir_.reset();
 }
 
 Path ResourceTest::MakePath(const std::string& leaf) {

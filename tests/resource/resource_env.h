@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "mg/path.h"
 #include "mg/resource.h"
 #include "platform/faults.h"
+#include "support/temp_dir.h"
 
 using Bytes = std::vector<uint8_t>;
 
@@ -52,7 +54,7 @@ class ResourceTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    std::string FilePath(const std::string& leaf) const { return dir_ + "/" + leaf; }
+    std::string FilePath(const std::string& leaf) const { return (dir_->path / leaf).string(); }
     Path MakePath(const std::string& leaf);
     void WriteFile(const std::string& leaf, const Bytes& bytes) const;
     Bytes ReadFile(const std::string& leaf) const;
@@ -70,6 +72,6 @@ class ResourceTest : public ::testing::Test {
     // The ids of a type in index order.
     static std::vector<int32_t> Ids(ResFile f, const char* type);
 
-    std::string dir_;
+    std::unique_ptr<TempDir> dir_;
     std::vector<Path> paths_;
 };
