@@ -36,6 +36,11 @@ uint8_t CharUpper(uint8_t c);
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);
 
+// Temporary directory.
+// Writes the user's temporary directory, ending in the host's separator and NUL-terminated;
+// returns its length, or 0 when it does not fit or there is none.
+int32_t TemporaryDirectory(char* buffer, int32_t size);
+
 // Byte files. A file reference is 32 bits; 0 is no file. Failures return false and leave the
 // platform's error for LastErrorStatus. Offsets and sizes are 32-bit: files of 2 GB or more
 // are out of scope.

@@ -2,6 +2,7 @@
 // silence on errors.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -11,17 +12,25 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 std::string Be32(uint32_t v) {
     return std::string{static_cast<char>(v >> 24), static_cast<char>(v >> 16),
                        static_cast<char>(v >> 8), static_cast<char>(v)};
+}
+
+std::string Upper(std::string text) {
+    for (char& c : text) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    return text;
 }
 
 void WriteFile(const std::filesystem::path& p, const std::string& bytes) {
     std::ofstream(p, std::ios::binary) << bytes;
 }
 
-// The package of code name "foo" and the module "HELLO", as it must stand byte for byte.
-std::string WorkedPackage() {
+// The package of a three-letter code name and the module "HELLO", as it must stand byte for
+// byte on every host.
+std::string WorkedPackage(const std::string& name = "foo") {
     std::string header = std::string("RSRC\r\n") + std::string("\0\3", 2) + "MXSB" + "MXDX" +
                          Be32(52) + Be32(128) + Be32(32) + Be32(20);
     std::string data = Be32(4) + "i386" + Be32(5) + "HELLO" + std::string(3, '\0');
@@ -30,7 +39,7 @@ std::string WorkedPackage() {
                       // references: id, name, attributes, data, run-time handle word
                       Be32(0) + Be32(0) + Be32(0) + Be32(0) + Be32(0) +  //
                       Be32(0) + Be32(4) + Be32(0) + Be32(8) + Be32(0) +  //
-                      "\3foo\3foo";
+                      "\3" + name + "\3" + name;
     return header + data + map;
 }
 
@@ -96,6 +105,41 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
         EXPECT_EQ(r.err, row.err) << line;
     }
     EXPECT_FALSE(std::filesystem::exists(dir.path / "gone.msb"));
+}
+
+// The directory and the code name as a user may spell them: with or without the separator
+// at the end, and in another case, which names on a Windows host ignore and on a POSIX host
+// don't. Each package made is the same bytes, announced by the success line.
+TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
+    TempDir dir;
+    WriteFile(dir.path / "foo.dll", "HELLO");
+    const std::string d = dir.path.string(), upper = Upper(d);
+    // A blank and a separator at the end: the argument is quoted where the host quotes.
+    const fs::path spaced = dir.path / "a b";
+    fs::create_directory(spaced);
+    WriteFile(spaced / "foo.dll", "HELLO");
+    const bool caseBlind = WindowsHost();
+    const struct {
+        std::string name, directory;
+        int status;
+    } rows[] = {
+        {"foo", d, 0},
+        {"foo", (dir.path / "").string(), 0},
+        {"foo", upper, caseBlind || upper == d ? 0 : 2},
+        {"FOO", d, caseBlind ? 0 : 2},
+        {"foo", (spaced / "").string(), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name + " in " + row.directory);
+        ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
+        EXPECT_EQ(r.status, row.status);
+        if (row.status != 0) continue;
+        EXPECT_EQ(r.err, "Meridax resource file, type 'CIN ', name '" + row.name +
+                             ".msb', created properly." + TextLineEnd());
+        const fs::path package = fs::path(row.directory) / (row.name + ".msb");
+        EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
+        fs::remove(package);
+    }
 }
 
 // Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off anyway,

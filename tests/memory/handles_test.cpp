@@ -242,7 +242,7 @@ TEST_F(HandlesTest, ValidityRemembersTheLastTwoBlocksFound) {
     for (mgmem::MasterBlock* b : blocks) {
         Handle h = &b->slots[5];
         uint8_t* saved = *h;
-        uint8_t fake[1];
+        alignas(8) uint8_t fake[8];  // a block address is even on every host
         *h = fake;
         EXPECT_EQ(MemCheckHandle(h), MgNoError);
         *h = saved;
