@@ -16,6 +16,7 @@ WINEDEBUG=-all
 # No browser or .NET engines: the prefix asks to download them otherwise.
 WINEDLLOVERRIDES="mscoree,mshtml="
 export WINEPREFIX WINEARCH WINEDEBUG WINEDLLOVERRIDES
-wineserver -p </dev/null >/dev/null 2>&1
+# An answer of "already running" is fine: the server of an earlier call is kept.
+wineserver -p </dev/null >/dev/null 2>&1 || true
 wineboot -i </dev/null >/dev/null 2>&1
 echo "export WINEPREFIX='$WINEPREFIX' WINEARCH=$WINEARCH WINEDEBUG=$WINEDEBUG WINEDLLOVERRIDES='$WINEDLLOVERRIDES'"

@@ -18,7 +18,8 @@ TEST(Seam, TemporaryDirectoryEndsInTheSeparator) {
     EXPECT_EQ(std::string(dir).size(), size_t(n));
     EXPECT_EQ(dir[n - 1], plat::DirectorySeparator());
     EXPECT_TRUE(fs::is_directory(dir)) << dir;
-    EXPECT_TRUE(fs::equivalent(dir, fs::temp_directory_path())) << dir;
+    EXPECT_EQ((fs::path(dir) / "").lexically_normal(),
+              (fs::temp_directory_path() / "").lexically_normal());
     // No room for the separator or the terminator: nothing.
     EXPECT_EQ(plat::TemporaryDirectory(dir, n), 0);
     EXPECT_EQ(plat::TemporaryDirectory(dir, 0), 0);
