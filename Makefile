@@ -2,11 +2,12 @@
 # `make test-windows` is the third, for the 32-bit Windows build under Wine.
 RELEASE_DIR := build/release
 TEST_DIR    := build/test
+CLANG_DIR   := build/test-clang
 RUN_DIR     := build/run
 WIN_DIR     := build/mingw32
 GEN         := -G Ninja
 
-.PHONY: run test test-windows bench format clean
+.PHONY: run test test-clang test-windows install bench format clean
 
 run:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
@@ -17,6 +18,21 @@ test:
 	cmake -S . -B $(TEST_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DMG_SANITIZE=ON -DMG_WERROR=ON -DMG_BENCH=OFF
 	cmake --build $(TEST_DIR)
 	ctest --test-dir $(TEST_DIR) --output-on-failure -j2
+
+# The same tests built with Clang, in Release and without sanitizers (CI runs it after test);
+# the benchmarks are built too where Google Benchmark is installed, so that they compile cleanly.
+test-clang:
+	cmake -S . -B $(CLANG_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_WERROR=ON -DMG_BENCH=ON \
+		-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+	cmake --build $(CLANG_DIR)
+	ctest --test-dir $(CLANG_DIR) --output-on-failure -j2
+
+# Installs the Release build under PREFIX (default /usr/local).
+PREFIX ?= /usr/local
+install:
+	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
+	cmake --build $(RELEASE_DIR) --target mxsbutil mg mxhost mghost
+	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)
 
 # Cross-builds everything for 32-bit Windows and runs every suite under Wine, in a Wine prefix
 # and with a Wine server of its own, stopped again at the end.

@@ -1,9 +1,13 @@
 // Resource files at scale, each against a peer in the same run:
-//  - open and load 100,000 resources of 16 bytes vs one plain read of the file's bytes;
+//  - open, enumerate and load 100,000 resources of 16 bytes vs one plain read of the file's
+//    bytes, and vs the reader a host programmer writes by hand: read the file, walk the map,
+//    copy each resource into its own malloc block, free them all;
 //  - add N unnamed resources with rising ids and close, for N = 10,000 and 100,000;
 //  - a handle lookup after each add vs the same adds without lookups.
 #include <benchmark/benchmark.h>
+#include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <filesystem>
 #include <fstream>
@@ -14,6 +18,7 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "mg/resource.h"
+#include "ratios.h"
 
 namespace {
 
@@ -69,22 +74,31 @@ void BM_AddWithLookup(benchmark::State& state) {
 }
 BENCHMARK(BM_AddWithLookup)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
+// One pass of the library: open, enumerate every type and load every resource, close.
+[[gnu::noinline]] void LibraryLoadAll(Path p) {
+    ResFile f = 0;
+    ROpenFile(p, FMModeRead, &f, nullptr, nullptr);
+    int32_t types = 0;
+    RCountTypes(f, &types);
+    for (int32_t t = 1; t <= types; ++t) {
+        ResType type = 0;
+        RGetIndType(f, &type, t);
+        int32_t n = 0;
+        RCount(f, type, &n);
+        for (int32_t i = 1; i <= n; ++i) {
+            Handle h = nullptr;
+            RGetInd(f, type, i, &h);
+            benchmark::DoNotOptimize(h);
+        }
+    }
+    RCloseFile(f);
+}
+
 void BM_OpenAndLoadAll(benchmark::State& state) {
     Start();
     Fill("big", 100000, false);
     Path p = PathOf("big");
-    for (auto _ : state) {
-        ResFile f = 0;
-        ROpenFile(p, FMModeRead, &f, nullptr, nullptr);
-        int32_t n = 0;
-        RCount(f, MgResType("DATA"), &n);
-        for (int32_t i = 1; i <= n; ++i) {
-            Handle h = nullptr;
-            RGetInd(f, MgResType("DATA"), i, &h);
-            benchmark::DoNotOptimize(h);
-        }
-        RCloseFile(f);
-    }
+    for (auto _ : state) LibraryLoadAll(p);
     FPathRelease(p);
 }
 BENCHMARK(BM_OpenAndLoadAll)->Unit(benchmark::kMillisecond);
@@ -108,6 +122,58 @@ void BM_PlainRead(benchmark::State& state) {
 }
 BENCHMARK(BM_PlainRead)->Unit(benchmark::kMillisecond);
 
+uint32_t Big32(const uint8_t* p) {
+    return (uint32_t(p[0]) << 24) | (uint32_t(p[1]) << 16) | (uint32_t(p[2]) << 8) | p[3];
+}
+
+// Peer: what a host programmer writes by hand. One read of the whole file, a walk of the map,
+// and each resource's data copied into a malloc block of its own; all freed at the end.
+[[gnu::noinline]] bool HandWrittenLoadAll(const std::string& name) {
+    std::vector<void*> blocks;
+    FILE* file = fopen(name.c_str(), "rb");
+    if (!file) return false;
+    fseek(file, 0, SEEK_END);
+    const long size = ftell(file);
+    fseek(file, 0, SEEK_SET);
+    std::vector<uint8_t> bytes(static_cast<size_t>(size));
+    const bool read = fread(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    fclose(file);
+    if (!read) return false;
+    const uint8_t* b = bytes.data();
+    const uint8_t* map = b + Big32(b + 16);
+    const uint8_t* data = b + Big32(b + 24);
+    const uint8_t* typeList = map + Big32(map + 44);
+    const uint32_t types = Big32(typeList) + 1;
+    for (uint32_t t = 0; t < types; ++t) {
+        const uint8_t* entry = typeList + 4 + 12 * t;
+        const uint32_t count = Big32(entry + 4) + 1;
+        const uint8_t* ref = typeList + Big32(entry + 8);
+        for (uint32_t r = 0; r < count; ++r, ref += 20) {
+            const uint8_t* at = data + Big32(ref + 12);
+            const uint32_t n = Big32(at);
+            void* block = malloc(n ? n : 1);
+            memcpy(block, at + 4, n);
+            blocks.push_back(block);
+        }
+    }
+    benchmark::DoNotOptimize(blocks.data());
+    for (void* block : blocks) free(block);
+    return true;
+}
+
+void BM_HandWrittenReader(benchmark::State& state) {
+    Start();
+    Fill("big", 100000, false);
+    const std::string name = gDir + "/big";
+    for (auto _ : state)
+        if (!HandWrittenLoadAll(name)) state.SkipWithError("read");
+}
+BENCHMARK(BM_HandWrittenReader)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    return RunWithRatios(
+        argc, argv, "Ratios (goal: open, enumerate and load <= 1.5 x the hand-written reader)",
+        {{"BM_OpenAndLoadAll", "BM_PlainRead"}, {"BM_OpenAndLoadAll", "BM_HandWrittenReader"}});
+}

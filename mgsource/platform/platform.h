@@ -80,4 +80,11 @@ void UseUserLocaleForTimeAndNumbers();
 // The decimal mark of the user's settings, or 0 when there is none.
 char UserDecimalMark();
 
+// File modification times, for the resource manager's date query. `fileTime` receives the
+// last-write time in 100-nanosecond units since 1601-01-01 UTC, and `readOnly` whether the file
+// refuses writing (on POSIX: no write permission for anyone). Each returns 0, or the status of
+// the failure in the file manager's table.
+int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly);
+int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
+
 }  // namespace plat

@@ -135,8 +135,9 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
     if (!h) return MgResourceNotFound;
     const uint32_t token = MemHandleToken(h);
     ResFileEntry* e;
-    if (h == RLastGot.handle && RLookupFile(RLastGot.fileId, &e) == MgNoError &&
-        !MapEmpty(e->map)) {
+    // A file with id 0 lives in memory only, in a slot that looks free: it is never searched.
+    if (h == RLastGot.handle && RLastGot.fileId != 0 &&
+        RLookupFile(RLastGot.fileId, &e) == MgNoError && !MapEmpty(e->map)) {
         Ptr typeList = TypeListOf(e->map);
         if (ResTypeEntry* t = RFindType(typeList, RLastGot.type)) {
             ResRefEntry* r = RFindId(typeList, t, RLastGot.resId);
@@ -148,7 +149,7 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
     // The index stands in for a walk of every reference of every open file: it names the
     // one reference that can hold the handle, which is then checked against its map.
     RefLocator where;
-    if (token == 0 || !IndexFind(token, &where)) return MgResourceNotFound;
+    if (token == 0 || !IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
     if (RLookupFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
         return MgResourceNotFound;
     Ptr typeList = TypeListOf(e->map);

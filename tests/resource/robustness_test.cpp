@@ -145,7 +145,8 @@ TEST_F(RobustnessTest, HandleIndexAgreesWithTheWalk) {
             case 1:
             case 2: {
                 Handle h = MemNewHandle(1 + pick(20));
-                const std::string name = P("n" + std::to_string(step));
+                // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "n" + std::string.
+                const std::string name = P(std::string(1, 'n').append(std::to_string(step)));
                 const MgStatus s = RAdd(h, f, T(type), pick(60) - 10, pick(2) ? PS(name) : nullptr);
                 ASSERT_TRUE(s == MgNoError || s == MgResourceDuplicate);
                 if (s)

@@ -148,4 +148,21 @@ MgStatus RWriteNow(Handle h);
 MgStatus RPreAllocFile(ResFile id, int32_t size);
 int32_t RTotalResources(Handle mapHandle);
 
+// Memory images and dates (memfile.cpp, moddate.cpp).
+//
+// RCreateMemFile registers an empty map with no byte file behind it. As a file's id is its
+// FileRef, such a file gets the id 0 and its slot looks free: RLookupFile(0) finds it only
+// while it is the first slot with id 0, the next open may take the slot over, and its
+// resources can't be found by handle. Its changes can't be written anywhere, so a dirty one
+// refuses to close (1); clear its dirty bit with RSetFileAttrs to let it go.
+MgStatus RCreateMemFile(ResFile* id, ResType creator, ResType type);
+// Builds in a new handle the file that a write-back without holes would give: data in the
+// order of the references, pads zero, run-time words zero. Every resource must be loaded (1
+// otherwise). The map then describes the image, not the file on disk. A file without
+// resources gives its 32-byte header alone.
+MgStatus RGetMemFileHandle(ResFile id, Handle* image);
+// The modification date (seconds since 1904-01-01 UTC) and read-only state of the open file
+// `id`, or, when `id` is 0, of the file at `path`. `readOnly` may be null.
+MgStatus RGetModDate(Path path, ResFile id, uint32_t* date, int32_t* readOnly);
+
 MG_EXTERN_C_END

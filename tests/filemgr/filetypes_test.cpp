@@ -1,0 +1,141 @@
+// File types by extension: the dot search, the two tables, the four-character quirk, and the
+// limits of adding and stripping.
+#include "mg/filetypes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "mg/memory.h"
+#include "mg/path.h"
+#include "support/memory_env.h"
+
+namespace {
+
+// A table of (type, extension) records; extensions of 4 characters fill the field unended.
+Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
+    Handle h = MemNewHandleClear(4 + 8 * int32_t(records.size()));
+    const int32_t n = int32_t(records.size());
+    memcpy(*h, &n, 4);
+    for (int32_t i = 0; i < n; ++i) {
+        memcpy(*h + 4 + 8 * i, records[i].first, 4);
+        memcpy(*h + 8 + 8 * i, records[i].second, strnlen(records[i].second, 4));
+    }
+    return h;
+}
+
+struct Name {
+    uint8_t b[256];
+    explicit Name(const std::string& s) {
+        b[0] = uint8_t(s.size());
+        memcpy(b + 1, s.data(), s.size());
+    }
+    std::string str() const { return std::string(reinterpret_cast<const char*>(b + 1), b[0]); }
+};
+
+class FileTypes : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TEXT" and
+        // can't; "tiff" is the last record and runs into the block's end.
+        primary = Table(
+            {{"TEXT", "txt"}, {"JPEG", "jpeg"}, {"\0ull", ""}, {"HTML", "html"}, {"TIFF", "tiff"}});
+        secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}});
+        FSetTypeTables(primary, secondary);
+    }
+    void TearDown() override {
+        FSetTypeTables(nullptr, nullptr);
+        MemDisposeHandle(primary);
+        MemDisposeHandle(secondary);
+    }
+    Handle primary = nullptr, secondary = nullptr;
+};
+
+ResType T(const char* s) {
+    return MgResType(s);
+}
+
+TEST_F(FileTypes, TypeOfName) {
+    struct {
+        const char* name;
+        ResType want;
+    } cases[] = {{"A.TXT", T("TEXT")},
+                 {"a.b.pct", T("PICT")},
+                 {"a.jpeg", T("JPEG")},
+                 {"a.html", 0},
+                 {"a.tiff", 0},
+                 {"a.toolong", 0},
+                 {"a.", 0},
+                 {"txt", 0}};
+    for (const auto& c : cases) EXPECT_EQ(FTypeOfName(Name(c.name).b), c.want) << c.name;
+    EXPECT_EQ(FTypeOfExtension("jpegs", 5), 0u);
+    FSetTypeTables(nullptr, secondary);
+    EXPECT_EQ(FTypeOfName(Name("a.txt").b), T("OTHR"));
+    FSetTypeTables(nullptr, nullptr);
+    EXPECT_EQ(FTypeOfName(Name("a.txt").b), 0u);
+}
+
+TEST_F(FileTypes, TypeOfPathTakesTheLastName) {
+    const std::string text = "/dir.txt/pic.pct";
+    Path p = nullptr;
+    ASSERT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
+                                &p, PathSyntaxPosix),
+              MgNoError);
+    EXPECT_EQ(FTypeOfPath(p), T("PICT"));
+    FPathRelease(p);
+    Path root = FEmptyPath(nullptr);
+    EXPECT_EQ(FTypeOfPath(root), 0u);
+    FPathRelease(root);
+}
+
+TEST_F(FileTypes, AddExtension) {
+    struct {
+        std::string name;
+        ResType type;
+        MgStatus want;
+        std::string after;
+    } cases[] = {
+        {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
+        {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
+        {"c", T("NONE"), 15, "c"},
+        {std::string(250, 'n'), T("TEXT"), 0, std::string(250, 'n') + ".txt"},
+        {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
+        {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+    };
+    for (const auto& c : cases) {
+        Name n(c.name);
+        EXPECT_EQ(FAddExtension(n.b, c.type), c.want) << c.name.size();
+        EXPECT_EQ(n.str(), c.after);
+    }
+    EXPECT_EQ(FAddExtensionFrom(Name("x").b, T("TEXT"), nullptr), 15);
+}
+
+TEST_F(FileTypes, StripExtension) {
+    struct {
+        std::string name;
+        ResType type;
+        int32_t removed;
+        std::string after;
+    } cases[] = {{"a.abcd", 0, 5, "a"},        {"a.whatever", 0, 0, "a.whatever"},
+                 {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
+                 {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
+    for (const auto& c : cases) {
+        Name n(c.name);
+        EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
+        EXPECT_EQ(n.str(), c.after);
+    }
+}
+
+TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
+    Path p = nullptr;
+    ASSERT_EQ(
+        FTextToPathSyntax(reinterpret_cast<const uint8_t*>("a/b.txt"), 7, &p, PathSyntaxPosix),
+        MgNoError);
+    EXPECT_DEATH(FTypeOfPath(p), "");
+    FPathRelease(p);
+}
+
+}  // namespace
