@@ -51,7 +51,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mgConfig.cmake
         DESTINATION ${MG_CMAKE_DIR})
 
 if(WIN32)
-    set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -lole32")
+    set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -lole32 -lmpr")
 endif()
 # The prefix as seen from the .pc file, so that the installed tree can move (--prefix, DESTDIR).
 file(RELATIVE_PATH MG_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

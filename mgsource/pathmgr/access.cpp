@@ -2,6 +2,7 @@
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "pathmgr/pathblock.h"
+#include "platform/platform.h"
 
 MG_SOURCE_IDENTITY("mgsource\\pathmgr\\access.cpp", "$Revision: 1 $");
 
@@ -125,17 +126,19 @@ MgStatus FDirName(Path path, Path out) {
 }
 
 MgStatus FRootOf(Path path, Path out) {
-    if (!FPathRooted(path) || CountOf(path) < 1 || out == nullptr) return MgBadArgument;
+    if (!FPathRooted(path) || out == nullptr) return MgBadArgument;
     int32_t kind = KindOf(path);
-    int32_t end = SkipName(*path, MemHandleSize(path), kHeaderSize);
+    int32_t keep = kind == PathKindUNC ? 1 : plat::VolumeDepth();
+    if (CountOf(path) < keep) return MgBadArgument;
+    int32_t end = NameOffset(*path, MemHandleSize(path), keep);
     if (out != path) {
         MgStatus status = MemResizeHandle(out, end);
         if (status != MgNoError) return status;
         BlockMove(*path + kHeaderSize, *out + kHeaderSize, end - kHeaderSize);
         WriteKind(*out, kind);
-        WriteCount(*out, 1);
+        WriteCount(*out, keep);
         return MgNoError;
     }
-    WriteCount(*out, 1);
+    WriteCount(*out, keep);
     return MemResizeHandle(out, end);
 }

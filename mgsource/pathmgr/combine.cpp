@@ -25,6 +25,10 @@ int32_t FindCollapsible(const uint8_t* block, int32_t size, int32_t count) {
 }  // namespace
 
 MgStatus FPathNormalize(Path path) {
+    return FPathNormalizeSyntax(path, FHostPathSyntax());
+}
+
+MgStatus FPathNormalizeSyntax(Path path, int32_t syntax) {
     if (!FPathValid(path)) return MgBadArgument;
     int32_t kind = KindOf(path);
     // A not-a-path's names are never walked; its count may be anything.
@@ -39,6 +43,18 @@ MgStatus FPathNormalize(Path path) {
             BlockMove(*path + after, *path + nameOffset, end - after);
             count -= 2;
             WriteCount(*path, count);
+        }
+        // Under POSIX rules the root is its own parent: a rooted path never climbs above it.
+        if (syntax == PathSyntaxPosix && IsRootedKind(kind)) {
+            int32_t ups = 0;
+            while (ups < count && NameAtOffset(*path, size, NameOffset(*path, size, ups))[0] == 0)
+                ++ups;
+            if (ups > 0) {
+                int32_t end = NameOffset(*path, size, count);
+                BlockMove(*path + kHeaderSize + ups, *path + kHeaderSize, end - kHeaderSize - ups);
+                count -= ups;
+                WriteCount(*path, count);
+            }
         }
         if (IsRootedKind(kind) && count >= 1) {
             ConstPStr first = NameAtOffset(*path, size, kHeaderSize);

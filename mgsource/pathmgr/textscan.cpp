@@ -194,7 +194,7 @@ MgStatus FTextToPathSyntax(const uint8_t* text, int32_t length, Path* path, int3
     Scan(text, length, syntax, drive, filling);
     WriteKind(**path, filling.kind);
     WriteCount(**path, filling.count);
-    return FPathNormalize(*path);
+    return FPathNormalizeSyntax(*path, syntax);
 }
 
 MgStatus FTextToPath(const uint8_t* text, int32_t length, Path* path) {

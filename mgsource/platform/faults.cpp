@@ -6,6 +6,11 @@
 namespace plat {
 
 FaultState gFaults;
+int64_t gLiveBlocks = 0;
+
+int64_t LiveBlockCount() {
+    return gLiveBlocks;
+}
 
 void FailAllocationAt(int64_t n) {
     gFaults.failAllocAt = n;
@@ -39,6 +44,29 @@ bool CurrentDirectoryOverride(char* buffer, int32_t size, int32_t* length) {
     for (int32_t i = 0; i <= n; ++i) buffer[i] = gFaults.currentDirectory[i];
     *length = n;
     return true;
+}
+
+void SetShortcutResolverForTest(bool (*resolve)(char* name)) {
+    gFaults.shortcutResolver = resolve;
+}
+
+void FailGlobalNewAt(int64_t n) {
+    gFaults.failNewAt = n;
+    gFaults.newCount = 0;
+}
+
+bool GlobalNewShouldFail() {
+    ++gFaults.newCount;
+    return gFaults.failNewAt > 0 && gFaults.newCount == gFaults.failNewAt;
+}
+
+void CaptureDebuggerOutput(DebuggerSink sink, void* context) {
+    gFaults.debuggerSink = sink;
+    gFaults.debuggerContext = context;
+}
+
+void DebuggerOutputCapture(const char* text) {
+    if (gFaults.debuggerSink != nullptr) gFaults.debuggerSink(text, gFaults.debuggerContext);
 }
 
 void ResetFaults() {

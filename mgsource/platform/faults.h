@@ -11,8 +11,12 @@ namespace plat {
 void FailAllocationAt(int64_t n);
 // Allocations made since the last FailAllocationAt or ResetFaults.
 int64_t AllocationCount();
-// File operations that tests can fail and count.
-enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileOpCount };
+// Blocks allocated through the seam and not yet freed, over the whole run: a leak check for
+// code that must give back everything it took, also when it fails.
+int64_t LiveBlockCount();
+// File operations that tests can fail and count. kFileListNext is the step of a directory
+// listing to its next entry: failing it makes the listing end in a failure midway.
+enum FileOp { kFileRead, kFileWrite, kFileSeek, kFileTruncate, kFileListNext, kFileOpCount };
 // Makes the Nth call of `op` from now fail as if the platform reported `status`; 0 disarms.
 void FailFileOpAt(FileOp op, int64_t n, int32_t status);
 // Calls of `op` since the last FailFileOpAt for it or ResetFaults.
@@ -22,6 +26,19 @@ int64_t FileOpCount(FileOp op);
 // process's own, so that code which takes the drive from it can be tested on any host; null
 // restores the real one.
 void SetCurrentDirectoryForTest(const char* directory);
+// Makes the POSIX backend read shortcut files through `resolve`, which rewrites a name in place
+// and answers true for a shortcut, so that the walk over a name's levels can be tested where
+// the host has no shortcut files; null restores the host's answer (never a shortcut).
+void SetShortcutResolverForTest(bool (*resolve)(char* name));
+// Makes the Nth call of the library's global operator new from now find no memory (1 = the
+// next one); 0 disarms. Kept apart from FailAllocationAt, which counts the memory manager's
+// blocks alone.
+void FailGlobalNewAt(int64_t n);
+// Sends every text of the debugger channel to `sink` as well (null stops it), so that tests
+// can see it on hosts where no debugger listens.
+typedef void (*DebuggerSink)(const char* text, void* context);
+void CaptureDebuggerOutput(DebuggerSink sink, void* context);
+
 // Disarms every fault and resets the counters.
 void ResetFaults();
 

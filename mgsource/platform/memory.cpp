@@ -19,14 +19,19 @@ void* Advised(void* block, size_t size) {
 }  // namespace
 
 void* Malloc(size_t size) {
-    return AllocationShouldFail() ? nullptr : Advised(malloc(size), size);
+    void* made = AllocationShouldFail() ? nullptr : Advised(malloc(size), size);
+    if (made != nullptr) ++gLiveBlocks;
+    return made;
 }
 
 void* Realloc(void* block, size_t size) {
-    return AllocationShouldFail() ? nullptr : Advised(realloc(block, size), size);
+    void* made = AllocationShouldFail() ? nullptr : Advised(realloc(block, size), size);
+    if (made != nullptr && block == nullptr) ++gLiveBlocks;
+    return made;
 }
 
 void Free(void* block) {
+    if (block != nullptr) --gLiveBlocks;
     free(block);
 }
 

@@ -80,11 +80,150 @@ void UseUserLocaleForTimeAndNumbers();
 // The decimal mark of the user's settings, or 0 when there is none.
 char UserDecimalMark();
 
-// File modification times, for the resource manager's date query. `fileTime` receives the
+// Directories and volumes. Names are native names; failures return false and leave the
+// platform's error for LastErrorStatus, unless a function says otherwise.
+//
+// File times are 100-nanosecond units since 1601-01-01 00:00:00 UTC on every host, 0 where
+// the host has no such date; the file manager converts them to its own seconds.
+struct EntryAttributes {
+    bool known = false;  // false: the attributes could not be read
+    bool isDirectory = false;
+    bool isLink = false;      // a symbolic link, whose target's attributes these are
+    int32_t permissions = 0;  // Unix-style bits, as the host derives them
+};
+struct FileFacts {
+    bool isDirectory = false;
+    bool readOnly = false;
+    uint64_t size = 0;
+    uint64_t created = 0;
+    uint64_t modified = 0;
+};
+struct DirListing;
+struct ListedEntry {
+    const char* name = nullptr;       // valid until the next call on the listing
+    const char* shortName = nullptr;  // an alternate short name, or empty
+    EntryAttributes attributes;
+};
+// Opens a listing of `directory`. A directory the host reports as having no entries at all
+// opens as an empty listing. Null on failure.
+DirListing* OpenListing(const char* directory);
+// The next entry; false at the end (with `failed` false) or on a failure (`failed` true).
+// Where the host lists a directory's own "." and ".." they come first.
+bool NextListingEntry(DirListing* listing, ListedEntry* entry, bool* failed);
+// Ends a listing; false when the host reports a failure. Null is accepted.
+bool CloseListing(DirListing* listing);
+// The attributes of the entry that `name` reaches, following links.
+bool GetEntryAttributes(const char* name, EntryAttributes* attributes);
+bool GetFileFacts(const char* name, FileFacts* facts);
+// The size a directory's information reports: the number of its entries.
+int32_t DirectorySize(const char* directory, bool volumeRoot);
+// Sets the dates of a file; a date of 0 is left alone.
+bool SetFileDates(const char* name, uint64_t created, uint64_t modified);
+// The exact spelling, by the file system, of the last name of `name`, into `leaf`.
+bool ExactLeafName(const char* name, char* leaf, int32_t size);
+// `name` with the host's links followed, into `out`; false when there is nothing to follow.
+bool FollowLinks(const char* name, char* out, int32_t size);
+// Moves or renames; never replaces an existing entry.
+bool MoveEntry(const char* from, const char* to);
+// Copies a file with its dates and permissions; never replaces an existing file.
+bool CopyFileNew(const char* from, const char* to);
+bool DeleteFileEntry(const char* name);
+bool RemoveDirectoryEntry(const char* name);
+bool MakeDirectory(const char* name);
+// Changes the permission bits through the C runtime, whose error (errno) is cleared first
+// and tells a failure.
+bool ChangePermissions(const char* name, int32_t permissions);
+// The temporary directory, NUL-terminated; its length, 0 when there is none.
+int32_t TempDirectory(char* buffer, int32_t size);
+
+// Kinds of volume.
+enum VolumeKind { kVolumeUnknown = 0, kVolumeRemovable, kVolumeFixed, kVolumeRemote };
+// Calls `visit` with each volume's name as a drive list shows it (a drive letter, or a mount
+// point) and its kind, in the host's order; stops early when `visit` returns false. False
+// when the volumes cannot be listed.
+bool ListVolumes(bool (*visit)(void* context, const char* name, int32_t kind), void* context);
+// The kind of the volume whose root `name` is; -1 when `name` is not a volume root, and
+// kVolumeUnknown for a root of a kind outside the others.
+int32_t VolumeKindOfRoot(const char* name);
+// The root of the volume that holds `name`, into `root`.
+bool VolumeRootOf(const char* name, char* root, int32_t size);
+// Bytes of the volume whose root is `root`, in 64 bits.
+bool VolumeSpace(const char* root, uint64_t* total, uint64_t* free);
+// The same in doubles, by the host's widest call. On failure both become 0 where that call
+// failed, and stay as they were where only an older, narrower call was there to fail.
+bool VolumeBytes(const char* root, double* total, double* free);
+
+// Range locks on an open file, exclusive where the host allows.
+bool LockRange(int32_t ref, uint32_t offset, uint32_t count, bool lock);
+
+// Shortcuts and universal names.
+// Replaces a shortcut file's name in `name` (at least 260 bytes) by its target's; false when
+// the host has no such shortcuts or the file is not one.
+bool ResolveShortcutFile(char* name);
+// The bytes a universal-name query of `name` needs, 0 when it has no universal name.
+uint32_t UniversalNameSize(const char* name);
+// Fills `buffer` with the universal form; `*text` points into it.
+bool UniversalName(const char* name, void* buffer, uint32_t size, const char** text);
+
+// File modification times, for the file manager's date query. `fileTime` receives the
 // last-write time in 100-nanosecond units since 1601-01-01 UTC, and `readOnly` whether the file
 // refuses writing (on POSIX: no write permission for anyone). Each returns 0, or the status of
 // the failure in the file manager's table.
 int32_t FileModTimeOfRef(int32_t ref, uint64_t* fileTime, bool* readOnly);
 int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
+
+// Diagnostics output: the places the output sinks and the debug print write to.
+
+// Writes the user's temporary directory, with a trailing separator and a NUL; returns its
+// length, or 0 when it cannot be had or does not fit in `size` bytes.
+int32_t TempDirectory(char* buffer, int32_t size);
+// Hands a NUL-terminated text to an attached debugger; nothing when there is none.
+void DebuggerOutput(const char* text);
+// Gives the process a console and its output and input handles (null when none).
+void ConsoleOpen(void** output, void** input);
+// Writes `length` bytes to a console output handle; failures are ignored.
+void ConsoleWrite(void* output, const char* text, int32_t length);
+// Lets the console of ConsoleOpen go.
+void ConsoleClose();
+
+// Stack reading and naming.
+
+// Copies `size` bytes at `address` in this process into `out`. A range that is not wholly
+// readable gives false and never faults, so that a broken frame chain only ends a walk.
+// Allocates nothing.
+bool ReadOwnMemory(uintptr_t address, void* out, size_t size);
+// The platform's symbol library, loaded for one naming mode: 0 loads nothing, 1 the main
+// module's symbols alone, any other value every module's. Null when it cannot be allocated.
+struct SymbolLibrary;
+SymbolLibrary* LoadSymbolLibrary(int32_t mode);
+// Frees the object's memory; whatever it loaded stays loaded.
+void FreeSymbolLibrary(SymbolLibrary* library);
+// Writes the name of the module that holds `address`, NUL-terminated and cut to `size`;
+// false when it is unknown.
+bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size);
+// Writes the (demangled) name of the function that holds `address`, cut to `size`, and the
+// address's distance from its start; false, with *offset untouched, when it is unknown.
+bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size,
+                       uint32_t* offset);
+
+// The library's global operator new and delete.
+
+// A block of the runtime's heap for operator new, behind the fault hook FailGlobalNewAt.
+void* GlobalNewBlock(size_t size);
+void GlobalFreeBlock(void* block);
+// Registers `handler` as the runtime's allocation-failure handler where the runtime has one
+// that takes the size; returns the handler it replaces, null when none or no such runtime.
+typedef int (*SizedNewHandler)(size_t size);
+SizedNewHandler SetRuntimeNewHandler(SizedNewHandler handler);
+// The record of a hardware fault, reduced to what a stack trace needs.
+struct FaultRecord {
+    bool complete;  // both the register context and the exception record were given
+    uintptr_t framePointer;
+    uintptr_t address;
+};
+// Registers `translator` for the calling thread, to turn hardware faults into C++
+// exceptions; false when the runtime offers no translator. `fault` may be null.
+typedef void (*FaultTranslator)(uint32_t code, const FaultRecord* fault);
+bool InstallFaultTranslator(FaultTranslator translator);
 
 }  // namespace plat

@@ -23,31 +23,6 @@ std::string D(double v, int32_t code, int32_t outSize = 256) {
     return Text(&v, NumFD, code, outSize);
 }
 
-TEST(RadixWriters, Limits) {
-    char out[40];
-    const struct {
-        int32_t (*write)(uint32_t, char*);
-        uint32_t value;
-        const char* text;
-    } cases[] = {
-        {UInt32ToDecimalText, 0, "0"},
-        {UInt32ToDecimalText, 0xFFFFFFFFu, "4294967295"},
-        {UInt32ToHexText, 0xFFFFFFFFu, "FFFFFFFF"},
-        {UInt32ToHexText, 0xAB0, "AB0"},
-        {UInt32ToOctalText, 0xFFFFFFFFu, "37777777777"},
-        {UInt32ToBinaryText, 0xFFFFFFFFu, "11111111111111111111111111111111"},
-        {UInt32ToBinaryText, 0, "0"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.write(c.value, out), (int32_t)strlen(c.text));
-        EXPECT_STREQ(out, c.text);
-    }
-    EXPECT_EQ(Int32ToDecimalText(INT32_MIN, out), 11);
-    EXPECT_STREQ(out, "-2147483648");
-    Int32ToDecimalText(-7, out);
-    EXPECT_STREQ(out, "-7");
-}
-
 struct IntCase {
     NumType type;
     uint64_t bits;

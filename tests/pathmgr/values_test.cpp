@@ -95,45 +95,56 @@ TEST_F(PathValues, Components) {
 }
 
 TEST_F(PathValues, DirNameAndRoot) {
+    // Where names have no volume, an absolute path's root is "/", the path with no names.
+    const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     struct Row {
-        const char *text, *parent, *root;
-    } rows[] = {{"C:\\", "A:", "A:C"},
-                {"C:\\a\\b", "A:C|a", "A:C"},
-                {"a", "R:", nullptr},
-                {"..\\..", "R:..", nullptr},
-                {"\\\\s\\v", nullptr, "U:\\\\s\\v"},
-                {"\\\\s\\v\\a", "U:\\\\s\\v", "U:\\\\s\\v"},
-                {"", nullptr, nullptr}};
+        const char *text, *parent, *root, *posixRoot;
+    } rows[] = {{"C:\\", "A:", "A:C", "A:"},
+                {"C:\\a\\b", "A:C|a", "A:C", "A:"},
+                {"a", "R:", nullptr, nullptr},
+                {"..\\..", "R:..", nullptr, nullptr},
+                {"\\\\s\\v", nullptr, "U:\\\\s\\v", "U:\\\\s\\v"},
+                {"\\\\s\\v\\a", "U:\\\\s\\v", "U:\\\\s\\v", "U:\\\\s\\v"},
+                {"", nullptr, nullptr, "A:"}};
     for (const Row& r : rows) {
         SCOPED_TRACE(r.text);
         OwnedPath p(Parse(r.text));
         OwnedPath out(FMakeNoPath(nullptr));
         EXPECT_EQ(FDirName(p, out), r.parent ? MgNoError : MgBadArgument);
         EXPECT_EQ(Describe(out), r.parent ? r.parent : "N:");
-        EXPECT_EQ(FRootOf(p, p), r.root ? MgNoError : MgBadArgument);
-        if (r.root) {
-            EXPECT_EQ(Describe(p), r.root);
+        const char* root = posix ? r.posixRoot : r.root;
+        EXPECT_EQ(FRootOf(p, p), root ? MgNoError : MgBadArgument);
+        if (root) {
+            EXPECT_EQ(Describe(p), root);
         }
     }
 }
 
 TEST_F(PathValues, Normalise) {
+    // Windows rules let a rooted path climb out of its volume and turn relative; under POSIX
+    // rules the root is its own parent.
     struct Row {
         int16_t kind;
         std::vector<std::string> names;
-        const char* out;
-    } rows[] = {{1, {"a", "b", "", "", "", "c"}, "R:..|c"},
-                {0, {"C", ""}, "A:"},
-                {0, {"C", "", "x"}, "A:x"},
-                {0, {"C", "", "", "x"}, "R:..|x"},
-                {1, {"", "", "a"}, "R:..|..|a"},
-                {0, {"C", "", "\\\\s\\v", "a"}, "U:\\\\s\\v|a"},
-                {3, {"\\\\s\\v", "", "x"}, "A:x"}};
+        const char *windows, *posix;
+    } rows[] = {{1, {"a", "b", "", "", "", "c"}, "R:..|c", "R:..|c"},
+                {0, {"C", ""}, "A:", "A:"},
+                {0, {"C", "", "x"}, "A:x", "A:x"},
+                {0, {"C", "", "", "x"}, "R:..|x", "A:x"},
+                {0, {"", "", "a", "", "b"}, "R:..|..|b", "A:b"},
+                {1, {"", "", "a"}, "R:..|..|a", "R:..|..|a"},
+                {0, {"C", "", "\\\\s\\v", "a"}, "U:\\\\s\\v|a", "U:\\\\s\\v|a"},
+                {3, {"\\\\s\\v", "", "x"}, "A:x", "A:x"}};
     for (const Row& r : rows) {
-        OwnedPath p(Raw(r.kind, r.names));
-        EXPECT_EQ(FPathNormalize(p), MgNoError);
-        EXPECT_EQ(Describe(p), r.out);
-        EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
+        for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
+            OwnedPath p(Raw(r.kind, r.names));
+            EXPECT_EQ(FPathNormalizeSyntax(p, syntax), MgNoError);
+            EXPECT_EQ(Describe(p), syntax == PathSyntaxPosix ? r.posix : r.windows);
+            EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
+        }
+        OwnedPath host(Raw(r.kind, r.names));
+        EXPECT_EQ(FPathNormalize(host), MgNoError);
+        EXPECT_EQ(Describe(host), FHostPathSyntax() == PathSyntaxPosix ? r.posix : r.windows);
     }
     EXPECT_EQ(FPathNormalize(nullptr), MgBadArgument);
 }
@@ -169,7 +180,18 @@ TEST_F(PathValues, JoinRules) {
     EXPECT_EQ(Describe(out), "A:x");
     OwnedPath three(Parse("..\\..\\..\\x"));
     EXPECT_EQ(FPathJoin(base, three, out), MgNoError);
-    EXPECT_EQ(Describe(out), "R:..|x");
+    EXPECT_EQ(Describe(out), FHostPathSyntax() == PathSyntaxPosix ? "A:x" : "R:..|x");
+    // POSIX text, joins and relative paths agree: nothing climbs above the root.
+    if (FHostPathSyntax() == PathSyntaxPosix) {
+        OwnedPath a(Parse("/a", PathSyntaxPosix));
+        OwnedPath up(Parse("../../b", PathSyntaxPosix));
+        EXPECT_EQ(FPathJoin(a, up, out), MgNoError);
+        OwnedPath b(Parse("/a/../../b", PathSyntaxPosix));
+        EXPECT_EQ(Describe(out), "A:b");
+        EXPECT_TRUE(FPathSame(out, b));
+        EXPECT_EQ(FPathRelativeFrom(a, b, out), MgNoError);
+        EXPECT_EQ(Describe(out), "R:..|b");
+    }
     OwnedPath self(Parse("x\\y"));
     EXPECT_EQ(FPathJoin(self, self, self), MgNoError);
     EXPECT_EQ(Describe(self), "R:x|y|x|y");

@@ -239,7 +239,10 @@ TEST_F(MemImage, ModificationDateByPathAndByFile) {
     for (const auto& c : cases) {
         date = 9;
         EXPECT_EQ(RGetModDate(c.path, c.id, &date, nullptr), c.want);
-        EXPECT_EQ(date, c.date);
+        // Where everything hangs off one root, the empty path is "/", a directory with a date.
+        if (c.path == nullptr || !FPathHasNoNames(c.path) || FHostPathSyntax() != PathSyntaxPosix) {
+            EXPECT_EQ(date, c.date);
+        }
     }
     FPathRelease(cases[3].path);
     // Writable again, so that a Windows host lets the directory go.

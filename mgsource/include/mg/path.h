@@ -77,10 +77,15 @@ MgStatus FNameAt(Path path, int32_t index, PStr name);
 MgStatus FReplaceNameAt(Path path, ConstPStr name, int32_t index);
 MgStatus FAppendName(Path path, ConstPStr name);
 MgStatus FDirName(Path path, Path out);
+// The root of a rooted path: a share's first name; for an absolute path its volume, the
+// first name where names start with a drive and the root directory ("/") where they don't.
 MgStatus FRootOf(Path path, Path out);
 
 // Combination and comparison.
+// Normalises by the host's rules; in the POSIX syntax the root is its own parent, so a rooted
+// path drops the up-level components it would climb above the root with.
 MgStatus FPathNormalize(Path path);
+MgStatus FPathNormalizeSyntax(Path path, int32_t syntax);
 MgStatus FPathJoin(Path base, Path rel, Path out);
 MgStatus FPathRelativeFrom(Path base, Path target, Path out);
 MgStatus FPathTrimToCommon(Path a, Path b);

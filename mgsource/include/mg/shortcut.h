@@ -9,5 +9,7 @@ MG_EXTERN_C_BEGIN
 int32_t FResolveShortcut(char* name);
 // Resolves every directory level of a native name in place; 1 when any part was replaced.
 int32_t FResolveShortcutPath(char* name);
+// `out` gets the universal (network) form of a rooted path, or a copy of it where it has none.
+MgStatus FPathToUniversal(Path path, Path* out);
 
 MG_EXTERN_C_END

@@ -16,6 +16,7 @@
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"
+#include "platform/posix/lasterror.h"
 
 namespace plat {
 namespace {
@@ -39,6 +40,18 @@ bool FailInjected(int32_t status) {
     gLast = {0, status};
     return false;
 }
+
+}  // namespace
+
+bool RecordInjectedFailure(int32_t status) {
+    return FailInjected(status);
+}
+
+bool RecordErrno(int code) {
+    return Fail(code);
+}
+
+namespace {
 
 int Fd(int32_t ref) {
     return ref - 1;
@@ -218,6 +231,7 @@ int32_t LastErrorStatus() {
     if (gLast.injected) return gLast.injected;
     switch (gLast.code) {
         case kSharingConflict:
+        case EAGAIN:  // a range held by another lock
         case EACCES:
         case EPERM:
         case EROFS:

@@ -25,6 +25,10 @@ bool FailInjected(int32_t status) {
 
 }  // namespace
 
+bool RecordInjectedFailure(int32_t status) {
+    return FailInjected(status);
+}
+
 bool OpenFile(const char* name, int access, int share, int disposition, int32_t* ref) {
     *ref = 0;
     DWORD acc =
