@@ -36,11 +36,6 @@ uint8_t CharUpper(uint8_t c);
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);
 
-// Temporary directory.
-// Writes the user's temporary directory, ending in the host's separator and NUL-terminated;
-// returns its length, or 0 when it does not fit or there is none.
-int32_t TemporaryDirectory(char* buffer, int32_t size);
-
 // Byte files. A file reference is 32 bits; 0 is no file. Failures return false and leave the
 // platform's error for LastErrorStatus. Offsets and sizes are 32-bit: files of 2 GB or more
 // are out of scope.
@@ -133,8 +128,6 @@ bool MakeDirectory(const char* name);
 // Changes the permission bits through the C runtime, whose error (errno) is cleared first
 // and tells a failure.
 bool ChangePermissions(const char* name, int32_t permissions);
-// The temporary directory, NUL-terminated; its length, 0 when there is none.
-int32_t TempDirectory(char* buffer, int32_t size);
 
 // Kinds of volume.
 enum VolumeKind { kVolumeUnknown = 0, kVolumeRemovable, kVolumeFixed, kVolumeRemote };
@@ -175,7 +168,8 @@ int32_t FileModTimeOfName(const char* name, uint64_t* fileTime, bool* readOnly);
 // Diagnostics output: the places the output sinks and the debug print write to.
 
 // Writes the user's temporary directory, with a trailing separator and a NUL; returns its
-// length, or 0 when it cannot be had or does not fit in `size` bytes.
+// length, or 0 when it cannot be had or does not fit in `size` bytes. One definition per
+// backend, in tempdir.cpp, for the sinks and the file manager alike.
 int32_t TempDirectory(char* buffer, int32_t size);
 // Hands a NUL-terminated text to an attached debugger; nothing when there is none.
 void DebuggerOutput(const char* text);

@@ -11,9 +11,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(Seam, TemporaryDirectoryEndsInTheSeparator) {
+TEST(Seam, TempDirectoryEndsInTheSeparator) {
     char dir[1024];
-    const int32_t n = plat::TemporaryDirectory(dir, sizeof dir);
+    const int32_t n = plat::TempDirectory(dir, sizeof dir);
     ASSERT_GT(n, 0);
     EXPECT_EQ(std::string(dir).size(), size_t(n));
     EXPECT_EQ(dir[n - 1], plat::DirectorySeparator());
@@ -21,8 +21,8 @@ TEST(Seam, TemporaryDirectoryEndsInTheSeparator) {
     EXPECT_EQ((fs::path(dir) / "").lexically_normal(),
               (fs::temp_directory_path() / "").lexically_normal());
     // No room for the separator or the terminator: nothing.
-    EXPECT_EQ(plat::TemporaryDirectory(dir, n), 0);
-    EXPECT_EQ(plat::TemporaryDirectory(dir, 0), 0);
+    EXPECT_EQ(plat::TempDirectory(dir, n), 0);
+    EXPECT_EQ(plat::TempDirectory(dir, 0), 0);
 }
 
 TEST(Seam, ModuleFileNameIsThisProgram) {

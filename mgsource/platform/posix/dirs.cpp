@@ -290,13 +290,4 @@ bool ChangePermissions(const char* name, int32_t permissions) {
     return chmod(name, static_cast<mode_t>(permissions & 0777)) == 0;
 }
 
-int32_t TempDirectory(char* buffer, int32_t size) {
-    const char* dir = getenv("TMPDIR");
-    if (dir == nullptr || dir[0] == 0) dir = "/tmp";
-    int32_t n = static_cast<int32_t>(strlen(dir));
-    if (size <= 0 || n >= size) return 0;
-    memcpy(buffer, dir, static_cast<size_t>(n) + 1);
-    return n;
-}
-
 }  // namespace plat

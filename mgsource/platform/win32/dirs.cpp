@@ -210,10 +210,4 @@ bool ChangePermissions(const char* name, int32_t permissions) {
     return _chmod(name, permissions) == 0;
 }
 
-int32_t TempDirectory(char* buffer, int32_t size) {
-    if (size <= 0) return 0;
-    DWORD n = GetTempPathA(static_cast<DWORD>(size), buffer);
-    return (n == 0 || n >= static_cast<DWORD>(size)) ? 0 : static_cast<int32_t>(n);
-}
-
 }  // namespace plat

@@ -5,7 +5,7 @@
 
 namespace plat {
 
-int32_t TemporaryDirectory(char* buffer, int32_t size) {
+int32_t TempDirectory(char* buffer, int32_t size) {
     if (size <= 0) return 0;
     DWORD n = GetTempPathA(static_cast<DWORD>(size), buffer);
     if (n == 0 || n >= static_cast<DWORD>(size)) {
