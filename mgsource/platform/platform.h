@@ -147,7 +147,6 @@ bool MakeDirectory(const char* name);
 // Changes the permission bits through the C runtime, whose error (errno) is cleared first
 // and tells a failure.
 bool ChangePermissions(const char* name, int32_t permissions);
-// (The temporary directory: TempDirectory, with the diagnostics output below.)
 
 // Kinds of volume.
 enum VolumeKind { kVolumeUnknown = 0, kVolumeRemovable, kVolumeFixed, kVolumeRemote };
@@ -207,7 +206,8 @@ int32_t FormatCalendarText(char* buffer, int32_t size, const char* format,
 // Diagnostics output: the places the output sinks and the debug print write to.
 
 // Writes the user's temporary directory, with a trailing separator and a NUL; returns its
-// length, or 0 when it cannot be had or does not fit in `size` bytes.
+// length, or 0 when it cannot be had or does not fit in `size` bytes. One definition per
+// backend, in tempdir.cpp, for the sinks and the file manager alike.
 int32_t TempDirectory(char* buffer, int32_t size);
 // Hands a NUL-terminated text to an attached debugger; nothing when there is none.
 void DebuggerOutput(const char* text);

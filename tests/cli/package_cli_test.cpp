@@ -2,25 +2,35 @@
 // silence on errors.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "support/host_rules.h"
 #include "support/run_tool.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 std::string Be32(uint32_t v) {
     return std::string{static_cast<char>(v >> 24), static_cast<char>(v >> 16),
                        static_cast<char>(v >> 8), static_cast<char>(v)};
 }
 
+std::string Upper(std::string text) {
+    for (char& c : text) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
 void WriteFile(const std::filesystem::path& p, const std::string& bytes) {
     std::ofstream(p, std::ios::binary) << bytes;
 }
 
-// The package of code name "foo" and the module "HELLO", as it must stand byte for byte.
-std::string WorkedPackage() {
+// The package of a three-letter code name and the module "HELLO", as it must stand byte for
+// byte on every host.
+std::string WorkedPackage(const std::string& name = "foo") {
     std::string header = std::string("RSRC\r\n") + std::string("\0\3", 2) + "MXSB" + "MXDX" +
                          Be32(52) + Be32(128) + Be32(32) + Be32(20);
     std::string data = Be32(4) + "i386" + Be32(5) + "HELLO" + std::string(3, '\0');
@@ -29,7 +39,7 @@ std::string WorkedPackage() {
                       // references: id, name, attributes, data, run-time handle word
                       Be32(0) + Be32(0) + Be32(0) + Be32(0) + Be32(0) +  //
                       Be32(0) + Be32(4) + Be32(0) + Be32(8) + Be32(0) +  //
-                      "\3foo\3foo";
+                      "\3" + name + "\3" + name;
     return header + data + map;
 }
 
@@ -38,7 +48,7 @@ TEST(PackageCli, WorkedPackageByteForByte) {
     TempDir dir;
     WriteFile(dir.path / "foo.dll", "HELLO");
     WriteFile(dir.path / "foo.msb", std::string(5000, 'x'));
-    ToolResult r = RunTool({"-c", "foo", "-d", dir.path.string() + "/"}, dir.path);
+    ToolResult r = RunTool({"-c", "foo", "-d", (dir.path / "").string()}, dir.path);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(SlurpFile(dir.path / "foo.msb"), WorkedPackage());
 }
@@ -66,7 +76,7 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
     TempDir dir;
     WriteFile(dir.path / "foo.dll", "HELLO");
     const std::string made =
-        "Meridax resource file, type 'CIN ', name 'foo.msb', created properly.\n";
+        "Meridax resource file, type 'CIN ', name 'foo.msb', created properly." + TextLineEnd();
     const struct {
         std::vector<std::string> args;
         int status;
@@ -77,7 +87,7 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
         {{"-c", "foo", "-t", "'CIN"}, 0, made},
         {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()},
          0,
-         "Meridax resource file, type 'DRVR', name 'foo.msb', created properly.\n"},
+         "Meridax resource file, type 'DRVR', name 'foo.msb', created properly." + TextLineEnd()},
         {{}, 1, ""},
         {{"-c", "foo", "bar"}, 1, ""},
         {{"-c", "foo", "-v", "12"}, 1, ""},
@@ -97,15 +107,54 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
     EXPECT_FALSE(std::filesystem::exists(dir.path / "gone.msb"));
 }
 
+// The directory and the code name as a user may spell them: with or without the separator
+// at the end, and in another case, which names on a Windows host ignore and on a POSIX host
+// don't. Each package made is the same bytes, announced by the success line.
+TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
+    TempDir dir;
+    WriteFile(dir.path / "foo.dll", "HELLO");
+    const std::string d = dir.path.string(), upper = Upper(d);
+    // A blank and a separator at the end: the argument is quoted where the host quotes.
+    const fs::path spaced = dir.path / "a b";
+    fs::create_directory(spaced);
+    WriteFile(spaced / "foo.dll", "HELLO");
+    const bool caseBlind = WindowsHost();
+    const struct {
+        std::string name, directory;
+        int status;
+    } rows[] = {
+        {"foo", d, 0},
+        {"foo", (dir.path / "").string(), 0},
+        {"foo", upper, caseBlind || upper == d ? 0 : 2},
+        {"FOO", d, caseBlind ? 0 : 2},
+        {"foo", (spaced / "").string(), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name + " in " + row.directory);
+        ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
+        EXPECT_EQ(r.status, row.status);
+        if (row.status != 0) continue;
+        EXPECT_EQ(r.err, "Meridax resource file, type 'CIN ', name '" + row.name +
+                             ".msb', created properly." + TextLineEnd());
+        const fs::path package = fs::path(row.directory) / (row.name + ".msb");
+        EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
+        fs::remove(package);
+    }
+}
+
 // Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off anyway,
-// so the module looked up is 255 characters long and the package base 251.
+// so the module looked up is 255 characters long and the package base 251. Where the host's
+// longest native name can't hold the directory and such a name, the package can't be built.
 TEST(PackageCli, LongCodeNames) {
     for (size_t length : {251u, 252u, 254u, 255u}) {
         TempDir dir;
+        const bool fits =
+            (dir.path / std::string(255, 'n')).string().size() <= size_t(plat::NativeNameMax());
         std::string name(length, 'n');
         WriteFile(dir.path / (name + std::string(".dll").substr(0, 255 - length)), "CODE");
-        EXPECT_EQ(RunTool({name}, dir.path).status, 0) << length;
-        EXPECT_TRUE(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb"))) << length;
+        EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
+        EXPECT_EQ(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb")), fits)
+            << length;
     }
 }
 

@@ -1,19 +1,22 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "mg/filemgr.h"
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
+#include "platform/platform.h"
+#include "support/host_rules.h"
 #include "support/memory_env.h"
 #include "support/run_tool.h"
 
@@ -147,7 +150,7 @@ TEST_F(FilesTest, ModesLimitAccess) {
     std::string f = Make("m", "abcdef");
     FileRef r = Open(f, FMModeRead, FMShareAll);
     int32_t actual = 0;
-    EXPECT_EQ(FMWriteBytes(r, 1, &actual, "x"), MgIOError);  // not open for writing
+    EXPECT_EQ(FMWriteBytes(r, 1, &actual, "x"), WriteToReadOnlyStatus());
     FMClose(r);
     FileRef t = Open(f, FMModeTruncate, FMShareAll);
     int32_t size = -1;
@@ -183,28 +186,70 @@ TEST_F(FilesTest, DenyModesWithinOneProcess) {
     EXPECT_EQ(SlurpFile(f), "shared");
 }
 
-TEST_F(FilesTest, DenyAllHoldsAgainstAnotherProcess) {
+// Share modes between two processes: a child of this program holds the file open with one
+// mode while this process opens it again. A refused open comes after FMOpen's two waits.
+TEST_F(FilesTest, DenyModesHoldAgainstAnotherProcess) {
+    struct Second {
+        int32_t mode, deny;
+        MgStatus want;
+    };
+    const struct {
+        int32_t mode, deny;
+        std::vector<Second> seconds;
+    } holders[] = {
+        {FMModeRead, FMShareNone, {{FMModeRead, FMShareAll, MgNoPermission}}},
+        {FMModeRead,
+         FMShareRead,
+         {{FMModeRead, FMShareAll, MgNoError},
+          {FMModeWrite, FMShareAll, MgNoPermission},
+          {FMModeReadWrite, FMShareAll, MgNoPermission}}},
+    };
     std::string f = Make("x", "locked");
-    int ready[2], done[2];
-    ASSERT_EQ(pipe(ready), 0);
-    ASSERT_EQ(pipe(done), 0);
-    pid_t child = fork();
-    if (child == 0) {
-        FileRef ref = 0;
-        HostPath p(f);
-        char c = FMOpen(&ref, p.p, FMModeRead, FMShareNone) == MgNoError ? 'y' : 'n';
-        if (write(ready[1], &c, 1) != 1) _exit(2);
-        if (read(done[0], &c, 1) != 1) _exit(2);
-        _exit(0);
+    for (const auto& h : holders) {
+        SCOPED_TRACE(testing::Message() << "held with mode " << h.mode << " deny " << h.deny);
+        std::filesystem::remove(f + ".ready");
+        std::filesystem::remove(f + ".done");
+        const std::string orders = f + "|" + std::to_string(h.mode) + "|" + std::to_string(h.deny);
+        int64_t child = StartTestChild("HoldOpen.DISABLED_Child", "MXSB_HOLD=" + orders);
+        ASSERT_NE(child, 0);
+        std::string ready;
+        for (int i = 0; i < 3000 && ready.empty(); ++i) {
+            plat::SleepMilliseconds(10);
+            ready = SlurpFile(f + ".ready");
+        }
+        EXPECT_EQ(ready, "y");
+        for (const Second& s : h.seconds) {
+            const auto start = std::chrono::steady_clock::now();
+            FileRef ref = Open(f, s.mode, s.deny, s.want);
+            const auto waited = std::chrono::steady_clock::now() - start;
+            if (ref) FMClose(ref);
+            if (s.want != MgNoError) {
+                EXPECT_GE(waited, std::chrono::milliseconds(90)) << s.mode;
+            }
+        }
+        std::ofstream(f + ".done") << "y";
+        EXPECT_EQ(plat::WaitChild(child, 30000), 0);
     }
-    char c = 0;
-    ASSERT_EQ(read(ready[0], &c, 1), 1);
-    ASSERT_EQ(c, 'y');
-    Open(f, FMModeRead, FMShareAll, MgNoPermission);
-    ASSERT_EQ(write(done[1], &c, 1), 1);
-    int status = 0;
-    waitpid(child, &status, 0);
-    FMClose(Open(f, FMModeRead, FMShareAll));  // free again once the child is gone
+    FMClose(Open(f, FMModeRead, FMShareNone));  // free again once the children are gone
+}
+
+// The holder: opens the file of MXSB_HOLD ("<file>|<mode>|<deny>"), says in <file>.ready
+// whether it could, and keeps it open until <file>.done appears.
+TEST(HoldOpen, DISABLED_Child) {
+    const char* orders = std::getenv("MXSB_HOLD");
+    ASSERT_NE(orders, nullptr);
+    std::string file;
+    int32_t mode = 0, deny = 0;
+    std::stringstream in(orders);
+    std::getline(in, file, '|');
+    char bar = 0;
+    in >> mode >> bar >> deny;
+    FileRef ref = 0;
+    HostPath p(file);
+    std::ofstream(file + ".ready") << (FMOpen(&ref, p.p, mode, deny) == MgNoError ? "y" : "n");
+    for (int i = 0; i < 3000 && !std::filesystem::exists(file + ".done"); ++i)
+        plat::SleepMilliseconds(10);
+    FMClose(ref);
 }
 
 TEST_F(FilesTest, InjectedFailuresAndCounts) {

@@ -10,7 +10,7 @@
 #include "support/run_tool.h"
 
 inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesystem::path& dir) {
-    return RunProgram(MGRSRC_PATH, args, dir);
+    return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
 }
 
 inline void WriteBytes(const std::filesystem::path& p, const Bytes& b) {

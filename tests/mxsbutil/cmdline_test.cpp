@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "mxsbutil/options.h"
+#include "platform/platform.h"
 
 namespace {
 
@@ -99,7 +100,7 @@ TEST(ReadArguments, FillsTheOptions) {
     EXPECT_EQ(gOptions.codeDir, gOptions.startDir);
     std::string dir = gOptions.codeDir;
     ASSERT_FALSE(dir.empty());
-    EXPECT_EQ(dir.back(), '/');
+    EXPECT_EQ(dir.back(), plat::DirectorySeparator());
 
     ASSERT_EQ(Read({"-c", "foo", "-r", "a", "-r"}), 0);  // -r last: as if not given
     EXPECT_EQ(gOptions.resFileName, nullptr);

@@ -203,9 +203,9 @@ TEST(Messages, InjectedFaults) {
         {[] { plat::FailFileOpAt(plat::kFileRead, 1, 6); }, 0, "FMRead error 6\r\n"},
         {[] { plat::FailFileOpAt(plat::kFileSeek, 1, 6); }, 0, "FMSeek error 6\r\n"},
         {[] { plat::FailAllocationAt(1); }, 1, "mxsbutil: not enough memory\n"},
-        // The write-back's failure is told and not returned.
-        {[] { plat::FailFileOpAt(plat::kFileWrite, 2, 9); }, 0,
-         "resource error 9 on RCloseFile\r\n"},
+        // A package that doesn't reach the disk fails the run.
+        {[] { plat::FailFileOpAt(plat::kFileWrite, 2, 9); }, 2,
+         "resource error 9 on RCloseFile\r\nmxsbutil: error building resource file: 9\r\n"},
         {[] { plat::FailFileOpAt(plat::kFileWrite, 1, 9); }, 2,
          "RCreateCorrectFile error 9\r\nmxsbutil: error building resource file: 9\r\n"},
     };

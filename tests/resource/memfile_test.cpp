@@ -1,8 +1,8 @@
 // Memory images and dates: files in memory, the image of an open file against what the disk
 // gets, and modification dates by file and by path.
-#include <fcntl.h>
-#include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <random>
 
 #include "resource/resmap.h"
@@ -233,6 +233,9 @@ TEST_F(MemImage, ModificationDateByPathAndByFile) {
         }
     }
     FPathRelease(cases[3].path);
+    // Writable again, so that a Windows host lets the directory go.
+    std::filesystem::permissions(FilePath("dated"), perms::owner_write,
+                                 std::filesystem::perm_options::add);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "resource/resource_env.h"
 
-#include <stdlib.h>
-#include <unistd.h>
+#include <algorithm>
+#include <cstddef>
 
 #include <filesystem>
 #include <fstream>
@@ -23,15 +23,13 @@ const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new Resourc
 
 void ResourceTest::SetUp() {
     plat::ResetFaults();
-    char pattern[] = "/tmp/mgres.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir_ = pattern;
+    dir_ = std::make_unique<TempDir>();
 }
 
 void ResourceTest::TearDown() {
     plat::ResetFaults();
     for (Path p : paths_) FPathRelease(p);
-    std::filesystem::remove_all(dir_);
+    dir_.reset();
 }
 
 Path ResourceTest::MakePath(const std::string& leaf) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "mg/resource.h"
 #include "platform/faults.h"
 #include "resource/file_builder.h"
+#include "support/temp_dir.h"
 
 inline ResType T(const char* s) {
     return MgResType(s);
@@ -31,7 +33,7 @@ class ResourceTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    std::string FilePath(const std::string& leaf) const { return dir_ + "/" + leaf; }
+    std::string FilePath(const std::string& leaf) const { return (dir_->path / leaf).string(); }
     Path MakePath(const std::string& leaf);
     void WriteFile(const std::string& leaf, const Bytes& bytes) const;
     Bytes ReadFile(const std::string& leaf) const;
@@ -49,6 +51,6 @@ class ResourceTest : public ::testing::Test {
     // The ids of a type in index order.
     static std::vector<int32_t> Ids(ResFile f, const char* type);
 
-    std::string dir_;
+    std::unique_ptr<TempDir> dir_;
     std::vector<Path> paths_;
 };

@@ -1,9 +1,6 @@
-// Runs the built tools in a directory and collects their statuses and standard streams.
+// Runs programs from tests: the built tools in a directory, or one test of this very
+// program in a child process, on every host.
 #pragma once
-
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +9,10 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include "platform/childprocess.h"
+#include "platform/platform.h"
+#include "support/temp_dir.h"
 
 struct ToolResult {
     int status = -1;  // exit status, or -1 when the tool did not exit normally
@@ -24,28 +25,51 @@ inline std::string SlurpFile(const std::filesystem::path& p) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// The running program's own file.
+inline std::filesystem::path ThisProgram() {
+    char name[4096];
+    return plat::ModuleFileName(name, sizeof name) > 0 ? std::filesystem::path(name)
+                                                       : std::filesystem::path();
+}
+
+// A built tool lies beside the test programs.
+inline std::filesystem::path ToolPath(const char* name = MXSBUTIL_NAME) {
+    return ThisProgram().parent_path() / name;
+}
+
+// Starts `program` with `args`; null `out`/`err` send those streams to the null device, or
+// to this program's own with `inherit`.
+inline int64_t StartProgram(const std::filesystem::path& program,
+                            const std::vector<std::string>& args, const char* directory,
+                            const char* out, const char* err, const char* variable = nullptr,
+                            bool inherit = false) {
+    const std::string name = program.string();
+    std::vector<const char*> argv;
+    for (const auto& a : args) argv.push_back(a.c_str());
+    argv.push_back(nullptr);
+    plat::ChildSpec spec;
+    spec.program = name.c_str();
+    spec.args = argv.data();
+    spec.directory = directory;
+    spec.outFile = out;
+    spec.errFile = err;
+    spec.variable = variable;
+    spec.inherit = inherit;
+    return plat::StartChild(spec);
+}
+
 // Runs `program` with `args` (argv[1]...) in `dir`, stdout and stderr captured into files.
-inline ToolResult RunProgram(const char* program, const std::vector<std::string>& args,
+inline ToolResult RunProgram(const std::filesystem::path& program,
+                             const std::vector<std::string>& args,
                              const std::filesystem::path& dir) {
-    auto outPath = dir / ".tool.out", errPath = dir / ".tool.err";
-    pid_t pid = fork();
-    if (pid == 0) {
-        if (chdir(dir.c_str()) != 0) _exit(126);
-        int o = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int e = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(o, 1);
-        dup2(e, 2);
-        std::vector<char*> argv;
-        argv.push_back(const_cast<char*>(program));
-        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        execv(program, argv.data());
-        _exit(127);
-    }
-    int wstatus = 0;
-    waitpid(pid, &wstatus, 0);
+    const std::string outPath = (dir / ".tool.out").string(),
+                      errPath = (dir / ".tool.err").string();
+    const std::string directory = dir.string();
     ToolResult r;
-    r.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
+    int64_t child =
+        StartProgram(program, args, directory.c_str(), outPath.c_str(), errPath.c_str());
+    if (child == 0) return r;
+    r.status = plat::WaitChild(child, 60000);
     r.out = SlurpFile(outPath);
     r.err = SlurpFile(errPath);
     std::filesystem::remove(outPath);
@@ -55,17 +79,14 @@ inline ToolResult RunProgram(const char* program, const std::vector<std::string>
 
 // Runs the built mxsbutil.
 inline ToolResult RunTool(const std::vector<std::string>& args, const std::filesystem::path& dir) {
-    return RunProgram(MXSBUTIL_PATH, args, dir);
+    return RunProgram(ToolPath(), args, dir);
 }
 
-// A fresh directory under the system's temporary directory, removed with the object.
-struct TempDir {
-    std::filesystem::path path;
-    TempDir() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "mxsb-XXXXXX").string();
-        path = mkdtemp(tmpl.data());
-    }
-    ~TempDir() { std::filesystem::remove_all(path); }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-};
+// Starts test `name` (a DISABLED_ one, which runs only when asked for) of this program in a
+// child, with `variable` ("NAME=value") set for it; its output goes to the null device unless
+// MXSB_CHILD_OUTPUT is set.
+inline int64_t StartTestChild(const std::string& name, const std::string& variable) {
+    return StartProgram(
+        ThisProgram(), {"--gtest_filter=" + name, "--gtest_also_run_disabled_tests"}, nullptr,
+        nullptr, nullptr, variable.c_str(), std::getenv("MXSB_CHILD_OUTPUT") != nullptr);
+}

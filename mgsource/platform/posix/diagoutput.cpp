@@ -9,19 +9,6 @@
 
 namespace plat {
 
-int32_t TempDirectory(char* buffer, int32_t size) {
-    const char* dir = getenv("TMPDIR");
-    if (dir == nullptr || dir[0] == 0) dir = "/tmp";
-    const size_t n = strlen(dir);
-    const bool addSeparator = dir[n - 1] != '/';
-    const size_t total = n + (addSeparator ? 1 : 0);
-    if (size <= 0 || total >= static_cast<size_t>(size)) return 0;
-    memcpy(buffer, dir, n);
-    if (addSeparator) buffer[n] = '/';
-    buffer[total] = 0;
-    return static_cast<int32_t>(total);
-}
-
 // POSIX has no channel through which a process hands text to its debugger.
 void DebuggerOutput(const char* text) {
     DebuggerOutputCapture(text);

@@ -56,9 +56,9 @@ uint8_t CharUpper(uint8_t c) {
 
 int32_t ModuleFileName(char* buffer, int32_t size) {
     if (size <= 0) return 0;
-    // A name that fills the buffer may have been cut: it counts as none.
-    ssize_t n = readlink("/proc/self/exe", buffer, static_cast<size_t>(size) - 1);
-    if (n <= 0 || n >= size - 1) {
+    // A name that fills the whole buffer may have been cut: no room for the terminator.
+    ssize_t n = readlink("/proc/self/exe", buffer, static_cast<size_t>(size));
+    if (n <= 0 || n >= size) {
         buffer[0] = 0;
         return 0;
     }

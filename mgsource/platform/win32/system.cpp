@@ -1,6 +1,9 @@
 // Process and text services on Windows hosts.
 #include <locale.h>
 #include <windows.h>
+// windows.h makes these names macros for their A and W forms, which would rename the seam's own.
+#undef CharLower
+#undef CharUpper
 
 #include "platform/faults_internal.h"
 #include "platform/platform.h"

@@ -1,0 +1,70 @@
+// Child processes on POSIX hosts: fork and exec.
+#include "platform/childprocess.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace plat {
+namespace {
+
+// Points standard stream `fd` at `file`, or at the null device when `file` is null.
+void Redirect(int fd, const char* file, bool inherit) {
+    if (file == nullptr && inherit) return;
+    int to = file ? open(file, O_WRONLY | O_CREAT | O_TRUNC, 0644) : open("/dev/null", O_WRONLY);
+    if (to < 0) _exit(126);
+    dup2(to, fd);
+    close(to);
+}
+
+}  // namespace
+
+int64_t StartChild(const ChildSpec& spec) {
+    std::vector<char*> argv;
+    argv.push_back(const_cast<char*>(spec.program));
+    for (const char* const* a = spec.args; a && *a; ++a) argv.push_back(const_cast<char*>(*a));
+    argv.push_back(nullptr);
+    std::vector<char> variable;
+    if (spec.variable) variable.assign(spec.variable, spec.variable + strlen(spec.variable) + 1);
+    pid_t pid = fork();
+    if (pid < 0) return 0;
+    if (pid == 0) {
+        Redirect(1, spec.outFile, spec.inherit);
+        Redirect(2, spec.errFile, spec.inherit);
+        int null = open("/dev/null", O_RDONLY);
+        dup2(null, 0);
+        if (spec.directory && chdir(spec.directory) != 0) _exit(126);
+        if (!variable.empty()) putenv(variable.data());
+        execv(spec.program, argv.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+int32_t WaitChild(int64_t child, int32_t timeoutMs) {
+    const pid_t pid = static_cast<pid_t>(child);
+    int status = 0;
+    for (int32_t waited = 0;; waited += 5) {
+        pid_t got = waitpid(pid, &status, WNOHANG);
+        if (got == pid) break;
+        if (got < 0 && errno != EINTR) return -1;
+        if (waited >= timeoutMs) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return -1;
+        }
+        SleepMilliseconds(5);
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace plat

@@ -1,0 +1,23 @@
+// What tests expect where the host rightly decides. A Windows host is the one whose native
+// names start with a drive; the others are POSIX hosts.
+#pragma once
+
+#include <string>
+
+#include "mg/mgtypes.h"
+#include "platform/platform.h"
+
+inline bool WindowsHost() {
+    return plat::VolumeDepth() == 1;
+}
+
+// How a line written to a standard stream ends: Windows streams are in text mode.
+inline std::string TextLineEnd() {
+    return WindowsHost() ? "\r\n" : "\n";
+}
+
+// A write through a file opened for reading only: Windows denies the access, while a POSIX
+// descriptor opened for reading is simply a bad one for writing, an I/O error.
+inline MgStatus WriteToReadOnlyStatus() {
+    return WindowsHost() ? MgNoPermission : MgIOError;
+}
