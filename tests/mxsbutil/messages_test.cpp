@@ -2,7 +2,10 @@
 // failing run happens in a child with gDebugging set and DPrintf teed into an enabled
 // LStrOutput, and the captured text is compared byte for byte. The real program, which never
 // switches the print on, stays silent on the same command lines.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>

@@ -19,7 +19,7 @@ class HostileTest : public ResourceTest {
     // Files in the test's directory other than `leaf`: a write-back leaves none behind.
     int32_t Strays(const std::string& leaf) const {
         int32_t n = 0;
-        for (const auto& e : std::filesystem::directory_iterator(dir_))
+        for (const auto& e : std::filesystem::directory_iterator(dir_->path))
             n += e.path().filename() != leaf;
         return n;
     }

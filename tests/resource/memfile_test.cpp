@@ -1,6 +1,9 @@
 // Memory images and dates: files in memory, the image of an open file against what the disk
 // gets, and modification dates by file and by path.
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <chrono>
 #include <filesystem>
 #include <random>
@@ -234,7 +237,7 @@ TEST_F(MemImage, ModificationDateByPathAndByFile) {
     }
     FPathRelease(cases[3].path);
     // Writable again, so that a Windows host lets the directory go.
-    std::filesystem::permissions(FilePath("dated"), perms::owner_write,
+    std::filesystem::permissions(FilePath("dated"), std::filesystem::perms::owner_write,
                                  std::filesystem::perm_options::add);
 }
 

@@ -46,7 +46,7 @@ class ReplaceTest : public ResourceTest {
     }
     int32_t Strays() const {
         int32_t n = 0;
-        for (const auto& e : std::filesystem::directory_iterator(dir_))
+        for (const auto& e : std::filesystem::directory_iterator(dir_->path))
             n += e.path().filename() != "f";
         return n;
     }
