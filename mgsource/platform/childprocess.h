@@ -19,7 +19,7 @@ struct ChildSpec {
 };
 
 // Starts the program; returns an id above 0, or 0 when it could not be started.
-int64_t StartChild(const ChildSpec& spec);
+int64_t StartChild(const ChildSpec& child);
 // Waits for the child at most `timeoutMs` milliseconds, ending it when the time is up; returns
 // its exit status, or -1 when it did not exit by itself (a signal, a fault, the time limit).
 int32_t WaitChild(int64_t child, int32_t timeoutMs);

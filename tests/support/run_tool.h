@@ -47,15 +47,15 @@ inline int64_t StartProgram(const std::filesystem::path& program,
     std::vector<const char*> argv;
     for (const auto& a : args) argv.push_back(a.c_str());
     argv.push_back(nullptr);
-    plat::ChildSpec spec;
-    spec.program = name.c_str();
-    spec.args = argv.data();
-    spec.directory = directory;
-    spec.outFile = out;
-    spec.errFile = err;
-    spec.variable = variable;
-    spec.inherit = inherit;
-    return plat::StartChild(spec);
+    plat::ChildSpec child;
+    child.program = name.c_str();
+    child.args = argv.data();
+    child.directory = directory;
+    child.outFile = out;
+    child.errFile = err;
+    child.variable = variable;
+    child.inherit = inherit;
+    return plat::StartChild(child);
 }
 
 // Runs `program` with `args` (argv[1]...) in `dir`, stdout and stderr captured into files.

@@ -28,23 +28,24 @@ void Redirect(int fd, const char* file, bool inherit) {
 
 }  // namespace
 
-int64_t StartChild(const ChildSpec& spec) {
+int64_t StartChild(const ChildSpec& child) {
     std::vector<char*> argv;
-    argv.push_back(const_cast<char*>(spec.program));
-    for (const char* const* a = spec.args; a && *a; ++a) argv.push_back(const_cast<char*>(*a));
+    argv.push_back(const_cast<char*>(child.program));
+    for (const char* const* a = child.args; a && *a; ++a) argv.push_back(const_cast<char*>(*a));
     argv.push_back(nullptr);
     std::vector<char> variable;
-    if (spec.variable) variable.assign(spec.variable, spec.variable + strlen(spec.variable) + 1);
+    if (child.variable)
+        variable.assign(child.variable, child.variable + strlen(child.variable) + 1);
     pid_t pid = fork();
     if (pid < 0) return 0;
     if (pid == 0) {
-        Redirect(1, spec.outFile, spec.inherit);
-        Redirect(2, spec.errFile, spec.inherit);
+        Redirect(1, child.outFile, child.inherit);
+        Redirect(2, child.errFile, child.inherit);
         int null = open("/dev/null", O_RDONLY);
         dup2(null, 0);
-        if (spec.directory && chdir(spec.directory) != 0) _exit(126);
+        if (child.directory && chdir(child.directory) != 0) _exit(126);
         if (!variable.empty()) putenv(variable.data());
-        execv(spec.program, argv.data());
+        execv(child.program, argv.data());
         _exit(127);
     }
     return pid;

@@ -54,23 +54,23 @@ bool SwapVariable(const std::string& name, const char* value, std::string* old) 
 
 }  // namespace
 
-int64_t StartChild(const ChildSpec& spec) {
+int64_t StartChild(const ChildSpec& child) {
     std::string line;
-    AppendQuoted(line, spec.program);
-    for (const char* const* a = spec.args; a && *a; ++a) AppendQuoted(line, *a);
+    AppendQuoted(line, child.program);
+    for (const char* const* a = child.args; a && *a; ++a) AppendQuoted(line, *a);
 
     SECURITY_ATTRIBUTES sa = {sizeof sa, nullptr, TRUE};
     HANDLE in = CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &sa,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    HANDLE out = StreamHandle(spec.outFile, spec.inherit, STD_OUTPUT_HANDLE);
-    HANDLE err = StreamHandle(spec.errFile, spec.inherit, STD_ERROR_HANDLE);
+    HANDLE out = StreamHandle(child.outFile, child.inherit, STD_OUTPUT_HANDLE);
+    HANDLE err = StreamHandle(child.errFile, child.inherit, STD_ERROR_HANDLE);
 
     // The child takes a copy of this process's environment as it stands at the start.
     std::string name, old;
     bool had = false;
-    if (spec.variable) {
-        const char* eq = strchr(spec.variable, '=');
-        name.assign(spec.variable, eq ? eq - spec.variable : strlen(spec.variable));
+    if (child.variable) {
+        const char* eq = strchr(child.variable, '=');
+        name.assign(child.variable, eq ? eq - child.variable : strlen(child.variable));
         had = SwapVariable(name, eq ? eq + 1 : "", &old);
     }
     STARTUPINFOA si = {};
@@ -80,9 +80,9 @@ int64_t StartChild(const ChildSpec& spec) {
     si.hStdOutput = out;
     si.hStdError = err;
     PROCESS_INFORMATION pi = {};
-    BOOL ok = CreateProcessA(spec.program, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                             spec.directory, &si, &pi);
-    if (spec.variable) SwapVariable(name, had ? old.c_str() : nullptr, nullptr);
+    BOOL ok = CreateProcessA(child.program, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                             child.directory, &si, &pi);
+    if (child.variable) SwapVariable(name, had ? old.c_str() : nullptr, nullptr);
     for (HANDLE h : {in, out, err}) {
         if (h != INVALID_HANDLE_VALUE && h != GetStdHandle(STD_OUTPUT_HANDLE) &&
             h != GetStdHandle(STD_ERROR_HANDLE))
