@@ -242,10 +242,8 @@ bool LastErrorIsSharingConflict() {
 
 // The meanings of the status table: missing things 7, refusals 8, existing files 10, bad
 // names 1, memory 2, anything else an I/O error.
-int32_t LastErrorStatus() {
-    if (gLast.injected) return gLast.injected;
-    switch (gLast.code) {
-        case kSharingConflict:
+int32_t StatusOfErrno(int code) {
+    switch (code) {
         case EAGAIN:  // a range held by another lock
         case EACCES:
         case EPERM:
@@ -267,6 +265,11 @@ int32_t LastErrorStatus() {
         default:
             return 6;
     }
+}
+
+int32_t LastErrorStatus() {
+    if (gLast.injected) return gLast.injected;
+    return gLast.code == kSharingConflict ? 8 : StatusOfErrno(gLast.code);
 }
 
 void SleepMilliseconds(int32_t ms) {

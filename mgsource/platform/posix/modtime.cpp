@@ -3,31 +3,13 @@
 #include <sys/stat.h>
 
 #include "platform/platform.h"
+#include "platform/posix/lasterror.h"
 
 namespace plat {
 namespace {
 
 // Seconds from 1601-01-01 to 1970-01-01.
 constexpr int64_t kUnixEpochIn1601 = 11644473600LL;
-
-// The status-table meanings of the errors stat gives: missing 7, refused 8, bad name 1.
-int32_t StatusOfErrno(int code) {
-    switch (code) {
-        case ENOENT:
-        case ENOTDIR:
-            return 7;
-        case EACCES:
-            return 8;
-        case ENOMEM:
-            return 2;
-        case EINVAL:
-        case ENAMETOOLONG:
-        case ELOOP:
-            return 1;
-        default:
-            return 6;
-    }
-}
 
 int32_t Fill(const struct stat& st, uint64_t* fileTime, bool* readOnly) {
     const int64_t seconds = int64_t{st.st_mtim.tv_sec} + kUnixEpochIn1601;
