@@ -10,6 +10,7 @@
 # The file is made with python3: 100,000 resources in 8 types, each named, with 8 to 71
 # bytes of data, laid out as the manager writes it.
 set -u
+. "$(dirname "$0")/timing.sh"
 
 tool=${1:-build/release/mgrsrc}
 runs=${2:-15}
@@ -63,29 +64,12 @@ with open(path, "wb") as f:
 PY
 [ -s "$file" ] || { echo "mgrsrc_list: cannot make the file" >&2; exit 1; }
 
-now_ns() {
-    date +%s%N
-}
 run_tool() {
     "$tool" list "$file" >/dev/null
 }
 run_cat() {
     cat "$file" >/dev/null
 }
-time_ns() {
-    t0=$(now_ns)
-    "$1" || return 1
-    t1=$(now_ns)
-    echo $((t1 - t0))
-}
-median() {
-    sort -n | awk '{ v[NR] = $1 } END { if (NR % 2) print v[(NR + 1) / 2];
-                                        else print int((v[NR / 2] + v[NR / 2 + 1]) / 2) }'
-}
-ms() {
-    awk -v ns="$1" 'BEGIN { printf "%.1f", ns / 1e6 }'
-}
-
 # Warm-up, and a check that the tool lists every resource.
 lines=$("$tool" list "$file" | wc -l)
 if [ "$lines" -lt "$count" ]; then

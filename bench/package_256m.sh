@@ -18,6 +18,7 @@
 # time if present, else from python3's getrusage, else from polling /proc/<pid>/status
 # (VmHWM), which can miss the last moments of the run and so gives a lower bound.
 set -u
+. "$(dirname "$0")/timing.sh"
 
 tool=${1:-build/release/mxsbutil}
 runs=${2:-7}
@@ -57,10 +58,6 @@ case $(date +%N) in
     exit 0
     ;;
 esac
-now_ns() {
-    date +%s%N
-}
-
 # sync(1) flushes one file where it can; an old one flushes everything, which costs more.
 if sync "$work/big.dll" 2>/dev/null; then
     flush_copy() { sync "$work/copy"; }
@@ -83,23 +80,6 @@ run_vi() {
 vi_peer=${MB_VI_PEER:-}
 run_vi_peer() {
     "$vi_peer" -c big -d "$work/" -vi "$work/peer.vi" 2>/dev/null
-}
-
-# Times one call of the named function in nanoseconds; fails when the call fails.
-time_ns() {
-    t0=$(now_ns)
-    "$1" || return 1
-    t1=$(now_ns)
-    echo $((t1 - t0))
-}
-
-median() {
-    sort -n | awk '{ v[NR] = $1 } END { if (NR % 2) print v[(NR + 1) / 2];
-                                        else print int((v[NR / 2] + v[NR / 2 + 1]) / 2) }'
-}
-
-ms() {
-    awk -v ns="$1" 'BEGIN { printf "%.1f", ns / 1e6 }'
 }
 
 ratio() {

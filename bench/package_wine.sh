@@ -7,6 +7,7 @@
 #   defaults build/mingw32/mxsbutil.exe and 5 runs; MB_SIZE_MIB overrides the size.
 # Runs in the prefix of `make test-windows` (cmake/wine-env.sh), with its server kept.
 set -u
+. "$(dirname "$0")/timing.sh"
 
 tool=${1:-build/mingw32/mxsbutil.exe}
 runs=${2:-5}
@@ -25,15 +26,6 @@ win="Z:$(echo "$work" | tr / '\\')"
 
 run_tool() { wine "$tool" -c big -d "$win\\" >/dev/null 2>&1; }
 run_copy() { wine cmd /c copy /b /y "$win\\big.dll" "$win\\copy.dll" >/dev/null 2>&1; }
-time_ns() {
-    t0=$(date +%s%N)
-    "$1" || return 1
-    echo $(($(date +%s%N) - t0))
-}
-median() {
-    sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'
-}
-
 run_tool || { echo "package_wine: mxsbutil.exe failed" >&2; exit 1; }
 run_copy || { echo "package_wine: copy failed" >&2; exit 1; }
 : >"$work/t_tool"
