@@ -59,8 +59,9 @@ void Session::Apply(const Edit& e) {
     auto key = std::make_pair(type, static_cast<int32_t>(e.id));
     Handle h = nullptr;
     if (e.kind == 0) {  // add, under a name for odd fill bytes
+        // Only a (type, id) the file doesn't hold; RExists calls that 15, and a new type too.
         int32_t found = 0;
-        if (RExists(file, type, e.id, &found) != MgNoError || found) return;
+        if (RExists(file, type, e.id, &found) != MgResourceNotFound) return;
         std::string data = Pattern(e);
         h = MemNewHandle(static_cast<int32_t>(data.size()));
         if (!h) return;
@@ -134,7 +135,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     s.trusted = fuzz::LoadEverything(s.file, &s.model);
     for (const Edit& e : script) s.Apply(e);
-    if (RCloseFile(s.file) != MgNoError) s.trusted = false;
+    if (RCloseFile(s.file) != MgNoError) {
+        // A close that can't write back (data of an untouched resource outside the file, say)
+        // leaves the file open with every handle; dropping the dirty bit gives up the edits,
+        // and then the close must succeed. Leaving it open would leak its map, its handles and
+        // its descriptor for the rest of the run.
+        s.trusted = false;
+        int32_t attrs = 0;
+        if (RGetFileAttrs(s.file, &attrs) != MgNoError ||
+            RSetFileAttrs(s.file, attrs & ~RFileDirty) != MgNoError ||
+            RCloseFile(s.file) != MgNoError)
+            abort();
+    }
 
     ResFile again = 0;
     MgStatus reopened = ROpenFile(path, FMModeRead, &again, nullptr, nullptr);
