@@ -3,6 +3,7 @@
 // written back correctly. Each case leaves everything else as it was.
 #include <filesystem>
 
+#include "mg/rescheck.h"
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"
 
@@ -40,6 +41,40 @@ TEST_F(HostileTest, UntrustworthyMapsAreRefused) {
             EXPECT_EQ(RLastGot.handle, last.handle);
             EXPECT_EQ(ReadFile("m"), b);
         }
+    }
+}
+
+// A file carried at the end of another one, whose offsets, moved by where it stands (8), are
+// past any 32-bit position: the header's, or the map copy's, which aren't compared, and which
+// in a file with no map are the header's moved twice. The check of the bytes says so too.
+TEST_F(HostileTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
+    const Bytes base = crafted::Base(), empty = BuildFile({});
+    const uint32_t map = crafted::MapAt(base);
+    const struct {
+        const char* what;
+        const Bytes& inner;
+        uint32_t at, value;
+    } rows[] = {
+        {"map offset", base, 16, 0x7FFFFFFC},
+        {"data offset", base, 24, 0x7FFFFFFC},
+        {"map copy's data offset", base, map + 24, 0x7FFFFFFC},
+        {"data offset with no map", empty, 24, 0x7FFFFFF4},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes outer(8, 0xEE);
+        outer.insert(outer.end(), row.inner.begin(), row.inner.end());
+        PutBig32(outer, 8 + row.at, row.value);
+        const int32_t at = 8;
+        outer.resize(outer.size() + 4);
+        memcpy(outer.data() + outer.size() - 4, &at, 4);
+        WriteFile("e", outer);
+        const int32_t slots = OpenSlots();
+        EXPECT_EQ(Open("e", FMModeRead, MgEndOfFile), 0);
+        EXPECT_EQ(OpenSlots(), slots);
+        RCheckSummary sum{};
+        EXPECT_EQ(RCheckBytes(outer.data(), int64_t(outer.size()), nullptr, &sum), MgNoError);
+        EXPECT_EQ(sum.openStatus, MgEndOfFile);
     }
 }
 
