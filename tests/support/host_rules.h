@@ -21,3 +21,8 @@ inline std::string TextLineEnd() {
 inline MgStatus WriteToReadOnlyStatus() {
     return WindowsHost() ? MgNoPermission : MgIOError;
 }
+
+// The environment variable that names the temporary directory.
+inline const char* TempVariable() {
+    return WindowsHost() ? "TMP" : "TMPDIR";
+}

@@ -68,4 +68,8 @@ int32_t WaitChild(int64_t child, int32_t timeoutMs) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+bool SetVariable(const char* name, const char* value) {
+    return (value ? setenv(name, value, 1) : unsetenv(name)) == 0;
+}
+
 }  // namespace plat
