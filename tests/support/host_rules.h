@@ -2,6 +2,8 @@
 // names start with a drive; the others are POSIX hosts.
 #pragma once
 
+#include <stdint.h>
+
 #include <string>
 
 #include "mg/mgtypes.h"
@@ -25,4 +27,9 @@ inline MgStatus WriteToReadOnlyStatus() {
 // The environment variable that names the temporary directory.
 inline const char* TempVariable() {
     return WindowsHost() ? "TMP" : "TMPDIR";
+}
+
+// The longest command line a program can be started with: Windows holds 32767 characters.
+inline size_t CommandLineLimit() {
+    return WindowsHost() ? 32767 : SIZE_MAX;
 }
