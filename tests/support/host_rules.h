@@ -33,3 +33,10 @@ inline const char* TempVariable() {
 inline size_t CommandLineLimit() {
     return WindowsHost() ? 32767 : SIZE_MAX;
 }
+
+// The permission bits the host reports after `bits` were set: a Windows host keeps only the
+// read-only attribute (no owner write bit), read as 0444 or 0666, and 0111 more for a directory.
+inline int32_t HostPermissions(int32_t bits, bool directory) {
+    if (!WindowsHost()) return bits;
+    return ((bits & 0200) ? 0666 : 0444) | (directory ? 0111 : 0);
+}

@@ -110,6 +110,11 @@ int32_t WaitChild(int64_t child, int32_t timeoutMs) {
     return result;
 }
 
+int64_t OpenHandleCount() {
+    DWORD count = 0;
+    return GetProcessHandleCount(GetCurrentProcess(), &count) ? int64_t(count) : -1;
+}
+
 // The C runtime keeps its own copy of the environment; _putenv updates both it and the
 // process's, which GetTempPathA and CreateProcess read. "NAME=" removes the variable.
 bool SetVariable(const char* name, const char* value) {
