@@ -103,7 +103,7 @@ TEST_F(DirsTest, ListingFailingMidway) {
     auto before = plat::OpenHandleCount();
     plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
     EXPECT_EQ(FDirEntries(p, names, types), MgIOError);
-    EXPECT_EQ(Names(names).size(), 4u);
+    EXPECT_EQ(Names(names).size(), 4u - ListedDotEntries());
     EXPECT_GE(MemHandleSize(types), 4 * 8);
     EXPECT_EQ(plat::OpenHandleCount(), before);
 }

@@ -40,3 +40,9 @@ inline int32_t HostPermissions(int32_t bits, bool directory) {
     if (!WindowsHost()) return bits;
     return ((bits & 0200) ? 0666 : 0444) | (directory ? 0111 : 0);
 }
+
+// The steps of a directory listing that go to the directory's own "." and "..": a Windows
+// listing gives them first, a POSIX one is not asked to.
+inline uint32_t ListedDotEntries() {
+    return WindowsHost() ? 2 : 0;
+}
