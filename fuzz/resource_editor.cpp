@@ -5,8 +5,11 @@
 // Each edit: kind, type index, id (16 bits), data length (16 bits), fill byte, attribute
 // byte. Kinds: add, change (new data), remove, release, detach, set attributes, update.
 //
-// When every resource of the file loaded at the start, the edits are kept in a model of the
-// file; after closing and reopening, the file must hold exactly the model.
+// When every resource of the file loaded at the start and its names lie apart in the name
+// list, the edits are kept in a model of the file; after closing and reopening, the file must
+// hold exactly the model. What the manager does on purpose is left out of the model: an
+// emptied file may not open again, and a name added after the name-list offset went wrong
+// (see namesSkewed) reads back wrong.
 #include <stdlib.h>
 
 #include <algorithm>
