@@ -232,6 +232,7 @@ TEST_F(DirsTest, ApplyFileInfoAndModDate) {
     EXPECT_EQ(date, 3000000000u);
     FMClose(ref);
     EXPECT_EQ(FMFileModDate(relative, 0, &date, nullptr), MgBadArgument);
+    EXPECT_EQ(FMFileModDate(p, 0, nullptr, &readOnly), MgBadArgument);
     SetPermissions(file, 0644);
 }
 
