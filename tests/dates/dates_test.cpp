@@ -6,6 +6,7 @@
 #include "mg/datetime.h"
 #include "platform/faults.h"
 #include "platform/platform.h"
+#include "support/host_rules.h"
 
 namespace {
 
@@ -124,11 +125,12 @@ class LocalTime : public ::testing::TestWithParam<Zone> {
     void TearDown() override { plat::SetTimeZoneForTest("UTC0"); }
 };
 
-TEST_P(LocalTime, FieldsFollowTheZoneRuleOfTheDay) {
+TEST_P(LocalTime, FieldsTakeTheZoneOffsetOfTheHostsRule) {
     for (const bool summer : {false, true}) {
         DateRecord d;
         TimestampToDateRecord(Stamp(1, summer ? 7 : 1, 2020, 12 * 3600), &d);
-        EXPECT_EQ(d.hour, 12 + (summer ? GetParam().summer : GetParam().winter)) << summer;
+        EXPECT_EQ(d.hour, 12 + (SummerOffsetFor(summer) ? GetParam().summer : GetParam().winter))
+            << summer;
         EXPECT_EQ(d.wday, 4);  // both Wednesdays, counting Sunday as 1
     }
 }
@@ -166,13 +168,22 @@ TEST_P(LocalTime, DaysBeyondTheMonthRollOverAndBadFieldsGiveZero) {
     for (const DateRecord& r : bad) EXPECT_EQ(DateRecordToTimestamp(&r), 0u) << r.hour;
 }
 
-// isdst tells how the clock stands now: always so in a zone whose summer lasts the year.
+// isdst tells how the clock stands now, whatever the stamp: it agrees with the offset that
+// the present instant's fields show. A summer that lasts the year is in force now wherever the
+// zone's own rule applies.
 TEST(LocalTimeNow, DaylightFlag) {
     const Timestamp s = 0;
     CalendarTime c;
-    for (const auto& [tz, dst] : {std::pair{"UTC0", 0}, std::pair{"AAA-1BBB,J1/0,J365/25", 1}}) {
-        plat::SetTimeZoneForTest(tz);
-        EXPECT_EQ(TimestampToCalendar(&s, &c)->isdst, dst) << tz;
+    for (const Zone& zone : {Zone{"UTC0", 0, 0}, Zone{"AAA-1BBB,J1/0,J365/25", 1, 2}}) {
+        plat::SetTimeZoneForTest(zone.tz);
+        const Timestamp now = TimeNow();
+        DateRecord fields;
+        TimestampToDateRecord(now, &fields);
+        const int32_t offset = (fields.hour - int32_t(now % 86400 / 3600) + 24) % 24;
+        const bool summerNow = zone.summer != zone.winter && offset == zone.summer;
+        EXPECT_EQ(TimestampToCalendar(&s, &c)->isdst, summerNow ? 1 : 0) << zone.tz;
+        EXPECT_EQ(offset, summerNow ? zone.summer : zone.winter) << zone.tz;
+        EXPECT_TRUE(summerNow || zone.summer == zone.winter || !ZoneTextRuleApplies()) << zone.tz;
     }
     plat::SetTimeZoneForTest("UTC0");
 }

@@ -21,3 +21,22 @@ inline std::string TextLineEnd() {
 inline MgStatus WriteToReadOnlyStatus() {
     return WindowsHost() ? MgNoPermission : MgIOError;
 }
+
+// A zone set from a TZ text: POSIX hosts follow the text's daylight rule; Windows hosts take
+// its names and offsets but the runtime's own daylight rule.
+inline bool ZoneTextRuleApplies() {
+    return !WindowsHost();
+}
+
+// Whether the local fields of an instant take the zone's summer offset: POSIX hosts follow the
+// zone's rule on the instant's day; Windows hosts apply the offset in force now to every
+// instant, as the system's conversion does.
+inline bool SummerOffsetFor(bool instantInSummer) {
+    return WindowsHost() ? plat::TimeZoneState() == 2 : instantInSummer;
+}
+
+// How a stack trace names one of the program's functions: POSIX hosts demangle the linker's
+// name, parameter list and all; the Windows symbol library gives the qualified name alone.
+inline std::string TracedFunctionName(const std::string& qualified, const std::string& parameters) {
+    return WindowsHost() ? qualified : qualified + "(" + parameters + ")";
+}

@@ -2,7 +2,9 @@
 // refuses an unreadable range instead of faulting. Names come from the system's symbol
 // library, loaded at run time by the platform's version and used through four entry points
 // found by name, so that a machine without it still gets addresses. These are the library's
-// 32-bit entry points and records: the naming serves the 32-bit target.
+// 32-bit entry points and records: the naming serves the 32-bit target. The library names a
+// function by its qualified name, without parameters, from the program's debug information
+// (the build emits a version of it that the library reads).
 #include <windows.h>
 
 #include <new>
@@ -61,7 +63,23 @@ struct SymbolLibrary {
     SymGetSymFromAddrProc symbolFromAddress;
     SymLoadModuleProc loadModule;
     HANDLE process;
+    HMODULE mainOnly;  // mode 1: the main module, the only one named
 };
+
+namespace {
+
+// Mode 1 names the main module alone. Some symbol libraries find the other modules of their
+// own process by themselves; an address outside the main module stays unnamed all the same.
+bool Excluded(const SymbolLibrary* library, uintptr_t address) {
+    if (library->mainOnly == nullptr) return false;
+    HMODULE holder = nullptr;
+    return !GetModuleHandleExA(
+               GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+               reinterpret_cast<LPCSTR>(address), &holder) ||
+           holder != library->mainOnly;
+}
+
+}  // namespace
 
 bool ReadOwnMemory(uintptr_t address, void* out, size_t size) {
     SIZE_T read = 0;
@@ -88,6 +106,7 @@ SymbolLibrary* LoadSymbolLibrary(int32_t mode) {
     library->loadModule = Entry<SymLoadModuleProc>(module, "SymLoadModule");
     if (mode == 1) {
         // The main module's symbols alone.
+        library->mainOnly = GetModuleHandleA(nullptr);
         if (library->initialize) library->initialize(library->process, nullptr, FALSE);
         char path[400];
         GetModuleFileNameA(nullptr, path, sizeof path);
@@ -104,7 +123,7 @@ void FreeSymbolLibrary(SymbolLibrary* library) {
 }
 
 bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size) {
-    if (library->moduleInfo == nullptr) return false;
+    if (library->moduleInfo == nullptr || Excluded(library, address)) return false;
     alignas(DWORD) unsigned char record[kModuleRecordSize] = {};
     const DWORD sizeWord = kModuleRecordSize;
     memcpy(record, &sizeWord, sizeof sizeWord);
@@ -115,7 +134,7 @@ bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, in
 
 bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size,
                        uint32_t* offset) {
-    if (library->symbolFromAddress == nullptr) return false;
+    if (library->symbolFromAddress == nullptr || Excluded(library, address)) return false;
     SymbolRecord symbol = {};
     symbol.sizeOfStruct = kSymbolRecordSize;
     symbol.maxNameLength = kSymbolNameMax;

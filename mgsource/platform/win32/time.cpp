@@ -1,5 +1,10 @@
 // Time on Windows hosts: the system's own calls. Local time uses the bias in force now, as
-// FileTimeToLocalFileTime and LocalFileTimeToFileTime do.
+// FileTimeToLocalFileTime and LocalFileTimeToFileTime do, for every instant converted.
+//
+// A zone set by SetTimeZoneForTest stands in for the system's, which a process can't change
+// for itself alone: the runtime reads the TZ text (its name, offset and daylight name; the
+// daylight rule is the runtime's own), and the conversions then apply that zone's bias in
+// force now, exactly as the system's calls apply the system zone's.
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
@@ -7,6 +12,7 @@
 
 #include "mg/datetime.h"
 #include "platform/faults.h"
+#include "platform/fieldrange.h"
 #include "platform/platform.h"
 #include "platform/tmfields.h"
 
@@ -27,6 +33,27 @@ uint64_t FromFileTime(const FILETIME& ft) {
     return (static_cast<uint64_t>(ft.dwHighDateTime) << 32) | ft.dwLowDateTime;
 }
 
+constexpr int64_t kUnitsPerSecond = 10000000;
+
+bool gTestZoneSet = false;
+
+// The test zone's bias in force now, in seconds to add to the local clock for UTC, and
+// whether daylight time is in force.
+int64_t TestZoneBiasNow(bool* daylightNow) {
+    const time_t now = time(nullptr);
+    const tm* fields = localtime(&now);
+    *daylightNow = fields != nullptr && fields->tm_isdst > 0;
+    return static_cast<int64_t>(_timezone) + (*daylightNow ? _dstbias : 0);
+}
+
+// `value` moved by `seconds`, false when the result leaves the file times.
+bool Shift(uint64_t value, int64_t seconds, uint64_t* out) {
+    const int64_t shifted = static_cast<int64_t>(value) + seconds * kUnitsPerSecond;
+    if (value > 0x7FFFFFFFFFFFFFFFULL || shifted < 0) return false;
+    *out = static_cast<uint64_t>(shifted);
+    return true;
+}
+
 }  // namespace
 
 bool SystemTimeNow(uint64_t* fileTime) {
@@ -39,6 +66,8 @@ bool SystemTimeNow(uint64_t* fileTime) {
 }
 
 bool FileTimeToLocal(uint64_t utc, uint64_t* local) {
+    bool daylight;
+    if (gTestZoneSet) return Shift(utc, -TestZoneBiasNow(&daylight), local);
     const FILETIME in = ToFileTime(utc);
     FILETIME out;
     if (!FileTimeToLocalFileTime(&in, &out)) return false;
@@ -47,6 +76,8 @@ bool FileTimeToLocal(uint64_t utc, uint64_t* local) {
 }
 
 bool LocalToFileTime(uint64_t local, uint64_t* utc) {
+    bool daylight;
+    if (gTestZoneSet) return Shift(local, TestZoneBiasNow(&daylight), utc);
     const FILETIME in = ToFileTime(local);
     FILETIME out;
     if (!LocalFileTimeToFileTime(&in, &out)) return false;
@@ -62,7 +93,10 @@ bool FileTimeToFields(uint64_t fileTime, SystemTime* fields) {
     return true;
 }
 
+// The system's call is checked first: not every host's refuses a day that the Gregorian
+// calendar lacks.
 bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime) {
+    if (!FieldsInRange(*fields)) return false;
     SYSTEMTIME in;
     memcpy(&in, fields, sizeof in);
     FILETIME out;
@@ -72,6 +106,11 @@ bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime) {
 }
 
 int32_t TimeZoneState() {
+    if (gTestZoneSet) {
+        bool daylight;
+        TestZoneBiasNow(&daylight);
+        return daylight ? 2 : _daylight ? 1 : 0;
+    }
     TIME_ZONE_INFORMATION info;
     return static_cast<int32_t>(GetTimeZoneInformation(&info));
 }
@@ -88,6 +127,7 @@ void SetTimeZoneForTest(const char* zone) {
     strncat(setting, zone, sizeof setting - 4);
     _putenv(setting);
     _tzset();
+    gTestZoneSet = true;
 }
 
 }  // namespace plat
