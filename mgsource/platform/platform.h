@@ -218,6 +218,12 @@ void ConsoleWrite(void* output, const char* text, int32_t length);
 // Lets the console of ConsoleOpen go.
 void ConsoleClose();
 
+// Standard streams.
+
+// Puts standard output in binary mode, so that the bytes written to it arrive unchanged; a
+// Windows stream in text mode would add a CR before each LF. False when the host refuses.
+bool BinaryStandardOutput();
+
 // Stack reading and naming.
 
 // Copies `size` bytes at `address` in this process into `out`. A range that is not wholly

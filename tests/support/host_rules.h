@@ -2,6 +2,8 @@
 // names start with a drive; the others are POSIX hosts.
 #pragma once
 
+#include <stdint.h>
+
 #include <string>
 
 #include "mg/mgtypes.h"
@@ -20,6 +22,23 @@ inline std::string TextLineEnd() {
 // descriptor opened for reading is simply a bad one for writing, an I/O error.
 inline MgStatus WriteToReadOnlyStatus() {
     return WindowsHost() ? MgNoPermission : MgIOError;
+}
+
+// The environment variable that names the temporary directory.
+inline const char* TempVariable() {
+    return WindowsHost() ? "TMP" : "TMPDIR";
+}
+
+// The longest command line a program can be started with: Windows holds 32767 characters.
+inline size_t CommandLineLimit() {
+    return WindowsHost() ? 32767 : SIZE_MAX;
+}
+
+// The permission bits the host reports after `bits` were set: a Windows host keeps only the
+// read-only attribute (no owner write bit), read as 0444 or 0666, and 0111 more for a directory.
+inline int32_t HostPermissions(int32_t bits, bool directory) {
+    if (!WindowsHost()) return bits;
+    return ((bits & 0200) ? 0666 : 0444) | (directory ? 0111 : 0);
 }
 
 // A zone set from a TZ text: POSIX hosts follow the text's daylight rule; Windows hosts take
