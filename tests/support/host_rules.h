@@ -59,3 +59,10 @@ inline bool SummerOffsetFor(bool instantInSummer) {
 inline std::string TracedFunctionName(const std::string& qualified, const std::string& parameters) {
     return WindowsHost() ? qualified : qualified + "(" + parameters + ")";
 }
+
+// What of a console sink's text a redirected standard output (a file or a pipe, as a test
+// captures it) receives: on POSIX hosts the console is the standard output; a Windows host
+// writes to a console alone, and a handle that isn't one takes nothing.
+inline std::string ConsoleTextInStandardOutput(const std::string& text) {
+    return WindowsHost() ? "" : text;
+}

@@ -5,6 +5,7 @@
 // 32-bit entry points and records: the naming serves the 32-bit target. The library names a
 // function by its qualified name, without parameters, from the program's debug information
 // (the build emits a version of it that the library reads).
+#include <stddef.h>
 #include <windows.h>
 
 #include <new>
@@ -39,6 +40,11 @@ struct SymbolRecord {
     DWORD maxNameLength;
     CHAR name[kSymbolNameMax + 1];
 };
+
+// The five words and the first byte of the name, padded to the words' alignment.
+constexpr DWORD kPaddedSymbolRecordSize =
+    (offsetof(SymbolRecord, name) + 1 + sizeof(DWORD) - 1) / sizeof(DWORD) * sizeof(DWORD);
+static_assert(offsetof(SymbolRecord, name) + 1 == kSymbolRecordSize);
 
 template <typename Proc>
 Proc Entry(HMODULE library, const char* name) {
@@ -135,16 +141,22 @@ bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, in
 bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size,
                        uint32_t* offset) {
     if (library->symbolFromAddress == nullptr || Excluded(library, address)) return false;
-    SymbolRecord symbol = {};
-    symbol.sizeOfStruct = kSymbolRecordSize;
-    symbol.maxNameLength = kSymbolNameMax;
-    DWORD displacement = 0;
-    if (!library->symbolFromAddress(library->process, static_cast<DWORD>(address), &displacement,
-                                    &symbol))
-        return false;
-    CopyCut(symbol.name, kSymbolNameMax, name, size);
-    *offset = displacement;
-    return true;
+    // The record's size word is its packed size; a library that wants the size padded to its
+    // words' alignment refuses that, and is asked again with the padded size.
+    const DWORD sizeWords[] = {kSymbolRecordSize, kPaddedSymbolRecordSize};
+    for (const DWORD sizeWord : sizeWords) {
+        SymbolRecord symbol = {};
+        symbol.sizeOfStruct = sizeWord;
+        symbol.maxNameLength = kSymbolNameMax;
+        DWORD displacement = 0;
+        if (library->symbolFromAddress(library->process, static_cast<DWORD>(address),
+                                       &displacement, &symbol)) {
+            CopyCut(symbol.name, kSymbolNameMax, name, size);
+            *offset = displacement;
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace plat
