@@ -79,9 +79,9 @@ namespace {
 bool Excluded(const SymbolLibrary* library, uintptr_t address) {
     if (library->mainOnly == nullptr) return false;
     HMODULE holder = nullptr;
-    return !GetModuleHandleExA(
-               GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-               reinterpret_cast<LPCSTR>(address), &holder) ||
+    return !GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                   GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                               reinterpret_cast<LPCSTR>(address), &holder) ||
            holder != library->mainOnly;
 }
 
@@ -149,8 +149,8 @@ bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, in
         symbol.sizeOfStruct = sizeWord;
         symbol.maxNameLength = kSymbolNameMax;
         DWORD displacement = 0;
-        if (library->symbolFromAddress(library->process, static_cast<DWORD>(address),
-                                       &displacement, &symbol)) {
+        if (library->symbolFromAddress(library->process, static_cast<DWORD>(address), &displacement,
+                                       &symbol)) {
             CopyCut(symbol.name, kSymbolNameMax, name, size);
             *offset = displacement;
             return true;
