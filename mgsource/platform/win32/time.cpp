@@ -37,19 +37,22 @@ constexpr int64_t kUnitsPerSecond = 10000000;
 
 bool gTestZoneSet = false;
 
-// The test zone's bias in force now, in seconds to add to the local clock for UTC, and
-// whether daylight time is in force.
-int64_t TestZoneBiasNow(bool* daylightNow) {
+bool TestZoneDaylightNow() {
     const time_t now = time(nullptr);
     const tm* fields = localtime(&now);
-    *daylightNow = fields != nullptr && fields->tm_isdst > 0;
-    return static_cast<int64_t>(_timezone) + (*daylightNow ? _dstbias : 0);
+    return fields != nullptr && fields->tm_isdst > 0;
+}
+
+// The test zone's bias in force now: the seconds to add to the local clock for UTC.
+int64_t TestZoneBiasNow() {
+    return static_cast<int64_t>(_timezone) + (TestZoneDaylightNow() ? _dstbias : 0);
 }
 
 // `value` moved by `seconds`, false when the result leaves the file times.
 bool Shift(uint64_t value, int64_t seconds, uint64_t* out) {
+    if (value > 0x7FFFFFFFFFFFFFFFULL) return false;
     const int64_t shifted = static_cast<int64_t>(value) + seconds * kUnitsPerSecond;
-    if (value > 0x7FFFFFFFFFFFFFFFULL || shifted < 0) return false;
+    if (shifted < 0) return false;
     *out = static_cast<uint64_t>(shifted);
     return true;
 }
@@ -66,8 +69,7 @@ bool SystemTimeNow(uint64_t* fileTime) {
 }
 
 bool FileTimeToLocal(uint64_t utc, uint64_t* local) {
-    bool daylight;
-    if (gTestZoneSet) return Shift(utc, -TestZoneBiasNow(&daylight), local);
+    if (gTestZoneSet) return Shift(utc, -TestZoneBiasNow(), local);
     const FILETIME in = ToFileTime(utc);
     FILETIME out;
     if (!FileTimeToLocalFileTime(&in, &out)) return false;
@@ -76,8 +78,7 @@ bool FileTimeToLocal(uint64_t utc, uint64_t* local) {
 }
 
 bool LocalToFileTime(uint64_t local, uint64_t* utc) {
-    bool daylight;
-    if (gTestZoneSet) return Shift(local, TestZoneBiasNow(&daylight), utc);
+    if (gTestZoneSet) return Shift(local, TestZoneBiasNow(), utc);
     const FILETIME in = ToFileTime(local);
     FILETIME out;
     if (!LocalFileTimeToFileTime(&in, &out)) return false;
@@ -93,8 +94,8 @@ bool FileTimeToFields(uint64_t fileTime, SystemTime* fields) {
     return true;
 }
 
-// The system's call is checked first: not every host's refuses a day that the Gregorian
-// calendar lacks.
+// The fields are checked before the system's call: not every host's call refuses a day
+// that the Gregorian calendar lacks (29 February 1900) or a year past 30827.
 bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime) {
     if (!FieldsInRange(*fields)) return false;
     SYSTEMTIME in;
@@ -106,11 +107,7 @@ bool FieldsToFileTime(const SystemTime* fields, uint64_t* fileTime) {
 }
 
 int32_t TimeZoneState() {
-    if (gTestZoneSet) {
-        bool daylight;
-        TestZoneBiasNow(&daylight);
-        return daylight ? 2 : _daylight ? 1 : 0;
-    }
+    if (gTestZoneSet) return TestZoneDaylightNow() ? 2 : _daylight ? 1 : 0;
     TIME_ZONE_INFORMATION info;
     return static_cast<int32_t>(GetTimeZoneInformation(&info));
 }
