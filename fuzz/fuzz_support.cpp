@@ -57,7 +57,7 @@ const std::string& ScratchFile(const char* leaf) {
             gDirectory = made.string();
             atexit(RemoveDirectory);
         }
-        file = gDirectory + "/" + leaf;
+        file = (std::filesystem::path(gDirectory) / leaf).string();
     }
     return file;
 }

@@ -35,6 +35,10 @@ int32_t NativeNameMax();
 // Case mapping of one 8-bit character in the host's code page.
 uint8_t CharLower(uint8_t c);
 uint8_t CharUpper(uint8_t c);
+// Case mapping of one character value of up to 16 bits, as the host maps a single character
+// (a double-byte one where the code page has them); a POSIX host maps only the 8-bit ones.
+uint32_t CharValueLower(uint16_t c);
+uint32_t CharValueUpper(uint16_t c);
 
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);

@@ -130,7 +130,8 @@ struct KillLayouts {
     }
 };
 
-// The file the child rewrites; "<file>.ready" appears when its write-back starts.
+// The file the child rewrites. The child makes "<file>.ready" when all is set, and starts the
+// write-back as soon as "<file>.go" appears, so that the parent's clock starts with it.
 constexpr const char* kChildFile = "MXSB_REPLACE_CHILD";
 
 // The child makes every resource new and closes; it is killed at points spread over the
@@ -138,16 +139,18 @@ constexpr const char* kChildFile = "MXSB_REPLACE_CHILD";
 TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
     const KillLayouts layouts;
     const Bytes original = BuildFile(layouts.older);
-    const std::filesystem::path ready = FilePath("f") + ".ready";
-    // Returns the milliseconds from the start of the write-back to the child's end or kill.
+    const std::filesystem::path ready = FilePath("f") + ".ready", go = FilePath("f") + ".go";
+    // Returns the milliseconds from the go to the child's end or kill.
     auto run = [&](int32_t killAfterMs) {
         WriteFile("f", original);
         std::filesystem::remove(ready);
+        std::filesystem::remove(go);
         const int64_t child = StartTestChild("ReplaceTest.DISABLED_WriteBackChild",
                                              kChildFile + ("=" + FilePath("f")));
         EXPECT_NE(child, 0);
         for (int i = 0; i < 20000 && !std::filesystem::exists(ready); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::ofstream(go) << "g";
         const auto start = std::chrono::steady_clock::now();
         const int32_t status = plat::WaitChild(child, killAfterMs < 0 ? 60000 : killAfterMs);
         if (killAfterMs < 0) {
@@ -191,6 +194,10 @@ TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
     memcpy(*h, layouts.newer[1].refs[0].data.data(), 5);
     if (RAdd(h, f, T("CCCC"), 1, nullptr)) std::_Exit(5);
     std::ofstream(std::string(name) + ".ready") << "r";
+    const std::filesystem::path go = std::string(name) + ".go";
+    for (auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+         !std::filesystem::exists(go);)
+        if (std::chrono::steady_clock::now() > until) std::_Exit(6);
     std::_Exit(RCloseFile(f) ? 7 : 0);
 }
 

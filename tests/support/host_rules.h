@@ -41,6 +41,12 @@ inline int32_t HostPermissions(int32_t bits, bool directory) {
     return ((bits & 0200) ? 0666 : 0444) | (directory ? 0111 : 0);
 }
 
+// The steps of a directory listing that go to the directory's own "." and "..": a Windows
+// listing gives them first, a POSIX one is not asked to.
+inline uint32_t ListedDotEntries() {
+    return WindowsHost() ? 2 : 0;
+}
+
 // A zone set from a TZ text: POSIX hosts follow the text's daylight rule; Windows hosts take
 // its names and offsets but the runtime's own daylight rule.
 inline bool ZoneTextRuleApplies() {

@@ -53,6 +53,15 @@ TEST_F(DirsTest, LinksPlayShortcuts) {
     ASSERT_NE(resolved, nullptr);
     EXPECT_EQ(PathText(resolved), fs::canonical(dir.path).string() + "/c/leaf");
     FPathRelease(resolved);
+
+    // Deleting a link removes the link, never its target, also a dangling one.
+    for (const char* leaf : {"link-dir", "link-file", "dangling"}) {
+        OwnedPath link(Name(leaf));
+        EXPECT_EQ(FDeleteEntry(link), MgNoError) << leaf;
+        EXPECT_FALSE(fs::is_symlink(Name(leaf))) << leaf;
+    }
+    EXPECT_TRUE(fs::is_directory(Name("c")));
+    EXPECT_TRUE(fs::exists(Name("b.txt")));
 }
 
 // "/" is a directory like any other: the empty path lists it, not the volumes, and its
