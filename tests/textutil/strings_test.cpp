@@ -48,9 +48,7 @@ TEST(PStringHash, AgreesWithTheSymbolTableHash) {
     EXPECT_EQ(PStringHash(Bytes(P("")), 0), 0u);
     EXPECT_EQ(PStringHash(Bytes(P("")), 1), 0u);
     EXPECT_EQ(PStringHash(nullptr, 1), 0u);
-}
-
-TEST(PStringHash, UpperFirstHashesTheUpperCaseCopy) {
+    // Upper case first hashes an upper-case copy.
     std::string p = P("Mixed_case.Name");
     EXPECT_EQ(PStringHash(Bytes(p), 1), ElfHash("MIXED_CASE.NAME"));
     EXPECT_EQ(p, P("Mixed_case.Name"));  // the string itself is left alone
