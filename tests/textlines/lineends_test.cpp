@@ -68,6 +68,7 @@ const Case kCases[] = {
     {"x\r", "x\r\n", "x\n"},  // a last lone CR
     {"\n\r\n", "\r\n\r\n", "\n\n"},
     {"\r\n\r", "\r\n\r\n", "\n\n"},
+    {"\r\na\n", "\r\na\r\n", "\na\n"},  // a pair first, found last when growing
     {"a\r\n\r\nb\rc\n", "a\r\n\r\nb\r\nc\r\n", "a\n\nb\nc\n"},
 };
 
