@@ -46,3 +46,29 @@ inline int32_t HostPermissions(int32_t bits, bool directory) {
 inline uint32_t ListedDotEntries() {
     return WindowsHost() ? 2 : 0;
 }
+
+// A zone set from a TZ text: POSIX hosts follow the text's daylight rule; Windows hosts take
+// its names and offsets but the runtime's own daylight rule.
+inline bool ZoneTextRuleApplies() {
+    return !WindowsHost();
+}
+
+// Whether the local fields of an instant take the zone's summer offset: POSIX hosts follow the
+// zone's rule on the instant's day; Windows hosts apply the offset in force now to every
+// instant, as the system's conversion does.
+inline bool SummerOffsetFor(bool instantInSummer) {
+    return WindowsHost() ? plat::TimeZoneState() == 2 : instantInSummer;
+}
+
+// How a stack trace names one of the program's functions: POSIX hosts demangle the linker's
+// name, parameter list and all; the Windows symbol library gives the qualified name alone.
+inline std::string TracedFunctionName(const std::string& qualified, const std::string& parameters) {
+    return WindowsHost() ? qualified : qualified + "(" + parameters + ")";
+}
+
+// What of a console sink's text a redirected standard output (a file or a pipe, as a test
+// captures it) receives: on POSIX hosts the console is the standard output; a Windows host
+// writes to a console alone, and a handle that isn't one takes nothing.
+inline std::string ConsoleTextInStandardOutput(const std::string& text) {
+    return WindowsHost() ? "" : text;
+}
