@@ -54,6 +54,10 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/mgConfig.cmake
 
 if(WIN32)
     set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -lole32 -lmpr")
+else()
+    # As mg::mg does: the layer's operator new wins also over a runtime linked before it. The
+    # symbol must be asked for before the archive is read.
+    set(MG_PC_FIRST_FLAGS " -Wl,--undefined=MXNewHandler")
 endif()
 # The prefix as seen from the .pc file, so that the installed tree can move (--prefix, DESTDIR).
 file(RELATIVE_PATH MG_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

@@ -1,9 +1,10 @@
 #include <stdio.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <map>
+#include <random>
+#include <string>
 
 #include "fuzz_input.h"
 #include "mg/dbgtools.h"
@@ -44,13 +45,19 @@ const std::string& ScratchFile(const char* leaf) {
     std::string& file = files[leaf];
     if (file.empty()) {
         if (gDirectory.empty()) {
-            std::string pattern =
-                (std::filesystem::temp_directory_path() / "mgfuzz.XXXXXX").string();
-            if (!mkdtemp(pattern.data())) abort();
-            gDirectory = pattern;
+            // A fresh directory of this run's own, found by trying random names.
+            std::random_device random;
+            const auto base = std::filesystem::temp_directory_path();
+            std::filesystem::path made;
+            std::error_code error;
+            do {
+                made = base / ("mgfuzz." + std::to_string(random()));
+            } while (!std::filesystem::create_directory(made, error) && !error);
+            if (error) abort();
+            gDirectory = made.string();
             atexit(RemoveDirectory);
         }
-        file = gDirectory + "/" + leaf;
+        file = (std::filesystem::path(gDirectory) / leaf).string();
     }
     return file;
 }

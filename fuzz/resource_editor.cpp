@@ -5,16 +5,21 @@
 // Each edit: kind, type index, id (16 bits), data length (16 bits), fill byte, attribute
 // byte. Kinds: add, change (new data), remove, release, detach, set attributes, update.
 //
-// When every resource of the file loaded at the start, the edits are kept in a model of the
-// file; after closing and reopening, the file must hold exactly the model.
+// When every resource of the file loaded at the start and its names lie apart in the name
+// list, the edits are kept in a model of the file; after closing and reopening, the file must
+// hold exactly the model. What the manager does on purpose is left out of the model: an
+// emptied file may not open again, and a name added after the name-list offset went wrong
+// (see namesSkewed) reads back wrong.
 #include <stdlib.h>
 
+#include <algorithm>
 #include <set>
 #include <vector>
 
 #include "fuzz_input.h"
 #include "mg/memory.h"
 #include "mg/path.h"
+#include "mg/rescheck.h"
 #include "resource_walk.h"
 
 namespace {
@@ -44,9 +49,62 @@ struct Session {
     fuzz::Contents model;
     bool trusted;
     std::set<std::pair<ResType, int32_t>> changed;  // may not be released or detached
+    // Removing an unnamed resource from a map with no names leaves the name-list offset
+    // negative, and a name added later is read back from the wrong place.
+    bool namesSkewed = false;
 
     void Apply(const Edit& e);
 };
+
+// Where the names of a file lie: the end of its reference lists, each name's bytes, and
+// whether a name offset points outside the map.
+struct NameSpans {
+    const uint8_t* bytes;
+    int64_t listsEnd = 0;
+    std::vector<std::pair<int64_t, int64_t>> names;
+    bool unreadable = false;
+};
+
+uint32_t BigWord(const uint8_t* p) {
+    return uint32_t{p[0]} << 24 | uint32_t{p[1]} << 16 | uint32_t{p[2]} << 8 | p[3];
+}
+
+void CollectName(void* context, const RCheckedRef* ref) {
+    auto* spans = static_cast<NameSpans*>(context);
+    spans->listsEnd = std::max(spans->listsEnd, ref->entryAt + 20);
+    if (ref->name) {
+        const int64_t at = ref->name - spans->bytes;
+        spans->names.emplace_back(at, at + 1 + ref->name[0]);
+    } else if (BigWord(spans->bytes + ref->entryAt + 4) != 0xFFFFFFFF) {
+        spans->unreadable = true;
+    }
+}
+
+// Whether the names of a file stay what they read as through edits and a write-back: each in
+// the name list behind the reference lists, none sharing bytes with another. The manager
+// reads names where their offsets put them; a file may put them over the map's header and
+// lists, whose run-time words and offsets change, or share them, and the arithmetic of a
+// removal then moves what another reads.
+bool NamesAreStable(const std::string& file) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(file.data());
+    NameSpans spans{bytes, 0, {}, false};
+    RCheckSink sink{&spans, nullptr, CollectName, 0};
+    RCheckSummary sum{};
+    if (RCheckBytes(bytes, static_cast<int64_t>(file.size()), &sink, &sum) != MgNoError ||
+        sum.openStatus != MgNoError || spans.unreadable)
+        return false;
+    if (spans.names.empty()) return true;
+    // A file opened for writing has its header at 0.
+    const int64_t map = sum.header.mapOffset;
+    int64_t end = map + static_cast<int32_t>(BigWord(bytes + map + 48));
+    if (end < spans.listsEnd) return false;
+    std::sort(spans.names.begin(), spans.names.end());
+    for (const auto& [start, stop] : spans.names) {
+        if (start < end) return false;
+        end = stop;
+    }
+    return true;
+}
 
 std::string Pattern(const Edit& e) {
     std::string data(e.length, '\0');
@@ -59,8 +117,9 @@ void Session::Apply(const Edit& e) {
     auto key = std::make_pair(type, static_cast<int32_t>(e.id));
     Handle h = nullptr;
     if (e.kind == 0) {  // add, under a name for odd fill bytes
+        // Only a (type, id) the file doesn't hold; RExists calls that 15, and a new type too.
         int32_t found = 0;
-        if (RExists(file, type, e.id, &found) != MgNoError || found) return;
+        if (RExists(file, type, e.id, &found) != MgResourceNotFound) return;
         std::string data = Pattern(e);
         h = MemNewHandle(static_cast<int32_t>(data.size()));
         if (!h) return;
@@ -72,6 +131,7 @@ void Session::Apply(const Edit& e) {
             MemDisposeHandle(h);
             return;
         }
+        if (!name.empty() && namesSkewed) trusted = false;
         model[key] = {name, data};
         changed.insert(key);
         return;
@@ -95,13 +155,18 @@ void Session::Apply(const Edit& e) {
             changed.insert(key);
             break;
         }
-        case 2:  // remove; the handle is the caller's afterwards
+        case 2: {  // remove; the handle is the caller's afterwards
+            bool named = false;
+            for (const auto& [k, v] : model) named = named || !v.first.empty();
             if (RRemove(h, file) == MgNoError) {
                 MemDisposeHandle(h);
                 model.erase(key);
                 changed.erase(key);
+                // An emptied map starts its names afresh.
+                namesSkewed = !model.empty() && (namesSkewed || !named);
             }
             break;
+        }
         case 3:
             if (!isChanged) RRelease(h);
             break;
@@ -124,21 +189,37 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (int k = 0; k < edits; ++k) script.push_back(ReadEdit(in));
 
     const std::string& file = fuzz::ScratchFile("editor.rsrc");
-    fuzz::WriteWholeFile(file, in.Rest());
+    const std::string bytes = in.Rest();
+    fuzz::WriteWholeFile(file, bytes);
     Path path = fuzz::NativePath(file);
     Session s{0, {}, true, {}};
-    if (ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError) {
-        if (RCreateCorrectFile(path, 1, MgResType("CRTR"), MgResType("TEST"), 0644) != MgNoError ||
-            ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError)
+    bool namesStable = true;
+    if (ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) == MgNoError) {
+        namesStable = NamesAreStable(bytes);
+    } else if (RCreateCorrectFile(path, 1, MgResType("CRTR"), MgResType("TEST"), 0644) !=
+                   MgNoError ||
+               ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError) {
+        abort();
+    }
+    s.trusted = fuzz::LoadEverything(s.file, &s.model) && namesStable;
+    for (const Edit& e : script) s.Apply(e);
+    if (RCloseFile(s.file) != MgNoError) {
+        // A close that can't write back (data of an untouched resource outside the file, say)
+        // leaves the file open with every handle; dropping the dirty bit gives up the edits,
+        // and then the close must succeed. Leaving it open would leak its map, its handles and
+        // its descriptor for the rest of the run.
+        s.trusted = false;
+        int32_t attrs = 0;
+        if (RGetFileAttrs(s.file, &attrs) != MgNoError ||
+            RSetFileAttrs(s.file, attrs & ~RFileDirty) != MgNoError ||
+            RCloseFile(s.file) != MgNoError)
             abort();
     }
-    s.trusted = fuzz::LoadEverything(s.file, &s.model);
-    for (const Edit& e : script) s.Apply(e);
-    if (RCloseFile(s.file) != MgNoError) s.trusted = false;
 
     ResFile again = 0;
     MgStatus reopened = ROpenFile(path, FMModeRead, &again, nullptr, nullptr);
-    if (s.trusted && reopened != MgNoError) abort();
+    // An emptied file is cut to its header, which still names the old map: it may not open.
+    if (s.trusted && !s.model.empty() && reopened != MgNoError) abort();
     if (reopened == MgNoError) {
         fuzz::Contents after;
         bool complete = fuzz::LoadEverything(again, &after);

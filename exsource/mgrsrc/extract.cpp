@@ -7,6 +7,7 @@
 
 #include "mg/pstring.h"
 #include "mgrsrc/mgrsrc.h"
+#include "platform/platform.h"
 
 namespace {
 
@@ -28,7 +29,8 @@ const char kHelp[] =
 
 bool WriteBytes(const std::string& path, const uint8_t* data, int32_t size) {
     if (path == "-") {
-        return std::fwrite(data, 1, size_t(size), stdout) == size_t(size) &&
+        return plat::BinaryStandardOutput() &&
+               std::fwrite(data, 1, size_t(size), stdout) == size_t(size) &&
                std::fflush(stdout) == 0;
     }
     std::ofstream out(std::filesystem::path(path), std::ios::binary | std::ios::trunc);

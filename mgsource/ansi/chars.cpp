@@ -24,12 +24,12 @@ int32_t IsUpperChar(uint32_t c) {
     return CharToLower(c) != c;
 }
 
-// Values beyond one byte are no character of an 8-bit code page and come back unchanged.
+// The host maps one character of up to 16 bits; a value beyond them comes back unchanged.
 uint32_t CharToLower(uint32_t c) {
-    return c > 0xFF ? c : plat::CharLower(static_cast<uint8_t>(c));
+    return c > 0xFFFF ? c : plat::CharValueLower(static_cast<uint16_t>(c));
 }
 uint32_t CharToUpper(uint32_t c) {
-    return c > 0xFF ? c : plat::CharUpper(static_cast<uint8_t>(c));
+    return c > 0xFFFF ? c : plat::CharValueUpper(static_cast<uint16_t>(c));
 }
 
 void BufToUpper(uint8_t* buffer, int32_t length) {

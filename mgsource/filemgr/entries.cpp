@@ -39,8 +39,11 @@ MgStatus FDeleteEntry(Path path) {
     char name[FNativeNameBufferSize];
     if (MgStatus status = FPathToNativeName(path, name)) return status;
     plat::EntryAttributes a;
-    if (!plat::GetEntryAttributes(name, &a)) return FMapLastError();
-    bool ok = a.isDirectory ? plat::RemoveDirectoryEntry(name) : plat::DeleteFileEntry(name);
+    // A link goes itself, as a shortcut file would, never its target, and also when the
+    // target is gone.
+    if (!plat::GetEntryAttributes(name, &a) && !a.isLink) return FMapLastError();
+    bool ok =
+        a.isDirectory && !a.isLink ? plat::RemoveDirectoryEntry(name) : plat::DeleteFileEntry(name);
     return ok ? MgNoError : FMapLastError();
 }
 

@@ -97,6 +97,7 @@ MgStatus FApplyPermissions(Path path, ConstPStr owner, ConstPStr group,
 }
 
 MgStatus FMFileModDate(Path path, FileRef ref, uint32_t* date, int32_t* readOnly) {
+    if (date == nullptr) return MgBadArgument;  // nowhere to put the answer
     uint64_t modified = 0;
     bool locked = false;
     if (ref == 0 || plat::FileModTimeOfRef(ref, &modified, &locked) != 0) {

@@ -24,4 +24,12 @@ int64_t StartChild(const ChildSpec& child);
 // its exit status, or -1 when it did not exit by itself (a signal, a fault, the time limit).
 int32_t WaitChild(int64_t child, int32_t timeoutMs);
 
+// The files, directories and other kernel objects this process holds open: a leak check
+// for code that must close what it opened. -1 when the host can't tell.
+int64_t OpenHandleCount();
+
+// Sets variable `name` of this process's environment to `value`, or removes it when `value` is
+// null; children started afterwards inherit it. Returns false when the host refuses.
+bool SetVariable(const char* name, const char* value);
+
 }  // namespace plat

@@ -51,7 +51,8 @@ typedef void (*DebuggerSink)(const char* text, void* context);
 void CaptureDebuggerOutput(DebuggerSink sink, void* context);
 
 // Makes the runtime take `zone` (a TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3") as the local
-// time zone of this process. On Windows only the runtime's own zone changes, not the system's.
+// time zone of this process. On Windows the system's zone stays as it is; the time conversions
+// take the runtime's zone instead from then on, with the runtime's own daylight rule.
 void SetTimeZoneForTest(const char* zone);
 // Disarms every fault and resets the counters.
 void ResetFaults();

@@ -35,6 +35,10 @@ int32_t NativeNameMax();
 // Case mapping of one 8-bit character in the host's code page.
 uint8_t CharLower(uint8_t c);
 uint8_t CharUpper(uint8_t c);
+// Case mapping of one character value of up to 16 bits, as the host maps a single character
+// (a double-byte one where the code page has them); a POSIX host maps only the 8-bit ones.
+uint32_t CharValueLower(uint16_t c);
+uint32_t CharValueUpper(uint16_t c);
 
 // Writes the program's own file name, NUL-terminated; returns its length, 0 on failure.
 int32_t ModuleFileName(char* buffer, int32_t size);
@@ -217,6 +221,12 @@ void ConsoleOpen(void** output, void** input);
 void ConsoleWrite(void* output, const char* text, int32_t length);
 // Lets the console of ConsoleOpen go.
 void ConsoleClose();
+
+// Standard streams.
+
+// Puts standard output in binary mode, so that the bytes written to it arrive unchanged; a
+// Windows stream in text mode would add a CR before each LF. False when the host refuses.
+bool BinaryStandardOutput();
 
 // Stack reading and naming.
 

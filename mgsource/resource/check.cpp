@@ -68,6 +68,14 @@ struct Checker {
         RSwapHeader(h);
         return HeaderPasses(h);
     }
+    // Opening moves an offset by the file's place and stops with 4 at a sum that no 32-bit
+    // position holds.
+    bool PastAnyPosition(int64_t at, int64_t moved) {
+        if (moved <= INT32_MAX) return false;
+        Fault(at, MgEndOfFile, true, "offset %lld is past any file position",
+              static_cast<long long>(moved));
+        return true;
+    }
     MgStatus Run();
     void CheckCopy(int64_t mapAt);
     MgStatus WalkReferences(int64_t mapAt, int32_t mapSize);
@@ -109,10 +117,17 @@ MgStatus Checker::Run() {
         }
     }
     const int64_t base = sum->base;
+    if (PastAnyPosition(base + 16, base + h.mapOffset) ||
+        PastAnyPosition(base + 24, base + h.dataOffset))
+        return MgNoError;
     if (h.dataOffset < 0 || base + int64_t{h.dataOffset} + h.dataSize > length || h.dataSize < 0)
         Notice(base + 24, "data section (%d bytes at %d) doesn't lie in the file", h.dataSize,
                h.dataOffset);
     if (h.mapSize == 0) {
+        // The map is then the header, already moved, and is moved once more.
+        if (PastAnyPosition(base + 16, 2 * base + h.mapOffset) ||
+            PastAnyPosition(base + 24, 2 * base + h.dataOffset))
+            return MgNoError;
         if (h.dataSize > 0)
             Notice(base + 28, "%d bytes of data and no map: no reference uses them", h.dataSize);
         return MgNoError;
@@ -134,6 +149,8 @@ MgStatus Checker::Run() {
     const int32_t nameList = BigAt(bytes + mapAt + kMapNameListOffset);
     if (nameList > h.mapSize)
         Fault(mapAt + kMapNameListOffset, MgIOError, true, "name list beyond the end of the map");
+    for (const int32_t field : {16, 24})
+        PastAnyPosition(mapAt + field, base + BigAt(bytes + mapAt + field));
     return lists ? MgNoError : WalkReferences(mapAt, h.mapSize);
 }
 

@@ -66,8 +66,11 @@ MgStatus Deliver(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* h)
 namespace rsrc {
 
 MgStatus RReadDataSize(const ResFileEntry* entry, int32_t dataOffset, int32_t* size) {
-    const int32_t at = HeaderOf(entry->map)->dataOffset + dataOffset;
-    if (MgStatus status = FMSeek(entry->fileRef, at, FMSeekStart)) return status;
+    // Both offsets may come from a file; a sum no file position can have lies past its end.
+    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + dataOffset;
+    if (at != static_cast<int32_t>(at)) return MgEndOfFile;
+    if (MgStatus status = FMSeek(entry->fileRef, static_cast<int32_t>(at), FMSeekStart))
+        return status;
     if (MgStatus status = FMRead(entry->fileRef, 4, nullptr, size)) return status;
     FlipBig32(size);
     return MgNoError;

@@ -21,6 +21,15 @@ int32_t CompareIds(const void* a, const void* b) {
     return x < y ? -1 : (x > y ? 1 : 0);
 }
 
+// An embedded file's offsets count from its header. One that no 32-bit position can hold lies
+// beyond any file, and gives 4 as a read there would.
+bool AddBase(int32_t* offset, int32_t base) {
+    const int64_t moved = int64_t{*offset} + base;
+    if (moved != static_cast<int32_t>(moved)) return false;
+    *offset = static_cast<int32_t>(moved);
+    return true;
+}
+
 MgStatus FailOpen(FileRef fileRef, MgStatus status) {
     if (fileRef) FMClose(fileRef);
     return status;
@@ -99,8 +108,8 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
     int32_t base = 0;
     MgStatus status = ReadHeaderWithTrailer(fileRef, mode == FMModeRead, &header, &base);
     if (status) return FailOpen(fileRef, status);
-    header.mapOffset += base;
-    header.dataOffset += base;
+    if (!AddBase(&header.mapOffset, base) || !AddBase(&header.dataOffset, base))
+        return FailOpen(fileRef, MgEndOfFile);
 
     // The map handle of a failed open is not disposed.
     Handle mapHandle;
@@ -125,8 +134,8 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
         Word(*mapHandle, kMapNameListOffset) = 0;
     }
     Ptr map = *mapHandle;
-    HeaderOf(map)->mapOffset += base;
-    HeaderOf(map)->dataOffset += base;
+    if (!AddBase(&HeaderOf(map)->mapOffset, base) || !AddBase(&HeaderOf(map)->dataOffset, base))
+        return FailOpen(fileRef, MgEndOfFile);
 
     if ((status = RRegisterFile(id, fileRef, mapHandle, map))) return FailOpen(fileRef, status);
     DataCacheDrop(*id);

@@ -32,11 +32,11 @@ TEST(CharCase, WideValuesPassThrough) {
     EXPECT_EQ(CharToLower('Q'), 'q');
     EXPECT_EQ(CharToUpper(0x10061u), 0x10061u);
     EXPECT_EQ(CharToLower(0x10041u), 0x10041u);
-    uint8_t buf[] = "MiXeD 1!";
+    uint8_t buf[] = "MiXeDx1!";
     BufToUpper(buf, 5);
-    EXPECT_STREQ(reinterpret_cast<char*>(buf), "MIXED 1!");
+    EXPECT_STREQ(reinterpret_cast<char*>(buf), "MIXEDx1!");
     BufToLower(buf, 3);
-    EXPECT_STREQ(reinterpret_cast<char*>(buf), "mixED 1!");
+    EXPECT_STREQ(reinterpret_cast<char*>(buf), "mixEDx1!");
     LStrToUpper(nullptr);  // ignored
 }
 
@@ -56,6 +56,7 @@ TEST(Text, CopiesAndLengths) {
     EXPECT_STREQ(d, "hello!!");
     EXPECT_EQ(StrLen(d), 7);
     EXPECT_STREQ(StrCpy(d, "x"), "x");
+    EXPECT_EQ(d[2], 'l');  // the terminator is the last byte written
 }
 
 struct CompareRow {
@@ -80,10 +81,12 @@ TEST(Text, Comparisons) {
         EXPECT_EQ(StrNCmp(r.a, r.b, r.n), r.ncmp) << r.a << "|" << r.b;
         EXPECT_EQ(StrCaseCmp(r.a, r.b), r.casecmp) << r.a << "|" << r.b;
         EXPECT_EQ(StrEqual(r.a, r.b), r.cmp == 0);
+        EXPECT_EQ(StrNEqual(r.a, r.b, r.n), r.ncmp == 0);
     }
     EXPECT_EQ(StrNCaseCmp("abc", "XYZ", -1), 0);
     EXPECT_EQ(StrNCaseCmp("abC", "ABd", 2), 0);
     EXPECT_LT(StrNCaseCmp("abC", "ABd", 3), 0);
+    EXPECT_LT(StrNCaseCmp("a", "B", 1), 0);
     EXPECT_EQ(StrNCmp("a", "b", 0), 0);
 }
 
@@ -158,15 +161,16 @@ TEST(ByteOrder, Swaps) {
     uint8_t b[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     Swap16(b);
     EXPECT_EQ(0, memcmp(b, "\2\1\3\4", 4));
-    uint8_t c[4] = {1, 2, 3, 4};
+    uint8_t c[5] = {1, 2, 3, 4, 5};  // the byte behind each value stays
     Swap32(c);
-    EXPECT_EQ(0, memcmp(c, "\4\3\2\1", 4));
-    uint8_t d[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    EXPECT_EQ(0, memcmp(c, "\4\3\2\1\5", 5));
+    uint8_t d[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     Swap64(d);
-    EXPECT_EQ(0, memcmp(d, "\10\7\6\5\4\3\2\1", 8));
-    uint32_t v = 0x12345678;
-    SwapHalves32(&v);
-    EXPECT_EQ(v, 0x56781234u);
+    EXPECT_EQ(0, memcmp(d, "\10\7\6\5\4\3\2\1\11", 9));
+    uint32_t v[2] = {0x12345678, 7};
+    SwapHalves32(v);
+    EXPECT_EQ(v[0], 0x56781234u);
+    EXPECT_EQ(v[1], 7u);
 }
 
 TEST(Floats, ClassesByFormat) {

@@ -6,6 +6,7 @@
 #include "mg/datetime.h"
 #include "platform/faults.h"
 #include "platform/platform.h"
+#include "support/host_rules.h"
 
 namespace {
 
@@ -93,10 +94,11 @@ TEST(Conversions, PlatformFields) {
         SystemTime fields;
         bool valid;
     } rows[] = {
-        {{2000, 2, 0, 29, 23, 59, 59, 999}, true}, {{1601, 1, 0, 1, 0, 0, 0, 0}, true},
-        {{1900, 2, 0, 29, 0, 0, 0, 0}, false},     {{2001, 8, 0, 32, 0, 0, 0, 0}, false},
-        {{2001, 13, 0, 1, 0, 0, 0, 0}, false},     {{1600, 12, 0, 31, 0, 0, 0, 0}, false},
-        {{2001, 1, 0, 1, 24, 0, 0, 0}, false},     {{2001, 1, 0, 1, 0, 0, 0, 1000}, false},
+        {{2000, 2, 0, 29, 23, 59, 59, 999}, true},   {{1601, 1, 0, 1, 0, 0, 0, 0}, true},
+        {{1900, 2, 0, 29, 0, 0, 0, 0}, false},       {{2001, 8, 0, 32, 0, 0, 0, 0}, false},
+        {{2001, 13, 0, 1, 0, 0, 0, 0}, false},       {{1600, 12, 0, 31, 0, 0, 0, 0}, false},
+        {{2001, 1, 0, 1, 24, 0, 0, 0}, false},       {{2001, 1, 0, 1, 0, 0, 0, 1000}, false},
+        {{30827, 12, 0, 31, 23, 59, 59, 999}, true}, {{30828, 1, 0, 1, 0, 0, 0, 0}, false},
     };
     for (const auto& r : rows) {
         uint64_t ft = 0;
@@ -124,11 +126,12 @@ class LocalTime : public ::testing::TestWithParam<Zone> {
     void TearDown() override { plat::SetTimeZoneForTest("UTC0"); }
 };
 
-TEST_P(LocalTime, FieldsFollowTheZoneRuleOfTheDay) {
+TEST_P(LocalTime, FieldsTakeTheZoneOffsetOfTheHostsRule) {
     for (const bool summer : {false, true}) {
         DateRecord d;
         TimestampToDateRecord(Stamp(1, summer ? 7 : 1, 2020, 12 * 3600), &d);
-        EXPECT_EQ(d.hour, 12 + (summer ? GetParam().summer : GetParam().winter)) << summer;
+        EXPECT_EQ(d.hour, 12 + (SummerOffsetFor(summer) ? GetParam().summer : GetParam().winter))
+            << summer;
         EXPECT_EQ(d.wday, 4);  // both Wednesdays, counting Sunday as 1
     }
 }
@@ -166,13 +169,22 @@ TEST_P(LocalTime, DaysBeyondTheMonthRollOverAndBadFieldsGiveZero) {
     for (const DateRecord& r : bad) EXPECT_EQ(DateRecordToTimestamp(&r), 0u) << r.hour;
 }
 
-// isdst tells how the clock stands now: always so in a zone whose summer lasts the year.
+// isdst tells how the clock stands now, whatever the stamp: it agrees with the offset that
+// the present instant's fields show. A summer that lasts the year is in force now wherever the
+// zone's own rule applies.
 TEST(LocalTimeNow, DaylightFlag) {
     const Timestamp s = 0;
     CalendarTime c;
-    for (const auto& [tz, dst] : {std::pair{"UTC0", 0}, std::pair{"AAA-1BBB,J1/0,J365/25", 1}}) {
-        plat::SetTimeZoneForTest(tz);
-        EXPECT_EQ(TimestampToCalendar(&s, &c)->isdst, dst) << tz;
+    for (const Zone& zone : {Zone{"UTC0", 0, 0}, Zone{"AAA-1BBB,J1/0,J365/25", 1, 2}}) {
+        plat::SetTimeZoneForTest(zone.tz);
+        const Timestamp now = TimeNow();
+        DateRecord fields;
+        TimestampToDateRecord(now, &fields);
+        const int32_t offset = (fields.hour - int32_t(now % 86400 / 3600) + 24) % 24;
+        const bool summerNow = zone.summer != zone.winter && offset == zone.summer;
+        EXPECT_EQ(TimestampToCalendar(&s, &c)->isdst, summerNow ? 1 : 0) << zone.tz;
+        EXPECT_EQ(offset, summerNow ? zone.summer : zone.winter) << zone.tz;
+        EXPECT_TRUE(summerNow || zone.summer == zone.winter || !ZoneTextRuleApplies()) << zone.tz;
     }
     plat::SetTimeZoneForTest("UTC0");
 }

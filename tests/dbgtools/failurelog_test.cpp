@@ -1,44 +1,55 @@
 // Real internal checks failing in child processes: the message on standard error, status 1,
-// and a record appended to the failure log in the temporary directory (TMPDIR here).
+// and a record appended to the failure log in the temporary directory (set here by the host's
+// variable for it). The log is a text-mode stream: on a host whose text streams end lines with
+// CR LF, the format engine's own CR LF comes out as CR CR LF there.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <memory>
 #include <regex>
 #include <string>
 
 #include "mg/datetime.h"
 #include "mg/dbgtools.h"
 #include "mg/pstring.h"
+#include "platform/childprocess.h"
 #include "platform/faults.h"
+#include "support/host_rules.h"
 #include "support/memory_env.h"
 #include "support/run_tool.h"
+#include "support/scoped_variable.h"
 
 namespace {
 
-const char kAdvice[] =
-    "\r\n\r\nFor assistance in resolving this problem, please record the preceding "
-    "information and navigate to https://support.meridax.example, or contact Meridax "
-    "Technical Support.";
+// The advice behind a report, after its two line ends `eol`.
+std::string Advice(const std::string& eol) {
+    return eol + eol +
+           "For assistance in resolving this problem, please record the preceding information "
+           "and navigate to https://support.meridax.example, or contact Meridax Technical "
+           "Support.";
+}
 
+// The test makes a directory and points the host's variable for the temporary directory at
+// it. A death-test child that runs the test afresh (where the host can't fork) inherits the
+// variable and writes its record there too, rather than make a directory of its own.
 class FailureLog : public ::testing::Test {
   protected:
-    void SetUp() override {
-        const char* old = getenv("TMPDIR");
-        saved = old ? old : "";
-        hadTmp = old != nullptr;
-        setenv("TMPDIR", dir.path.c_str(), 1);
+    FailureLog() {
+        if (testing::internal::InDeathTestChild()) {
+            path = std::filesystem::temp_directory_path();
+            return;
+        }
+        made = std::make_unique<TempDir>();
+        path = made->path;
+        tmp = std::make_unique<ScopedVariable>(TempVariable(), path.string());
     }
-    void TearDown() override {
-        if (hadTmp)
-            setenv("TMPDIR", saved.c_str(), 1);
-        else
-            unsetenv("TMPDIR");
-    }
-    std::string Log() const { return SlurpFile(dir.path / "Meridax_Failure_Log.txt"); }
+    std::string Log() const { return SlurpFile(path / "Meridax_Failure_Log.txt"); }
 
-    TempDir dir;
-    std::string saved;
-    bool hadTmp = false;
+    std::unique_ptr<TempDir> made;
+    std::filesystem::path path;
+    std::unique_ptr<ScopedVariable> tmp;
+    // Line ends in the log: a real one, and the engine's CR LF.
+    const std::string nl = TextLineEnd(), crlf = "\r" + TextLineEnd();
 };
 
 // A check of the date text: style 9 is no style.
@@ -50,22 +61,19 @@ void FailInFormatDate() {
 
 TEST_F(FailureLog, EachFailureAppendsOneRecord) {
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
-                "^Failure : \"datetext\\.cpp\" line [0-9]+\r\n\r\nFor assistance");
+                "^Failure : \"datetext\\.cpp\" line .*\r\n\r\nFor assistance");
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
     const std::string log = Log();
 
     // Two records, each opened by two empty lines and ####, line by line as laid out.
     const std::regex record(
-        "\r\n\r\n####\r\n"
+        crlf + crlf + "####" + crlf +
         "#Date: ([A-Z][a-z]{2}, [A-Z][a-z]{2} [0-9]{1,2}, [0-9]{4} [0-9]{1,2}:[0-9]{2}:[0-9]{2} "
-        "[AP]M)\r\n"
-        "#Desc: Failure : \"datetext\\.cpp\" line [0-9]+\r\n\r\nFor assistance[^\r\n]*\r\n"
-        "#RCS: \\$Revision: 1 \\$\r\n"
-        "#OSName: ([^\r\n]*)\r\n"
-        "#OSVers: \r\n"
-        "#AppName: mxsbutil\r\n"
-        "#AppKind: FDS\r\n"
-        "((0x[0-9A-F]{8,} - [^\r\n]* \\+ [0-9A-F]+\n){1,15})");
+        "[AP]M)" +
+        crlf + "#Desc: Failure : \"datetext\\.cpp\" line [0-9]+" + crlf + crlf +
+        "For assistance[^\r\n]*" + crlf + "#RCS: \\$Revision: 1 \\$" + crlf +
+        "#OSName: ([^\r\n]*)" + crlf + "#OSVers: " + crlf + "#AppName: mxsbutil" + crlf +
+        "#AppKind: FDS" + crlf + "((0x[0-9A-F]{8,} - [^\r\n]* \\+ [0-9A-F]+" + nl + "){1,15})");
     int records = 0;
     for (std::sregex_iterator it(log.begin(), log.end(), record), end; it != end; ++it) {
         ++records;
@@ -75,7 +83,7 @@ TEST_F(FailureLog, EachFailureAppendsOneRecord) {
         EXPECT_NE(m[3].str().find("FormatDate"), std::string::npos) << m[3];
     }
     EXPECT_EQ(records, 2) << log;
-    EXPECT_EQ(log.rfind("\r\n\r\n####\r\n", 0), 0u);  // nothing before the first record
+    EXPECT_EQ(log.rfind(crlf + crlf + "####" + crlf, 0), 0u);  // nothing before the first record
 }
 
 TEST_F(FailureLog, MessageCutAt255IsTheSameInBoth) {
@@ -84,19 +92,20 @@ TEST_F(FailureLog, MessageCutAt255IsTheSameInBoth) {
     EXPECT_EXIT(DReportFailure("x\\leaf", 5, detail.c_str(), nullptr), ::testing::ExitedWithCode(1),
                 "^" + cut + "\n$");
     const std::string log = Log();
-    EXPECT_NE(log.find("#Desc: " + cut + "\r\n#RCS: unspecified\r\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("#Desc: " + cut + crlf + "#RCS: unspecified" + crlf), std::string::npos)
+        << log;
 }
 
 TEST_F(FailureLog, ErrorReportAndRecordThroughDPrintf) {
     EXPECT_EXIT(DReportError("x\\leaf", 7, 3, nullptr, "rev"), ::testing::ExitedWithCode(1),
                 std::string("^Error #3:  \"leaf\" line 7\r\n"));
-    EXPECT_NE(Log().find(std::string("#Desc: Error #3:  \"leaf\" line 7") + kAdvice +
-                         "\r\n#RCS: rev\r\n"),
+    EXPECT_NE(Log().find(std::string("#Desc: Error #3:  \"leaf\" line 7") + Advice(crlf) + crlf +
+                         "#RCS: rev" + crlf),
               std::string::npos);
 
     // Error 0 reports nothing; without a file the record goes to the debug print, which is
     // silent while switched off.
-    std::filesystem::remove(dir.path / "Meridax_Failure_Log.txt");
+    std::filesystem::remove(path / "Meridax_Failure_Log.txt");
     testing::internal::CaptureStderr();
     EXPECT_EQ(DReportError("x\\leaf", 5, 0, "detail", "rev"), 0);
     const uint8_t message[] =
@@ -104,23 +113,25 @@ TEST_F(FailureLog, ErrorReportAndRecordThroughDPrintf) {
         "abc";
     DWriteFailureLog(message, nullptr, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_FALSE(std::filesystem::exists(dir.path / "Meridax_Failure_Log.txt"));
+    EXPECT_FALSE(std::filesystem::exists(path / "Meridax_Failure_Log.txt"));
 }
 
 // With no name for the log (the temporary directory's path too long) or no sink to write
-// it, the record is lost and the process still ends with the report.
+// it, the record is lost and the process still ends with the report. The child alone takes
+// the unusable directory: the test framework keeps its own files in the parent's.
 TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
-    const std::string longDir = (dir.path / std::string(140, 'n') / std::string(140, 'n')).string();
-    std::filesystem::create_directories(longDir);
+    const std::string longDir = (path / std::string(140, 'n') / std::string(140, 'n')).string();
+    std::error_code ignored;  // a host may refuse so long a name; the log's name is too long anyway
+    std::filesystem::create_directories(longDir, ignored);
+    const std::string shortDir = path.string();
     const struct {
         const char* tmp;
         int64_t failNew;
-    } rows[] = {{longDir.c_str(), 0}, {dir.path.c_str(), 2}};
+    } rows[] = {{longDir.c_str(), 0}, {shortDir.c_str(), 2}};
     for (const auto& r : rows) {
-        setenv("TMPDIR", r.tmp, 1);
-        EXPECT_EXIT(
-            (plat::FailGlobalNewAt(r.failNew), DReportFailure("d\\leaf", 3, nullptr, nullptr)),
-            ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
+        EXPECT_EXIT((plat::SetVariable(TempVariable(), r.tmp), plat::FailGlobalNewAt(r.failNew),
+                     DReportFailure("d\\leaf", 3, nullptr, nullptr)),
+                    ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
         EXPECT_FALSE(std::filesystem::exists(std::string(r.tmp) + "/Meridax_Failure_Log.txt"));
     }
 }

@@ -17,7 +17,9 @@ std::string PathText(Path p) {
 
 // Outside mxsbutil the layer's own routine names the running program.
 TEST(ApplicationPath, NamesTheRunningProgram) {
-    const std::string self = std::filesystem::canonical("/proc/self/exe").string();
+    // The program as it was started, made absolute.
+    const std::string self =
+        std::filesystem::canonical(testing::internal::GetArgvs()[0]).make_preferred().string();
     char name[4096];
     EXPECT_EQ(FApplicationName(name, sizeof name), static_cast<int32_t>(self.size()));
     EXPECT_EQ(name, self);

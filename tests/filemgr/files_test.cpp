@@ -1,20 +1,13 @@
+// Opening, reading, seeking and the share modes of open files; the status of each errno.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include "mg/filemgr.h"
-#include "mg/memory.h"
-#include "mg/path.h"
-#include "platform/faults.h"
+#include "filemgr/dirs_env.h"
 #include "platform/platform.h"
 #include "support/host_rules.h"
 #include "support/memory_env.h"
@@ -22,66 +15,47 @@
 
 namespace {
 
-// A Path for a host name, released with the object.
-struct HostPath {
-    Path p = nullptr;
-    explicit HostPath(const std::string& text) {
-        EXPECT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
-                              static_cast<int32_t>(text.size()), &p),
-                  MgNoError)
-            << text;
-    }
-    ~HostPath() { FPathRelease(p); }
-};
-
-class FilesTest : public ::testing::Test {
+class FilesTest : public DirsTest {
   protected:
-    TempDir dir;
-    std::string Name(const char* leaf) { return (dir.path / leaf).string(); }
-    std::string Make(const char* leaf, const std::string& bytes) {
-        std::ofstream(dir.path / leaf, std::ios::binary) << bytes;
-        return Name(leaf);
-    }
     FileRef Open(const std::string& name, int32_t mode, int32_t deny, MgStatus want = MgNoError) {
-        HostPath p(name);
+        OwnedPath p(name);
         FileRef ref = -1;
-        EXPECT_EQ(FMOpen(&ref, p.p, mode, deny), want) << name;
+        EXPECT_EQ(FMOpen(&ref, p, mode, deny), want) << name;
         if (want != MgNoError) {
             EXPECT_EQ(ref, 0);
         }
         return ref;
     }
-    void TearDown() override { plat::ResetFaults(); }
 };
 
 TEST_F(FilesTest, OpenRefusesBadArguments) {
     std::string f = Make("a", "x");
-    HostPath p(f);
+    OwnedPath p(f);
     FileRef ref = -1;
-    EXPECT_EQ(FMOpen(&ref, p.p, 4, FMShareAll), MgBadArgument);
-    EXPECT_EQ(FMOpen(&ref, p.p, -1, FMShareAll), MgBadArgument);
-    EXPECT_EQ(FMOpen(&ref, p.p, FMModeRead, 3), MgBadArgument);
+    EXPECT_EQ(FMOpen(&ref, p, 4, FMShareAll), MgBadArgument);
+    EXPECT_EQ(FMOpen(&ref, p, -1, FMShareAll), MgBadArgument);
+    EXPECT_EQ(FMOpen(&ref, p, FMModeRead, 3), MgBadArgument);
     EXPECT_EQ(ref, 0);
-    HostPath relative("a/b");
-    EXPECT_EQ(FMOpen(&ref, relative.p, FMModeRead, FMShareAll), MgBadArgument);
-    HostPath root("/");
-    EXPECT_EQ(FMOpen(&ref, root.p, FMModeRead, FMShareAll), MgBadArgument);  // a volume root
+    OwnedPath relative("a/b");
+    EXPECT_EQ(FMOpen(&ref, relative, FMModeRead, FMShareAll), MgBadArgument);
+    OwnedPath root("/");
+    EXPECT_EQ(FMOpen(&ref, root, FMModeRead, FMShareAll), MgBadArgument);  // a volume root
     Open(Name("missing"), FMModeRead, FMShareAll, MgNotFound);
     Open(dir.path.string(), FMModeRead, FMShareAll, MgNoPermission);  // a directory
 }
 
 TEST_F(FilesTest, CreateNewAndOver) {
-    HostPath p(Name("new"));
+    OwnedPath p(Name("new"));
     FileRef ref = -1;
-    ASSERT_EQ(FMCreateNew(&ref, p.p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
+    ASSERT_EQ(FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
               MgNoError);
     ASSERT_NE(ref, 0);
     EXPECT_EQ(FMWriteBytes(ref, 5, nullptr, "hello"), MgNoError);
     EXPECT_EQ(FMClose(ref), MgNoError);
-    EXPECT_EQ(FMCreateNew(&ref, p.p, 0666, FMModeReadWrite, FMShareAll, 0), MgDuplicate);
+    EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeReadWrite, FMShareAll, 0), MgDuplicate);
     EXPECT_EQ(ref, 0);
-    EXPECT_EQ(FMCreateNew(&ref, p.p, 0666, FMModeTruncate, FMShareAll, 0), MgBadArgument);
-    ASSERT_EQ(FMCreateOver(&ref, p.p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
+    EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeTruncate, FMShareAll, 0), MgBadArgument);
+    ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
     int32_t size = -1;
     EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
     EXPECT_EQ(size, 0);  // replaced whole
@@ -245,8 +219,8 @@ TEST(HoldOpen, DISABLED_Child) {
     char bar = 0;
     in >> mode >> bar >> deny;
     FileRef ref = 0;
-    HostPath p(file);
-    std::ofstream(file + ".ready") << (FMOpen(&ref, p.p, mode, deny) == MgNoError ? "y" : "n");
+    OwnedPath p(file);
+    std::ofstream(file + ".ready") << (FMOpen(&ref, p, mode, deny) == MgNoError ? "y" : "n");
     for (int i = 0; i < 3000 && !std::filesystem::exists(file + ".done"); ++i)
         plat::SleepMilliseconds(10);
     FMClose(ref);

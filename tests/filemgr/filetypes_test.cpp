@@ -37,7 +37,7 @@ class FileTypes : public ::testing::Test {
         // can't; "tiff" is the last record and runs into the block's end.
         primary = Table(
             {{"TEXT", "txt"}, {"JPEG", "jpeg"}, {"\0ull", ""}, {"HTML", "html"}, {"TIFF", "tiff"}});
-        secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}});
+        secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
         FSetTypeTables(primary, secondary);
     }
     void TearDown() override {
@@ -59,6 +59,7 @@ TEST_F(FileTypes, TypeOfName) {
     } cases[] = {{"A.TXT", T("TEXT")},
                  {"a.b.pct", T("PICT")},
                  {"a.jpeg", T("JPEG")},
+                 {"a.c", T("CSRC")},
                  {"a.html", 0},
                  {"a.tiff", 0},
                  {"a.toolong", 0},

@@ -27,6 +27,7 @@ void ExpectAll(const std::vector<Case>& cases) {
 TEST(FormatEngine, Integers) {
     int8_t minusOne8 = -1;
     int16_t minusOne16 = -1;
+    int64_t wide = 0x100000005;
     uint8_t byte = 200;
     uint64_t big = 0xFFFFFFFF00000005ULL;
     double real = 3.75;
@@ -38,11 +39,14 @@ TEST(FormatEngine, Integers) {
         {Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"},
         {Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"},
         {Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"},
+        // The low half of a 64-bit cell as iL; the } may be missing.
+        {Format("%.0{iL}f|%{uBd|", &wide, &byte), "5|200|"},
     });
 }
 
 TEST(FormatEngine, Floats) {
     double real = 3.75;
+    long double extended = 1.25L;
     ExpectAll({
         {Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"},
         {Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
@@ -52,6 +56,7 @@ TEST(FormatEngine, Floats) {
         {Format("%20e|%40e", 1.0, 1.0),
          " 1.00000000000000E+0|                   1.0000000000000000E+0"},
         {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
+        {Format("%.1{fX}f", &extended), "1.2"},
         {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
     });
 }
@@ -90,7 +95,7 @@ TEST(FormatEngine, StringsCharactersPointsRectangles) {
 
 TEST(FormatEngine, LiteralsAndBackslashCodes) {
     ExpectAll({
-        {Format("100%") + Format("|a%%b|x%-"), "100%|a%b|x-"},
+        {Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"},
         {Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"},
         {Format("\\41\\4\\4G\\ff"),
          "A\x04\x04G\x0c"

@@ -129,6 +129,7 @@ class FormatFile : public FormatWrappers {
 TEST_F(FormatFile, WritesTheText) {
     EXPECT_EQ(StrFormatFile(ref, "%s %d\\n", "line", 1), 8);
     EXPECT_EQ(StrFormatFileStatus(ref, "[%3d]", 2), MgNoError);
+    EXPECT_EQ(StrFormatFileStatus(ref, ""), MgNoError);
     EXPECT_EQ(Contents(), "line 1\r\n[  2]");
 }
 
@@ -180,6 +181,10 @@ TEST_F(FormatWrappers, PathText) {
         FPathRelease(p);
     }
     EXPECT_EQ(Format("<%z>", static_cast<Path>(nullptr)), "<>");
+    Path corrupt = MemNewHandleClear(4);
+    (*corrupt)[0] = 9;  // no kind of path: its text fails and prints as nothing
+    EXPECT_EQ(Format("<%z>", corrupt), "<>");
+    FPathRelease(corrupt);
 }
 
 }  // namespace

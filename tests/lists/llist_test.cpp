@@ -137,6 +137,8 @@ TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFits) {
         EXPECT_EQ((*l)->count, 43);
         EXPECT_EQ(memcmp((*l)->text, "abczz", 5), 0);
         EXPECT_EQ(size(), 47);
+        ASSERT_EQ(f.append(l, LS(L("!"))), MgNoError);
+        EXPECT_EQ(std::string(reinterpret_cast<char*>((*l)->text) + 42, 2), "z!");
         f.mainZone ? MemDisposeHandle(h) : CompactDisposeHandle(h);
     }
     // A count beyond the handle, or a negative count on either side, is refused.

@@ -48,7 +48,13 @@ TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
     }
 }
 
-TEST_F(HandlesTest, NullArguments) {
+TEST_F(HandlesTest, NullAndNegativeArguments) {
+    // A negative size fails like an allocation, without asking the allocator.
+    const int32_t bytes = gBytesAllocated;
+    plat::FailAllocationAt(1);
+    EXPECT_EQ(MemNewHandle(-1), nullptr);
+    EXPECT_EQ(MemNewPtr(1), nullptr);  // the armed failure was still waiting
+    gBytesAllocated = bytes;
     EXPECT_EQ(MemDisposeHandle(nullptr), MgNoError);
     EXPECT_EQ(CompactDisposeHandle(nullptr), MgNoError);
     EXPECT_EQ(MemDisposePtr(nullptr), MgBadArgument);
@@ -134,6 +140,12 @@ TEST_F(HandlesTest, ResizeCountsAndMoves) {
         for (int i = 0; i < 4; ++i) EXPECT_EQ((*h)[i], 0xAB);
         for (int i = 4; i < 100000; ++i) ASSERT_EQ((*h)[i], 0) << i;
         EXPECT_EQ(z.resizing(), nullptr);
+        // The counters can be set, as a caller restores them.
+        const MemZoneCounterSet set{1, 2, 3, 4};
+        MemZoneCounterSet back{};
+        (z.compact ? CompactSetZoneCounters : MemSetZoneCounters)(&set);
+        (z.compact ? CompactZoneCounters : MemZoneCounters)(&back);
+        EXPECT_EQ(memcmp(&set, &back, sizeof set), 0);
         if (!z.compact) {
             EXPECT_EQ(MemRecoverHandle(*h), h);
         }
@@ -180,6 +192,10 @@ TEST_F(HandlesTest, CopySetAppendAndDuplicate) {
         ASSERT_EQ(z.appendHandle(b, b), MgNoError);
         ASSERT_EQ(z.size(b), 10);
         EXPECT_EQ(memcmp(*b, "abcdeabcde", 10), 0);
+        EXPECT_EQ(z.setBytes(&a, "xy", -1), MgBadArgument);
+        EXPECT_EQ(z.appendBytes("xy", a, -1), MgBadArgument);
+        ASSERT_EQ(z.setBytes(&a, "xy", 0), MgNoError);
+        EXPECT_EQ(z.size(a), 0);
         ASSERT_EQ(z.setBytes(&a, "xy", 2), MgNoError);
         ASSERT_EQ(z.copy(&b, a), MgNoError);
         EXPECT_EQ(z.size(b), 2);

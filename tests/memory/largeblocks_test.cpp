@@ -1,6 +1,5 @@
 // Blocks of several MiB, which the allocator hands to the host with a large-page hint: their
-// bytes must come out exactly as with any other block, across new, clear and resizes that
-// cross the hint's threshold in both directions.
+// bytes must come out exactly as with any other block, new, cleared and grown with clearing.
 #include <string.h>
 
 #include "memory_env.h"
@@ -25,30 +24,6 @@ int32_t FirstMismatch(const uint8_t* p, int32_t from, int32_t to) {
     for (int32_t i = from; i < to; ++i)
         if (p[i] != Pattern(i)) return i;
     return -1;
-}
-
-TEST_F(LargeBlocksTest, ResizesAcrossTheThresholdKeepTheBytes) {
-    // Sizes straddle 4 MiB, and are odd so that no block ends on a page.
-    const struct {
-        int32_t from, to;
-    } steps[] = {{3 * kMiB + 5, 5 * kMiB + 3},
-                 {5 * kMiB + 3, 9 * kMiB + 1},
-                 {9 * kMiB + 1, 4 * kMiB - 7},
-                 {4 * kMiB - 7, 64 * kMiB + 11}};
-    for (const Zone& z : kZones) {
-        SCOPED_TRACE(z.name);
-        Handle h = z.newHandle(steps[0].from);
-        ASSERT_NE(h, nullptr);
-        Fill(*h, 0, steps[0].from);
-        for (const auto& s : steps) {
-            SCOPED_TRACE(s.to);
-            ASSERT_EQ(z.resize(h, s.to), MgNoError);
-            const int32_t kept = s.from < s.to ? s.from : s.to;
-            EXPECT_EQ(FirstMismatch(*h, 0, kept), -1);
-            Fill(*h, kept, s.to);
-        }
-        z.dispose(h);
-    }
 }
 
 TEST_F(LargeBlocksTest, ClearedLargeBlocksAreZeroThroughout) {

@@ -134,15 +134,4 @@ TEST_F(OutOfMemoryTest, MasterBlockGrowthFails) {
     CompactDisposeHandle(h);
 }
 
-TEST_F(OutOfMemoryTest, CheckingCatchesACountLongerThanTheList) {
-    EXPECT_EQ(MemCheckFreeList(gMainZone), MgNoError);  // off: nothing looked at
-    EXPECT_EXIT(
-        {
-            gMemChecking = 1;
-            --gMainZone->freeMasterCount;
-            MemCheckFreeList(gMainZone);
-        },
-        ::testing::ExitedWithCode(1), "");
-}
-
 }  // namespace

@@ -24,9 +24,9 @@ struct Package {
         WriteBytes(dir.path / "extra.rsrc",
                    BuildFile({{"STR ", {{128, "Greeting", AsBytes("hello")}, {-3, "", {}}}},
                               {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-        ToolResult r = RunTool(
-            {"-c", "mod", "-d", dir.path.string() + "/", "-r", (dir.path / "extra.rsrc").string()},
-            dir.path);
+        ToolResult r = RunTool({"-c", "mod", "-d", dir.path.string() + plat::DirectorySeparator(),
+                                "-r", (dir.path / "extra.rsrc").string()},
+                               dir.path);
         EXPECT_EQ(r.status, 0) << r.err;
         msb = dir.path / "mod.msb";
     }
@@ -45,8 +45,12 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
               (std::vector<std::string>{"PLAT 0 \"mod\" 4 none", "MXSB 0 \"mod\" 4093 none",
                                         "STR  -3 - 0 none", "STR  128 \"Greeting\" 5 none",
                                         "ICN# 5 \"icon\" 130 protected"}));
-    EXPECT_NE(list.out.find("file type  MXSB\ncreator    MXDX\n"), std::string::npos);
-    EXPECT_NE(list.out.find("\nresources  5\n"), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find(Lined("file type  MXSB
+creator    MXDX
+")), std::string::npos);
+    EXPECT_NE(list.out.find(Lined("
+resources  5
+")), std::string::npos) << list.out;
 
     ToolResult json = Mgrsrc({"list", "--json", p.msb.string()}, p.dir.path);
     ASSERT_EQ(json.status, 0);
@@ -76,7 +80,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
 
     ToolResult verify = Mgrsrc({"verify", p.msb.string()}, p.dir.path);
     EXPECT_EQ(verify.status, 0) << verify.out;
-    EXPECT_EQ(verify.out, p.msb.string() + ": sound: 5 resources, 0 warnings\n");
+    EXPECT_EQ(verify.out, Lined(p.msb.string() + ": sound: 5 resources, 0 warnings\n"));
 }
 
 TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
@@ -97,14 +101,15 @@ TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
                                          3, "TEST", "OTHR"));
     ToolResult r = Mgrsrc({"diff", "a", "b"}, dir.path);
     EXPECT_EQ(r.status, 3);
-    EXPECT_EQ(r.out,
-              "~ creator CRTR -> OTHR\n"
+    EXPECT_EQ(
+        r.out,
+        Lined("~ creator CRTR -> OTHR\n"
               "~ AAAA 1 \"x\" 1 -> 2 bytes: content\n"
               "- AAAA 2 - 1 bytes\n"
               "~ AAAA 3 \"n\" 1 -> 1 bytes: name \"n\" -> \"N\", attributes none -> protected\n"
               "+ AAAA 4 - 0 bytes\n"
               "~ AAAA 5 - 3 -> 3 bytes: content\n"
-              "+ BBBB 0 - 0 bytes\n");
+              "+ BBBB 0 - 0 bytes\n"));
 }
 
 // Bytes that aren't plain text are escaped, in the listing and in its JSON form.
@@ -143,16 +148,18 @@ TEST(MgrsrcExtract, FileNamesSafeOnEveryHost) {
 TEST(MgrsrcExtract, Lookups) {
     TempDir dir;
     WriteBytes(dir.path / "f",
-               BuildFile({{"TEXT", {{9, "same", {9}}, {4, "Same", {4}}, {12, "", {12}}}}},
+               BuildFile({{"TEXT", {{9, "same", {9}}, {4, "Same", {4}}, {12, "", {10, 12}}}}},
                          4));  // version 4: the list stays as written
     const struct {
         std::vector<std::string> args;
         int status;
         std::string out;
     } rows[] = {
-        {{"TEXT", "SAME"}, 0, "\4"},  // the first in id order, case aside
-        {{"TEXT", "12"}, 0, "\14"},  {{"--name", "TEXT", "12"}, 2, ""},
-        {{"TEXT", "13"}, 2, ""},     {{"TEX", "9"}, 2, ""},  // blanks fill: "TEX " isn't "TEXT"
+        {{"TEXT", "SAME"}, 0, "\4"},   // the first in id order, case aside
+        {{"TEXT", "12"}, 0, "\n\14"},  // a LF byte arrives as it is
+        {{"--name", "TEXT", "12"}, 2, ""},
+        {{"TEXT", "13"}, 2, ""},
+        {{"TEX", "9"}, 2, ""},  // blanks fill: "TEX " isn't "TEXT"
         {{"TEXTS", "9"}, 1, ""},
     };
     for (const auto& row : rows) {
@@ -196,7 +203,7 @@ TEST(MgrsrcCommandLine, UsageAndHelp) {
     }
     ToolResult missing = Mgrsrc({"list", "no-such-file"}, dir.path);
     EXPECT_EQ(missing.status, 2);
-    EXPECT_EQ(missing.err, "mgrsrc list: cannot read no-such-file\n");
+    EXPECT_EQ(missing.err, Lined("mgrsrc list: cannot read no-such-file\n"));
 }
 
 }  // namespace

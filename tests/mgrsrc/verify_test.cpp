@@ -95,7 +95,7 @@ TEST(MgrsrcVerify, CraftedDataFailsOnlyItsResource) {
         // The file opens; the other resources list and extract, the bad one shows no size.
         ToolResult list = Mgrsrc({"list", "f"}, dir.path);
         EXPECT_EQ(list.status, 0) << list.err;
-        EXPECT_NE(list.out.find("AAAA 1 \"one\" ? none\n"), std::string::npos) << list.out;
+        EXPECT_NE(list.out.find(Lined("AAAA 1 \"one\" ? none\n")), std::string::npos) << list.out;
         EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "BBBB", "7"}, dir.path).out, "\5\6\7\10\11");
         EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "AAAA", "1"}, dir.path).status, 2);
         // Unreadable data compares equal to itself.
@@ -190,7 +190,7 @@ TEST(MgrsrcVerify, EmbeddedFile) {
     Verified v = VerifyBytes(dir, b);
     EXPECT_EQ(v.verify.status, 0) << v.verify.out;
     ToolResult list = Mgrsrc({"list", "f"}, dir.path);
-    EXPECT_NE(list.out.find("embedded at 100\n"), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find(Lined("embedded at 100\n")), std::string::npos) << list.out;
     EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "BBBB", "seven"}, dir.path).out, "\5\6\7\10\11");
 }
 

@@ -2,12 +2,12 @@
 // failing run happens in a child with gDebugging set and DPrintf teed into an enabled
 // LStrOutput, and the captured text is compared byte for byte. The real program, which never
 // switches the print on, stays silent on the same command lines.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +16,7 @@
 #include "mg/stringoutput.h"
 #include "mxsbutil/options.h"
 #include "platform/faults.h"
+#include "support/host_rules.h"
 #include "support/run_tool.h"
 
 namespace {
@@ -61,44 +62,67 @@ void DebuggerText(const char* text, void* context) {
     *static_cast<std::string*>(context) += text;
 }
 
+// The memory manager starts once per process, so each run is a child: this program again,
+// running only the child test below with its orders in the file this variable names (a
+// command line can be longer than a Windows environment variable).
+constexpr const char* kOrders = "MXSB_MESSAGES_CHILD";
+
+// Faults armed in the child just before the run: "read", "seek", "alloc:N", "write:N".
+void Arm(const std::string& fault) {
+    const size_t colon = fault.find(':');
+    const int64_t n = colon == std::string::npos ? 1 : std::stoll(fault.substr(colon + 1));
+    const std::string kind = fault.substr(0, colon);
+    if (kind == "read") plat::FailFileOpAt(plat::kFileRead, n, 6);
+    if (kind == "seek") plat::FailFileOpAt(plat::kFileSeek, n, 6);
+    if (kind == "alloc") plat::FailAllocationAt(n);
+    if (kind == "write") plat::FailFileOpAt(plat::kFileWrite, n, 9);
+}
+
 // Runs the packager with `args` in a child, the memory manager started first when
-// `startMemory` (a command line that fails never starts it), and `arm` run just before.
+// `startMemory` (a command line that fails never starts it), and `fault` armed just before.
 // The text is the LStrOutput's, or the debugger channel's when no zone ever came.
-Captured RunCaptured(std::vector<std::string> args, bool startMemory, void (*arm)() = nullptr) {
-    int fds[2];
-    if (pipe(fds) != 0) return {};
-    pid_t pid = fork();
-    if (pid == 0) {
-        close(fds[0]);
-        int null = open("/dev/null", O_WRONLY);
-        dup2(null, 2);
-        if (startMemory) InitMemoryManager();
-        gDebugging = 1;
-        gDPrintfFileMode = 0;
-        auto* sink = new LateLStrOutput;
-        gDebugOutput = sink;
-        std::string debugger;
-        plat::CaptureDebuggerOutput(DebuggerText, &debugger);
-        args.insert(args.begin(), "mxsbutil");
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        if (arm) arm();
-        const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
-        plat::CaptureDebuggerOutput(nullptr, nullptr);
-        std::string text = mgmem::gMemStarted ? sink->Text() : debugger;
-        if (write(fds[1], text.data(), text.size()) < 0) _exit(100);
-        _exit(status);
+Captured RunCaptured(const std::vector<std::string>& args, bool startMemory,
+                     const std::string& fault = "") {
+    TempDir scratch;
+    const std::filesystem::path textFile = scratch.path / "text", orders = scratch.path / "orders";
+    {
+        std::ofstream out(orders, std::ios::binary);
+        out << (startMemory ? "1" : "0") << '\x1F' << fault << '\x1F' << textFile.string();
+        for (const auto& a : args) out << '\x1F' << a;
     }
-    close(fds[1]);
     Captured c;
-    char buffer[4096];
-    for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;) c.text.append(buffer, n);
-    close(fds[0]);
-    int wstatus = 0;
-    waitpid(pid, &wstatus, 0);
-    c.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
+    const int64_t child =
+        StartTestChild("MessagesChild.DISABLED_Run", kOrders + ("=" + orders.string()));
+    if (child == 0) return c;
+    c.status = plat::WaitChild(child, 20000);
+    c.text = SlurpFile(textFile);
     return c;
+}
+
+TEST(MessagesChild, DISABLED_Run) {
+    const char* orders = std::getenv(kOrders);
+    ASSERT_NE(orders, nullptr);
+    std::vector<std::string> parts;
+    std::stringstream in(SlurpFile(orders));
+    for (std::string part; std::getline(in, part, '\x1F');) parts.push_back(part);
+    ASSERT_GE(parts.size(), 3u);
+    if (parts[0] == "1") InitMemoryManager();
+    gDebugging = 1;
+    gDPrintfFileMode = 0;
+    auto* sink = new LateLStrOutput;
+    gDebugOutput = sink;
+    std::string debugger;
+    plat::CaptureDebuggerOutput(DebuggerText, &debugger);
+    std::vector<std::string> args = {"mxsbutil"};
+    args.insert(args.end(), parts.begin() + 3, parts.end());
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    Arm(parts[1]);
+    const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
+    plat::CaptureDebuggerOutput(nullptr, nullptr);
+    std::ofstream(parts[2], std::ios::binary) << (mgmem::gMemStarted ? sink->Text() : debugger);
+    std::_Exit(status);
 }
 
 struct Row {
@@ -114,6 +138,7 @@ void ExpectRows(const std::vector<Row>& rows, bool startMemory, const std::files
         const Captured c = RunCaptured(r.args, startMemory);
         EXPECT_EQ(c.status, r.status) << line;
         EXPECT_EQ(c.text, r.text) << line;
+        if (line.size() > CommandLineLimit()) continue;
         const ToolResult real = RunTool(r.args, dir);
         EXPECT_EQ(real.status, r.status) << line;
         EXPECT_EQ(real.out + real.err, "") << line;
@@ -144,14 +169,14 @@ TEST(Messages, CommandLine) {
 
 TEST(Messages, PackageRun) {
     TempDir dir;
-    const std::string d = dir.path.string() + "/";
+    const std::string d = dir.path.string() + plat::DirectorySeparator();
     std::ofstream(dir.path / "foo.dll") << "code";
     std::ofstream(dir.path / "other.dll") << "more";
     std::ofstream(dir.path / "dir.dll") << "code";
     std::filesystem::create_directory(dir.path / "dir.msb");           // no file can replace it
     ASSERT_EQ(RunTool({"-c", "other", "-d", d}, dir.path).status, 0);  // a resource file
     std::string deep;  // more names than a path holds
-    for (int i = 0; i < 33000; ++i) deep += "a/";
+    for (int i = 0; i < 33000; ++i) deep += std::string("a") + plat::DirectorySeparator();
     ExpectRows(
         {
             {{"-c", "none", "-d", d},
@@ -196,37 +221,36 @@ TEST(Messages, PackageRun) {
 // build goes on with what the block holds), and allocations that fail.
 TEST(Messages, InjectedFaults) {
     TempDir dir;
-    const std::string d = dir.path.string() + "/";
+    const std::string d = dir.path.string() + plat::DirectorySeparator();
     std::ofstream(dir.path / "foo.dll") << "code";
     const struct {
-        void (*arm)();
+        const char* fault;
         int status;
         std::string text;
     } rows[] = {
-        {[] { plat::FailFileOpAt(plat::kFileRead, 1, 6); }, 0, "FMRead error 6\r\n"},
-        {[] { plat::FailFileOpAt(plat::kFileSeek, 1, 6); }, 0, "FMSeek error 6\r\n"},
-        {[] { plat::FailAllocationAt(1); }, 1, "mxsbutil: not enough memory\n"},
+        {"read", 0, "FMRead error 6\r\n"},
+        {"seek", 0, "FMSeek error 6\r\n"},
+        {"alloc:1", 1, "mxsbutil: not enough memory\n"},
         // A package that doesn't reach the disk fails the run.
-        {[] { plat::FailFileOpAt(plat::kFileWrite, 2, 9); }, 2,
+        {"write:2", 2,
          "resource error 9 on RCloseFile\r\nmxsbutil: error building resource file: 9\r\n"},
-        {[] { plat::FailFileOpAt(plat::kFileWrite, 1, 9); }, 2,
+        {"write:1", 2,
          "RCreateCorrectFile error 9\r\nmxsbutil: error building resource file: 9\r\n"},
     };
     for (const auto& r : rows) {
-        const Captured c = RunCaptured({"-c", "foo", "-d", d}, false, r.arm);
-        EXPECT_EQ(c.status, r.status);
-        EXPECT_EQ(c.text, r.text);
+        const Captured c = RunCaptured({"-c", "foo", "-d", d}, false, r.fault);
+        EXPECT_EQ(c.status, r.status) << r.fault;
+        EXPECT_EQ(c.text, r.text) << r.fault;
     }
 
     // Every allocation of a run fails in turn (a run makes fewer than kRunAllocations); among
     // the complaints are those of the module's block and of the tag's, and every run ends in
     // one of the tool's statuses.
     constexpr int64_t kRunAllocations = 60;
-    static int64_t failAt;
     bool sawModule = false, sawTag = false;
-    for (failAt = 2; failAt <= kRunAllocations; ++failAt) {
+    for (int64_t failAt = 2; failAt <= kRunAllocations; ++failAt) {
         const Captured c =
-            RunCaptured({"-c", "foo", "-d", d}, false, [] { plat::FailAllocationAt(failAt); });
+            RunCaptured({"-c", "foo", "-d", d}, false, "alloc:" + std::to_string(failAt));
         ASSERT_TRUE(c.status == 0 || c.status == 1 || c.status == 2) << failAt;
         sawModule |= c.text ==
                      "memory error\r\nCouldn't get code resource\r\n"

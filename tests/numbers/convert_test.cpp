@@ -185,18 +185,25 @@ TEST(NumConvert, ComplexParts) {
     EXPECT_EQ(loaded.im, 3.0L);
 }
 
-// The portable form: big-endian sign and exponent, the fraction without its top bit.
-TEST(PortableForm, LayoutOfKnownValues) {
-    uint8_t out[16];
-    EXPECT_EQ(ExtendedToPortable(1.5L, out), out + 16);
-    const uint8_t oneAndHalf[16] = {0x3F, 0xFF, 0x80};
-    EXPECT_EQ(memcmp(out, oneAndHalf, 16), 0);
-    ExtendedToPortable(-2.0L, out);
-    const uint8_t minusTwo[16] = {0xC0, 0x00};
-    EXPECT_EQ(memcmp(out, minusTwo, 16), 0);
+// Extended takes 10 bytes and its complex pair 20 until the host sets its size; types 0 and
+// 15 take none.
+TEST(NumTypes, ExtendedSizeIsSetAtRunTime) {
+    EXPECT_EQ(NumTypeSize(NumFX), 10);
+    EXPECT_EQ(NumTypeSize(NumCX), 20);
+    EXPECT_EQ(NumTypeSize(15), 0);
+    SetExtendedSize(16);
+    EXPECT_EQ(NumTypeSize(NumFX), 16);
+    EXPECT_EQ(NumTypeSize(NumCX), 32);
+    SetExtendedSize(10);
 }
 
+// The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
+// every bit of normals, denormals, zeros and infinities.
 TEST(PortableForm, RoundTripKeepsEveryBit) {
+    uint8_t portable[16];
+    EXPECT_EQ(ExtendedToPortable(-1.5L, portable), portable + 16);
+    const uint8_t minusOneAndHalf[16] = {0xBF, 0xFF, 0x80};
+    EXPECT_EQ(memcmp(portable, minusOneAndHalf, 16), 0);
     std::mt19937_64 rng(7);
     auto check = [](uint64_t mantissa, uint16_t signExponent) {
         uint8_t raw[10], again[10], portable[16];

@@ -67,8 +67,6 @@ struct FloatCase {
     const char* text;
 };
 
-// Edge cases only: ordinary values of the exponent and fixed forms are compared with the C
-// library in libc_compare_test.
 TEST(NumToText, FloatCodes) {
     const FloatCase cases[] = {
         {1e308, -6, "1.000000E+308"},  // fixed form would reach 308
@@ -155,6 +153,7 @@ TEST(DecimalToText, WriterCases) {
         {0, true, 5, "-5.2000E+1"},  // digits beyond the last stored one are zeros
         {-3, true, -1, "-0.0"},      // no rounding in the writer
         {-3, true, -5, "-0.05200"},
+        {-4, false, -1, "0.0"},   // the places end before the first digit
         {60, false, 0, "5E+61"},  // e = 61 does not fit 64 - 4: exponent form with one digit
         {40, false, 0, "52" + std::string(40, '0')},
     };
@@ -183,6 +182,7 @@ TEST(ExtendedToDecimal, CorrectionCases) {
     ExtendedToDecimal(9.96L, 2, &d);
     EXPECT_EQ(d.mdigits, 1);
     EXPECT_EQ(d.digits[0], 0x10);
+    EXPECT_EQ(d.digits[1], 0);  // the carry clears every digit, the 1 of 100 too
     EXPECT_EQ(d.exponent, 0);
     ExtendedToDecimal(99.6L, 1, &d);
     EXPECT_EQ(d.digits[0] & 15, 1);
@@ -208,6 +208,8 @@ TEST(ExtendedToDecimal, CorrectionCases) {
     EXPECT_EQ(d.mdigits, 3);
     EXPECT_EQ(d.exponent, -3);
     EXPECT_EQ(d.sign, 0);
+    ExtendedToDecimal(0.0L, 0, &d);
+    EXPECT_EQ(d.mdigits, 0);
 }
 
 // Bytes the unit never produces: an unnormal (top mantissa bit clear under a nonzero

@@ -141,6 +141,9 @@ TEST(IntegerScanners, SaturationAndPositions) {
         {ScanHex, "12345", NumUW, 65535, 5},
         {ScanHex, "-1", NumUB, -1, 2},
         {ScanHex, "fg", NumIL, 15, 1},
+        {ScanHex, "A0", NumUB, 160, 2},
+        {ScanHex, "1FFFFFFFF", NumUB, 255, 9},  // saturated bits read as negative: 255
+        {ScanHex, " -x", NumIL, 0, 0},
         {ScanOctal, "777", NumUB, 255, 3},
         {ScanOctal, "178", NumIL, 15, 2},
         {ScanBinary, "101", NumIL, 5, 3},
@@ -153,25 +156,7 @@ TEST(IntegerScanners, SaturationAndPositions) {
     }
 }
 
-TEST(IntegerScanners, DigitAccumulateAndSaturate) {
-    uint32_t acc = 214748364;
-    EXPECT_EQ(DigitAccumulate(&acc, '8', NumIL, 0, 10), 1);
-    EXPECT_EQ(acc, 0x7FFFFFFFu);
-    acc = 214748364;
-    EXPECT_EQ(DigitAccumulate(&acc, '9', NumIL, 1, 10), 1);
-    EXPECT_EQ(acc, 0x80000000u);
-    acc = 429496729;
-    EXPECT_EQ(DigitAccumulate(&acc, '6', NumUL, 0, 10), 1);  // the sum wraps
-    EXPECT_EQ(acc, 0xFFFFFFFFu);
-    acc = 0x10000000;
-    EXPECT_EQ(DigitAccumulate(&acc, '0', NumUL, 1, 16), 1);
-    EXPECT_EQ(acc, 0x7FFFFFFFu);
-    acc = 1;
-    EXPECT_EQ(DigitAccumulate(&acc, 'a', NumUL, 0, 16), 0);
-    EXPECT_EQ(acc, 0x1Au);
-    EXPECT_EQ(DigitAccumulate(&acc, 'B', NumUL, 0, 16), 0);
-    EXPECT_EQ(acc, 0x1ABu);
-
+TEST(IntegerScanners, SaturateToTypeModes) {
     const struct {
         int32_t value;
         NumType type;

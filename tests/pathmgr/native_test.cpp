@@ -105,22 +105,6 @@ TEST_F(NativeNames, WindowsLongComponentsReadAsSignedLengths) {
     }
 }
 
-TEST_F(NativeNames, PosixLengthLimitComesFromTheHost) {
-    int32_t limit = plat::NativeNameMax();
-    ASSERT_LT(limit, FNativeNameBufferSize);
-    // Components of 99 bytes ("/" + 99 = 100 each), then one that reaches exactly the limit.
-    std::string text;
-    while (static_cast<int32_t>(text.size()) + 100 < limit) text += "/" + std::string(99, 'p');
-    std::string fits = text + "/" + std::string(limit - text.size() - 1, 'q');
-    OwnedPath ok(Parse(fits, X));
-    MgStatus status;
-    EXPECT_EQ(Native(ok, X, &status), fits);
-    EXPECT_EQ(status, MgNoError);
-    OwnedPath over(Parse(fits + "q", X));
-    Native(over, X, &status);
-    EXPECT_NE(status, MgNoError);
-}
-
 TEST_F(NativeNames, CheckNameAndNewName) {
     const struct {
         std::string name;

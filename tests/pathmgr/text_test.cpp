@@ -117,6 +117,16 @@ TEST_F(PathText, ReadsOnlyTheGivenLengthAndReusesTheVariable) {
     EXPECT_EQ(FLStrToPath(nullptr, &r.p), MgNoError);
     EXPECT_EQ(Describe(r), "A:");
 
+    // A count must fit the path's 16 bits.
+    std::string deep;
+    for (int i = 0; i < 32767; ++i) deep += "a/";
+    OwnedPath deepest(Parse(deep, PathSyntaxPosix));
+    EXPECT_EQ(FPathDepth(deepest), 32767);
+    deep += "a";
+    EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(deep.data()),
+                                static_cast<int32_t>(deep.size()), &deepest.p, PathSyntaxPosix),
+              MgBadArgument);
+
     plat::FailAllocationAt(1);
     Path fails = nullptr;
     EXPECT_EQ(

@@ -3,6 +3,7 @@
 // written back correctly. Each case leaves everything else as it was.
 #include <filesystem>
 
+#include "mg/rescheck.h"
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"
 
@@ -43,6 +44,40 @@ TEST_F(HostileTest, UntrustworthyMapsAreRefused) {
     }
 }
 
+// A file carried at the end of another one, whose offsets, moved by where it stands (8), are
+// past any 32-bit position: the header's, or the map copy's, which aren't compared, and which
+// in a file with no map are the header's moved twice. The check of the bytes says so too.
+TEST_F(HostileTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
+    const Bytes base = crafted::Base(), empty = BuildFile({});
+    const uint32_t map = crafted::MapAt(base);
+    const struct {
+        const char* what;
+        const Bytes& inner;
+        uint32_t at, value;
+    } rows[] = {
+        {"map offset", base, 16, 0x7FFFFFFC},
+        {"data offset", base, 24, 0x7FFFFFFC},
+        {"map copy's data offset", base, map + 24, 0x7FFFFFFC},
+        {"data offset with no map", empty, 24, 0x7FFFFFF4},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        Bytes outer(8, 0xEE);
+        outer.insert(outer.end(), row.inner.begin(), row.inner.end());
+        PutBig32(outer, 8 + row.at, row.value);
+        const int32_t at = 8;
+        outer.resize(outer.size() + 4);
+        memcpy(outer.data() + outer.size() - 4, &at, 4);
+        WriteFile("e", outer);
+        const int32_t slots = OpenSlots();
+        EXPECT_EQ(Open("e", FMModeRead, MgEndOfFile), 0);
+        EXPECT_EQ(OpenSlots(), slots);
+        RCheckSummary sum{};
+        EXPECT_EQ(RCheckBytes(outer.data(), int64_t(outer.size()), nullptr, &sum), MgNoError);
+        EXPECT_EQ(sum.openStatus, MgEndOfFile);
+    }
+}
+
 // The bad load is refused before memory is taken for it: with the next allocation armed to
 // fail, it still gives 4 rather than 2.
 TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoad) {
@@ -61,6 +96,34 @@ TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoad) {
         EXPECT_EQ(LoadNamed(f, "BBBB", "seven"), (Bytes{5, 6, 7, 8, 9}));
         EXPECT_EQ(RCloseFile(f), MgNoError);
         EXPECT_EQ(ReadFile("d"), b);
+    }
+}
+
+// An edit elsewhere in such a file can't be written back: the close fails with 4 and changes
+// nothing, the file stays open with its edits in memory, and dropping the dirty bit lets it go
+// (freeing the changed handle, an empty one here, which a lost file would leak).
+TEST_F(HostileTest, CloseThatCantWriteBadDataKeepsTheFileUntilItsEditsAreDropped) {
+    for (const auto& row : crafted::BadData()) {
+        SCOPED_TRACE(row.what);
+        Bytes b = crafted::Base();
+        row.spoil(b);
+        WriteFile("w", b);
+        ResFile f = Open("w");
+        Handle h = nullptr;
+        ASSERT_EQ(RGet(f, T("BBBB"), 7, &h), MgNoError);
+        ASSERT_EQ(MemResizeHandle(h, 0), MgNoError);
+        ASSERT_EQ(RChanged(h), MgNoError);
+        EXPECT_EQ(RCloseFile(f), MgEndOfFile);
+        EXPECT_EQ(ReadFile("w"), b);
+        EXPECT_EQ(Strays("w"), 0);
+        int32_t attrs = 0;
+        EXPECT_EQ(RGetAttrs(h, &attrs), MgNoError);
+        EXPECT_EQ(attrs & RAttrChanged, RAttrChanged);
+        ASSERT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
+        ASSERT_EQ(RSetFileAttrs(f, attrs & ~RFileDirty), MgNoError);
+        EXPECT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(RGetAttrs(h, &attrs), MgResourceNotFound);
+        EXPECT_EQ(ReadFile("w"), b);
     }
 }
 

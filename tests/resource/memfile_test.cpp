@@ -1,13 +1,11 @@
 // Memory images and dates: files in memory, the image of an open file against what the disk
 // gets, and modification dates by file and by path.
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <chrono>
 #include <filesystem>
 #include <random>
 
+#include "platform/platform.h"
 #include "resource/resmap.h"
 #include "resource/resource_env.h"
 
@@ -194,24 +192,24 @@ TEST_F(MemImage, ModificationDateByPathAndByFile) {
     // Seconds since 1904 of 2020-01-01 00:00:00 UTC, an even number: fractions round to the
     // nearest second, and exact halves to the even one.
     const uint32_t even = 1577836800u + 2082844800u;
+    // The same instant in 100-nanosecond units since 1601.
+    const uint64_t evenFileTime = (1577836800ull + 11644473600ull) * 10000000ull;
     struct {
-        time_t extra;
-        long nanoseconds;
+        uint64_t extra;  // 100-nanosecond units
         uint32_t want;
-    } rounding[] = {{0, 400000000, even},
-                    {0, 500000000, even},
-                    {1, 500000000, even + 2},
-                    {0, 700000000, even + 1}};
+    } rounding[] = {{4000000, even}, {5000000, even}, {15000000, even + 2}, {7000000, even + 1}};
     uint32_t date = 0;
     int32_t readOnly = -1;
     for (const auto& r : rounding) {
-        const timespec t = {1577836800 + r.extra, r.nanoseconds}, times[2] = {t, t};
-        ASSERT_EQ(utimensat(AT_FDCWD, FilePath("dated").c_str(), times, 0), 0);
+        ASSERT_TRUE(plat::SetFileDates(FilePath("dated").c_str(), 0, evenFileTime + r.extra));
         EXPECT_EQ(RGetModDate(MakePath("dated"), 0, &date, &readOnly), MgNoError);
-        EXPECT_EQ(date, r.want) << r.extra << "." << r.nanoseconds;
+        EXPECT_EQ(date, r.want) << r.extra;
         EXPECT_EQ(readOnly, 0);
     }
-    ASSERT_EQ(chmod(FilePath("dated").c_str(), 0444), 0);
+    using std::filesystem::perms;
+    std::filesystem::permissions(FilePath("dated"),
+                                 perms::owner_write | perms::group_write | perms::others_write,
+                                 std::filesystem::perm_options::remove);
     f = Open("dated", FMModeRead);
     date = 0;
     EXPECT_EQ(RGetModDate(nullptr, f, &date, &readOnly), MgNoError);  // by the open file

@@ -1,14 +1,14 @@
 // A write-back replaces the file in one step: whatever stops it - a failing write, flush or
 // rename, or the process being killed - the file afterwards is the old one or the new one.
-#include <signal.h>
-#include <sys/wait.h>
-#include <time.h>
-#include <unistd.h>
-
 #include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include "resource/resource_env.h"
+#include "support/run_tool.h"
 
 namespace {
 
@@ -118,69 +118,87 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
     }
 }
 
+// The old and the new layout of the file that a child rewrites.
+struct KillLayouts {
+    std::vector<TypeLayout> older = {{"AAAA", {}}}, newer = {{"AAAA", {}}, {"CCCC", {}}};
+    KillLayouts() {
+        for (int32_t id = 1; id <= 12; ++id) {
+            older[0].refs.push_back({id, "", Fill(1 << 19, id)});
+            newer[0].refs.push_back({id, "", Fill(1 << 19, id + 100)});
+        }
+        newer[1].refs.push_back({1, "", Fill(5, 1)});
+    }
+};
+
+// The file the child rewrites. The child makes "<file>.ready" when all is set, and starts the
+// write-back as soon as "<file>.go" appears, so that the parent's clock starts with it.
+constexpr const char* kChildFile = "MXSB_REPLACE_CHILD";
+
 // The child makes every resource new and closes; it is killed at points spread over the
 // write-back. Each time the file is the old one or the new one.
 TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
-    std::vector<TypeLayout> older = {{"AAAA", {}}}, newer = {{"AAAA", {}}, {"CCCC", {}}};
-    for (int32_t id = 1; id <= 12; ++id) {
-        older[0].refs.push_back({id, "", Fill(1 << 19, id)});
-        newer[0].refs.push_back({id, "", Fill(1 << 19, id + 100)});
-    }
-    newer[1].refs.push_back({1, "", Fill(5, 1)});
-    const Bytes original = BuildFile(older);
-    // Returns the time from the start of the write-back to the child's end or kill.
-    auto run = [&](int64_t killAfterUs) {
+    const KillLayouts layouts;
+    const Bytes original = BuildFile(layouts.older);
+    const std::filesystem::path ready = FilePath("f") + ".ready", go = FilePath("f") + ".go";
+    // Returns the milliseconds from the go to the child's end or kill.
+    auto run = [&](int32_t killAfterMs) {
         WriteFile("f", original);
-        int ready[2];
-        EXPECT_EQ(pipe(ready), 0);
-        const pid_t pid = fork();
-        if (pid == 0) {
-            close(ready[0]);
-            ResFile f = 0;
-            if (ROpenFile(MakePath("f"), FMModeReadWrite, &f, nullptr, nullptr)) _exit(3);
-            for (const auto& r : newer[0].refs) {
-                Handle h = nullptr;
-                if (RGet(f, T("AAAA"), r.id, &h)) _exit(4);
-                memcpy(*h, r.data.data(), r.data.size());
-                RChanged(h);
-            }
-            Handle h = MemNewHandle(5);
-            memcpy(*h, newer[1].refs[0].data.data(), 5);
-            if (RAdd(h, f, T("CCCC"), 1, nullptr)) _exit(5);
-            if (write(ready[1], "r", 1) != 1) _exit(6);
-            _exit(RCloseFile(f) ? 7 : 0);
-        }
-        close(ready[1]);
-        char c = 0;
-        EXPECT_EQ(read(ready[0], &c, 1), 1);
-        close(ready[0]);
+        std::filesystem::remove(ready);
+        std::filesystem::remove(go);
+        const int64_t child = StartTestChild("ReplaceTest.DISABLED_WriteBackChild",
+                                             kChildFile + ("=" + FilePath("f")));
+        EXPECT_NE(child, 0);
+        for (int i = 0; i < 20000 && !std::filesystem::exists(ready); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::ofstream(go) << "g";
         const auto start = std::chrono::steady_clock::now();
-        if (killAfterUs >= 0) {
-            const timespec pause = {0, long(killAfterUs * 1000)};
-            nanosleep(&pause, nullptr);
-            kill(pid, SIGKILL);
+        const int32_t status = plat::WaitChild(child, killAfterMs < 0 ? 60000 : killAfterMs);
+        if (killAfterMs < 0) {
+            EXPECT_EQ(status, 0);
         }
-        int status = 0;
-        waitpid(pid, &status, 0);
-        if (killAfterUs < 0) {
-            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-        }
-        return std::chrono::duration_cast<std::chrono::microseconds>(
-                   std::chrono::steady_clock::now() - start)
-            .count();
+        return int32_t(std::chrono::duration_cast<std::chrono::milliseconds>(
+                           std::chrono::steady_clock::now() - start)
+                           .count());
     };
-    const int64_t whole = run(-1);
-    ASSERT_EQ(Which(older, newer), "new");
+    const int32_t whole = run(-1);
+    ASSERT_EQ(Which(layouts.older, layouts.newer), "new");
     int32_t olds = 0, news = 0;
     constexpr int32_t kPoints = 30;
     for (int32_t k = 0; k < kPoints; ++k) {
         run(whole * k / (kPoints - 4));  // the last few land after the end
-        const std::string which = Which(older, newer);
+        const std::string which = Which(layouts.older, layouts.newer);
         ASSERT_TRUE(which == "old" || which == "new") << which << " at point " << k;
         (which == "old" ? olds : news) += 1;
     }
     EXPECT_GT(olds, 0);
     EXPECT_GT(news, 0);
+}
+
+// The child's side: ends at once with a status that says how far it got.
+TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
+    const char* name = std::getenv(kChildFile);
+    ASSERT_NE(name, nullptr);
+    const KillLayouts layouts;
+    Path p = nullptr;
+    if (FTextToPath(reinterpret_cast<const uint8_t*>(name), int32_t(strlen(name)), &p))
+        std::_Exit(2);
+    ResFile f = 0;
+    if (ROpenFile(p, FMModeReadWrite, &f, nullptr, nullptr)) std::_Exit(3);
+    for (const auto& r : layouts.newer[0].refs) {
+        Handle h = nullptr;
+        if (RGet(f, T("AAAA"), r.id, &h)) std::_Exit(4);
+        memcpy(*h, r.data.data(), r.data.size());
+        RChanged(h);
+    }
+    Handle h = MemNewHandle(5);
+    memcpy(*h, layouts.newer[1].refs[0].data.data(), 5);
+    if (RAdd(h, f, T("CCCC"), 1, nullptr)) std::_Exit(5);
+    std::ofstream(std::string(name) + ".ready") << "r";
+    const std::filesystem::path go = std::string(name) + ".go";
+    for (auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+         !std::filesystem::exists(go);)
+        if (std::chrono::steady_clock::now() > until) std::_Exit(6);
+    std::_Exit(RCloseFile(f) ? 7 : 0);
 }
 
 }  // namespace

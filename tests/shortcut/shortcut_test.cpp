@@ -8,9 +8,18 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
+#include "support/host_rules.h"
 #include "support/memory_env.h"
 
 namespace {
+
+// A native name from its POSIX spelling: on a Windows host under drive C: with backslashes.
+std::string N(std::string posix) {
+    if (!WindowsHost()) return posix;
+    for (char& c : posix)
+        if (c == '/') c = '\\';
+    return "C:" + posix;
+}
 
 // Shortcut files of a made-up host: name -> target.
 std::map<std::string, std::string> gTargets;
@@ -27,11 +36,11 @@ bool Resolve(char* name) {
 class Shortcuts : public ::testing::Test {
   protected:
     void SetUp() override {
-        gTargets = {{"/a/dir.lnk", "/real"},
-                    {"/real/sub.LNK", "/other/"},
-                    {"/a/.LNK", "/dot"},
-                    {"/long.lnk", "/" + std::string(258, 'l')},  // targets fit 260 bytes
-                    {"/a/file.lnk", "/b/target.txt"}};
+        gTargets = {{N("/a/dir.lnk"), N("/real")},
+                    {N("/real/sub.LNK"), N("/other/")},
+                    {N("/a/.LNK"), N("/dot")},
+                    {N("/long.lnk"), N("/") + std::string(259 - N("/").size(), 'l')},  // 259 bytes
+                    {N("/a/file.lnk"), N("/b/target.txt")}};
         gAsked.clear();
         plat::SetShortcutResolverForTest(Resolve);
     }
@@ -55,30 +64,31 @@ TEST_F(Shortcuts, WalkFollowsEveryLevel) {
         SCOPED_TRACE(r.in);
         gAsked.clear();
         char name[FNativeNameBufferSize];
-        strcpy(name, r.in);
+        strcpy(name, N(r.in).c_str());
         EXPECT_EQ(FResolveShortcutPath(name), r.changed);
-        EXPECT_STREQ(name, r.out);
+        EXPECT_EQ(name, N(r.out));
         EXPECT_EQ(int(gAsked.size()), r.asked);
     }
 }
 
 TEST_F(Shortcuts, OneNameAndNativeNames) {
-    char name[FNativeNameBufferSize] = "/A/DIR.LNK";
+    char name[FNativeNameBufferSize];
+    strcpy(name, N("/A/DIR.LNK").c_str());
     EXPECT_EQ(FResolveShortcut(name), 0);  // a candidate, but no such shortcut
-    strcpy(name, "/a/dir.lnk");
+    strcpy(name, N("/a/dir.lnk").c_str());
     EXPECT_EQ(FResolveShortcut(name), 1);
-    EXPECT_STREQ(name, "/real");
+    EXPECT_EQ(name, N("/real"));
     strcpy(name, "lnk");
     EXPECT_EQ(FResolveShortcut(name), 0);
     EXPECT_EQ(gAsked.size(), 2u);  // "lnk" is too short to be asked about
 
     // Every name made for the host has its shortcuts followed.
     Path p = nullptr;
-    const char* text = "/a/dir.lnk/x";
-    ASSERT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text), 12, &p, PathSyntaxPosix),
+    const std::string text = N("/a/dir.lnk/x");
+    ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()), &p),
               MgNoError);
-    ASSERT_EQ(FPathToNativeNameSyntax(p, name, PathSyntaxPosix), MgNoError);
-    EXPECT_STREQ(name, "/real/x");
+    ASSERT_EQ(FPathToNativeName(p, name), MgNoError);
+    EXPECT_EQ(name, N("/real/x"));
     FPathRelease(p);
 }
 

@@ -158,20 +158,6 @@ TEST(SortArrayContext, PassesContextToEveryComparison) {
     EXPECT_GT(context.calls, 0);
 }
 
-TEST(SortArrayContext, IndicesByKeysInContext) {
-    // The form callers use to sort an index array by data elsewhere.
-    const char* names[] = {"pear", "apple", "fig", "banana"};
-    int32_t index[] = {0, 1, 2, 3};
-    SortArrayContext(
-        index, 4, 4, 4,
-        [](void* c, const void* a, const void* b) -> int32_t {
-            auto** n = static_cast<const char**>(c);
-            return strcmp(n[*static_cast<const int32_t*>(a)], n[*static_cast<const int32_t*>(b)]);
-        },
-        names);
-    EXPECT_EQ(std::vector<int32_t>(index, index + 4), (std::vector<int32_t>{1, 3, 2, 0}));
-}
-
 TEST(Swappers, ExchangeWholeElementsAtAnyAlignment) {
     struct Case {
         void (*swap)(void*, void*, int32_t);

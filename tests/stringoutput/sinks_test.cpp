@@ -10,6 +10,7 @@
 #include "mg/stringoutput.h"
 #include "platform/faults.h"
 #include "platform/platform.h"
+#include "support/host_rules.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ TEST(FormattingSink, StandardStreams) {
     testing::internal::CaptureStdout();
     err.Printf("%ld-%s", 42, "e");
     console->Printf("%x", 255);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "FF");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), ConsoleTextInStandardOutput("FF"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "42-e");
 }
 

@@ -65,11 +65,16 @@ TEST(LStrOutput, MemoryFailures) {
     plat::ResetFaults();
     EXPECT_EQ(TextOf(out), "kept");
 
-    // Construction and copy throw when their block can't be had.
-    for (int copy = 0; copy < 2; ++copy) {
+    // Construction, copy and assignment throw when their block can't be had.
+    for (int form = 0; form < 3; ++form) {
+        LStrOutput target;
         plat::FailAllocationAt(1);
         try {
-            LStrOutput none = copy ? LStrOutput(out) : LStrOutput();
+            if (form == 2) {
+                target = out;
+            } else {
+                LStrOutput none = form ? LStrOutput(out) : LStrOutput();
+            }
             ADD_FAILURE() << "made without memory";
         } catch (const MXExcept& e) {
             EXPECT_EQ(e.GetError(), 2);

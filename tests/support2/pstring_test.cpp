@@ -51,6 +51,9 @@ TEST(PStringConvert, LStrRoundTrip) {
     EXPECT_EQ(TextToLString(nullptr, l), 0);
     EXPECT_EQ(l->count, 0);
     EXPECT_EQ(TextToLString("abc", l), 3);
+    EXPECT_EQ(TextToLString("z", l), 1);  // one character is copied too, both ways
+    EXPECT_EQ(LStringToText(l, text), 1);
+    EXPECT_STREQ(text, "z");
     EXPECT_EQ(TempPString("lit")[0], 3);
     EXPECT_EQ(TempPString("lit"), gTempPString);
 }
@@ -115,10 +118,12 @@ TEST(LStringCompare, NullRules) {
     EXPECT_EQ(LStringOrder(nullptr, abc.get()), -1);
     EXPECT_EQ(LStringOrder(abc.get(), nullptr), 1);
     EXPECT_EQ(LStringOrder(nullptr, nullptr), 0);
+    EXPECT_EQ(LStringOrder(empty.get(), nullptr), 0);
     EXPECT_EQ(LStringOrder(abc.get(), abd.get()), -1);
     EXPECT_EQ(LStringOrder(ABC.get(), abc.get()), 'A' - 'a');
     EXPECT_EQ(LStringOrderNoCase(ABC.get(), abc.get()), 0);
     EXPECT_TRUE(LStringSame(nullptr, empty.get()));
+    EXPECT_TRUE(LStringSame(empty.get(), nullptr));
     EXPECT_FALSE(LStringSame(nullptr, abc.get()));
     EXPECT_FALSE(LStringSame(abc.get(), L("ab").get()));
     EXPECT_TRUE(LStringSameNoCase(ABC.get(), abc.get()));

@@ -6,15 +6,11 @@
 #include <string>
 
 #include "mg/textutil.h"
+#include "support/pstr.h"
 
 namespace {
 
-std::string P(const std::string& s) {
-    return std::string(1, static_cast<char>(s.size())) + s;
-}
-ConstPStr Bytes(const std::string& p) {
-    return reinterpret_cast<ConstPStr>(p.data());
-}
+using mgtest::P;
 
 // The object-file symbol hash as the ELF tables define it, written independently.
 uint32_t ElfHash(const std::string& s) {
@@ -41,19 +37,17 @@ TEST(PStringHash, AgreesWithTheSymbolTableHash) {
         std::string("nul\0in", 6),
     };
     for (const std::string& s : texts) {
-        uint32_t h = PStringHash(Bytes(P(s)), 0);
+        uint32_t h = PStringHash(P(s).b, 0);
         EXPECT_EQ(h, ElfHash(s)) << s;
         EXPECT_EQ(h & 0xF0000000u, 0u) << s;
     }
-    EXPECT_EQ(PStringHash(Bytes(P("")), 0), 0u);
-    EXPECT_EQ(PStringHash(Bytes(P("")), 1), 0u);
+    EXPECT_EQ(PStringHash(P("").b, 0), 0u);
+    EXPECT_EQ(PStringHash(P("").b, 1), 0u);
     EXPECT_EQ(PStringHash(nullptr, 1), 0u);
-}
-
-TEST(PStringHash, UpperFirstHashesTheUpperCaseCopy) {
-    std::string p = P("Mixed_case.Name");
-    EXPECT_EQ(PStringHash(Bytes(p), 1), ElfHash("MIXED_CASE.NAME"));
-    EXPECT_EQ(p, P("Mixed_case.Name"));  // the string itself is left alone
+    // Upper case first hashes an upper-case copy.
+    P mixed("Mixed_case.Name");
+    EXPECT_EQ(PStringHash(mixed.b, 1), ElfHash("MIXED_CASE.NAME"));
+    EXPECT_EQ(mixed.str(), "Mixed_case.Name");  // the string itself is left alone
 }
 
 TEST(PStringEndsWith, Table) {
@@ -72,7 +66,7 @@ TEST(PStringEndsWith, Table) {
         {"abc", "b", 0},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(PStringEndsWith(Bytes(P(c.text)), c.suffix) != 0, c.expected != 0)
+        EXPECT_EQ(PStringEndsWith(P(c.text).b, c.suffix) != 0, c.expected != 0)
             << c.text << " / " << c.suffix;
     }
     EXPECT_EQ(PStringEndsWith(nullptr, ".txt"), 0);
@@ -95,14 +89,14 @@ TEST(PStringOrderL, ExactAndFolded) {
         {"Ab", "aC", 'A' - 'a', 'b' - 'c'},
     };
     for (const Case& c : cases) {
-        std::string p = P(c.p);
+        P p(c.p);
         int32_t n = static_cast<int32_t>(strlen(c.l));
         std::string lBytes(4 + n + 1, '\0');
         memcpy(lBytes.data(), &n, 4);
         memcpy(lBytes.data() + 4, c.l, n);
         const LStr* l = reinterpret_cast<const LStr*>(lBytes.data());
-        EXPECT_EQ(PStringOrderL(Bytes(p), l), c.exact) << c.p << " / " << c.l;
-        EXPECT_EQ(PStringOrderLNoCase(Bytes(p), l), c.folded) << c.p << " / " << c.l;
+        EXPECT_EQ(PStringOrderL(p.b, l), c.exact) << c.p << " / " << c.l;
+        EXPECT_EQ(PStringOrderLNoCase(p.b, l), c.folded) << c.p << " / " << c.l;
     }
 }
 

@@ -75,21 +75,17 @@ TEST(WildMatch, Table) {
     }
 }
 
-TEST(WildMatch, BadSpansDoNotMatch) {
-    const uint8_t text[] = "abc";
-    EXPECT_EQ(WildMatch(text, text, -1, 3, nullptr, 0, 0), 0);
-    EXPECT_EQ(WildMatch(text, text, 3, -1, nullptr, 0, 0), 0);
-    EXPECT_EQ(WildMatch(nullptr, text, 3, 3, nullptr, 0, 0), 0);
-    EXPECT_EQ(WildMatch(nullptr, nullptr, 0, 0, nullptr, 0, 0), 1);
-}
-
-TEST(WildMatch, SpansNeedNoTerminator) {
-    // Only the given lengths count, whatever follows in memory.
+// Only the given lengths count, whatever follows in memory; bad spans don't match.
+TEST(WildMatch, Spans) {
     const uint8_t pattern[] = {'a', '*', 'Z'};
     const uint8_t text[] = {'a', 'b', 'z', 'q'};
     EXPECT_EQ(WildMatch(pattern, text, 2, 2, nullptr, 0, 0), 1);
     EXPECT_EQ(WildMatch(pattern, text, 3, 3, nullptr, 0, 0), 1);
     EXPECT_EQ(WildMatch(pattern, text, 3, 4, nullptr, 0, 0), 0);
+    EXPECT_EQ(WildMatch(text, text, -1, 3, nullptr, 0, 0), 0);
+    EXPECT_EQ(WildMatch(text, text, 3, -1, nullptr, 0, 0), 0);
+    EXPECT_EQ(WildMatch(nullptr, text, 3, 3, nullptr, 0, 0), 0);
+    EXPECT_EQ(WildMatch(nullptr, nullptr, 0, 0, nullptr, 0, 0), 1);
 }
 
 TEST(FindWildcard, StopsAtFirstSpecialCharacterFromPosition) {
@@ -107,6 +103,13 @@ TEST(FindWildcard, StopsAtFirstSpecialCharacterFromPosition) {
         EXPECT_EQ(FindWildcard(pattern, &position, 8, c.escape), c.found) << c.from;
         EXPECT_EQ(position, c.position) << c.from;
     }
+    // No pattern, or a position before it: nothing is read and the end is the answer.
+    for (const uint8_t* p : {static_cast<const uint8_t*>(nullptr), pattern}) {
+        int32_t position = p ? -1 : 0;
+        EXPECT_EQ(FindWildcard(p, &position, 8, '`'), 0);
+        EXPECT_EQ(position, 8);
+    }
+    EXPECT_EQ(FindWildcard(pattern, nullptr, 8, '`'), 0);
 }
 
 TEST(TextStep, DoubleByteCharactersStepTwoWithAFontTable) {

@@ -1,6 +1,7 @@
 // Child processes on POSIX hosts: fork and exec.
 #include "platform/childprocess.h"
 
+#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -66,6 +67,19 @@ int32_t WaitChild(int64_t child, int32_t timeoutMs) {
         SleepMilliseconds(5);
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int64_t OpenHandleCount() {
+    DIR* fds = opendir("/proc/self/fd");
+    if (fds == nullptr) return -1;
+    int64_t count = -1;  // the listing's own descriptor
+    while (readdir(fds) != nullptr) ++count;
+    closedir(fds);
+    return count - 2;  // "." and ".."
+}
+
+bool SetVariable(const char* name, const char* value) {
+    return (value ? setenv(name, value, 1) : unsetenv(name)) == 0;
 }
 
 }  // namespace plat

@@ -54,6 +54,13 @@ uint8_t CharUpper(uint8_t c) {
     return static_cast<uint8_t>(toupper(c));
 }
 
+uint32_t CharValueLower(uint16_t c) {
+    return c > 0xFF ? c : CharLower(static_cast<uint8_t>(c));
+}
+uint32_t CharValueUpper(uint16_t c) {
+    return c > 0xFF ? c : CharUpper(static_cast<uint8_t>(c));
+}
+
 int32_t ModuleFileName(char* buffer, int32_t size) {
     if (size <= 0) return 0;
     // A name that fills the whole buffer may have been cut: no room for the terminator.

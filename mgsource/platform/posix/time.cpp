@@ -8,6 +8,7 @@
 
 #include "mg/datetime.h"
 #include "platform/faults.h"
+#include "platform/fieldrange.h"
 #include "platform/platform.h"
 #include "platform/tmfields.h"
 
@@ -18,15 +19,6 @@ namespace {
 constexpr uint64_t kUnitsPerSecond = 10000000;
 constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
 constexpr uint64_t kLargestFileTime = 0x7FFFFFFFFFFFFFFFULL;
-
-bool IsLeap(int64_t y) {
-    return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
-}
-
-int32_t MonthDays(int64_t y, int32_t m) {
-    static const int32_t days[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return m == 2 && IsLeap(y) ? 29 : days[m - 1];
-}
 
 // Days since 1970-01-01 of a Gregorian date, and back (eras of 400 years).
 int64_t DaysFromCivil(int64_t y, int32_t m, int32_t d) {
@@ -125,12 +117,8 @@ bool FileTimeToFields(uint64_t fileTime, SystemTime* out) {
     return true;
 }
 
-// The day of the week is not looked at.
 bool FieldsToFileTime(const SystemTime* in, uint64_t* fileTime) {
-    if (in->year < 1601 || in->year > 30827 || in->month < 1 || in->month > 12 || in->day < 1 ||
-        in->day > MonthDays(in->year, in->month) || in->hour > 23 || in->minute > 59 ||
-        in->second > 59 || in->milliseconds > 999)
-        return false;
+    if (!FieldsInRange(*in)) return false;
     const int64_t days = DaysFromCivil(in->year, in->month, in->day) - kDays1601;
     const uint64_t seconds =
         static_cast<uint64_t>(days) * 86400 + in->hour * 3600u + in->minute * 60u + in->second;

@@ -1,6 +1,7 @@
 // Child processes on Windows hosts: CreateProcess with the standard handles given.
 #include "platform/childprocess.h"
 
+#include <stdlib.h>
 #include <string.h>
 #include <windows.h>
 
@@ -107,6 +108,18 @@ int32_t WaitChild(int64_t child, int32_t timeoutMs) {
     }
     CloseHandle(process);
     return result;
+}
+
+int64_t OpenHandleCount() {
+    DWORD count = 0;
+    return GetProcessHandleCount(GetCurrentProcess(), &count) ? int64_t(count) : -1;
+}
+
+// The C runtime keeps its own copy of the environment; _putenv updates both it and the
+// process's, which GetTempPathA and CreateProcess read. "NAME=" removes the variable.
+bool SetVariable(const char* name, const char* value) {
+    std::string setting = std::string(name) + "=" + (value ? value : "");
+    return _putenv(setting.c_str()) == 0;
 }
 
 }  // namespace plat

@@ -1,9 +1,8 @@
 // Replacing an open file whole on Windows hosts. The new file is made beside the old one with
-// GetTempFileNameA. An open file can't be renamed over, so the commit closes both, puts the
-// new file in place with ReplaceFileA (which keeps the old file's attributes and security),
-// or MoveFileExA where that isn't possible, and opens the name again with the old access and
-// share mode. The reopened handle may have another value than the old one: the caller takes
-// `*ref` as it comes back.
+// GetTempFileNameA. An open file can't be renamed over, so the commit closes both, renames the
+// new file over the old name with MoveFileExA (ReplaceFileA where that is refused), and opens
+// the name again with the old access and share mode. The reopened handle may have another
+// value than the old one: the caller takes `*ref` as it comes back.
 #include <windows.h>
 
 #include <map>
@@ -97,11 +96,18 @@ bool ReplaceCommit(int32_t* ref, int32_t tempRef) {
     gTempPath.erase(temp);
     CloseHandle(H(*ref));
     gOpen.erase(it);
-    BOOL moved = ReplaceFileA(old.path.c_str(), tempPath.c_str(), nullptr,
-                              REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
+    // A rename over the old name is one step of the file system, so a process killed around it
+    // leaves the old file or the new one; ReplaceFileA takes several steps and is only the
+    // fallback, for a target that the rename may not replace. The new file takes the old one's
+    // attributes first.
+    const DWORD attributes = GetFileAttributesA(old.path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+        SetFileAttributesA(tempPath.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    BOOL moved = MoveFileExA(tempPath.c_str(), old.path.c_str(),
+                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
     if (!moved)
-        moved = MoveFileExA(tempPath.c_str(), old.path.c_str(),
-                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        moved = ReplaceFileA(old.path.c_str(), tempPath.c_str(), nullptr,
+                             REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
     const DWORD code = moved ? 0 : GetLastError();
     if (!moved) DeleteFileA(tempPath.c_str());
     // Old or new, the name is opened again; only a failure here leaves no file behind `ref`.

@@ -8,6 +8,7 @@
 #include <windows.h>
 #include <winnetwk.h>
 
+#include "platform/faults_internal.h"
 #include "platform/platform.h"
 
 namespace plat {
@@ -23,6 +24,7 @@ const IID kPersistFile = {0x0000010B, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 }  // namespace
 
 bool ResolveShortcutFile(char* name) {
+    if (gFaults.shortcutResolver != nullptr) return gFaults.shortcutResolver(name);
     IShellLinkA* link = nullptr;
     IPersistFile* file = nullptr;
     bool resolved = false;

@@ -2,7 +2,10 @@
 // refuses an unreadable range instead of faulting. Names come from the system's symbol
 // library, loaded at run time by the platform's version and used through four entry points
 // found by name, so that a machine without it still gets addresses. These are the library's
-// 32-bit entry points and records: the naming serves the 32-bit target.
+// 32-bit entry points and records: the naming serves the 32-bit target. The library names a
+// function by its qualified name, without parameters, from the program's debug information
+// (the build emits a version of it that the library reads).
+#include <stddef.h>
 #include <windows.h>
 
 #include <new>
@@ -38,6 +41,11 @@ struct SymbolRecord {
     CHAR name[kSymbolNameMax + 1];
 };
 
+// The five words and the first byte of the name, padded to the words' alignment.
+constexpr DWORD kPaddedSymbolRecordSize =
+    (offsetof(SymbolRecord, name) + 1 + sizeof(DWORD) - 1) / sizeof(DWORD) * sizeof(DWORD);
+static_assert(offsetof(SymbolRecord, name) + 1 == kSymbolRecordSize);
+
 template <typename Proc>
 Proc Entry(HMODULE library, const char* name) {
     if (library == nullptr) return nullptr;
@@ -61,7 +69,23 @@ struct SymbolLibrary {
     SymGetSymFromAddrProc symbolFromAddress;
     SymLoadModuleProc loadModule;
     HANDLE process;
+    HMODULE mainOnly;  // mode 1: the main module, the only one named
 };
+
+namespace {
+
+// Mode 1 names the main module alone. Some symbol libraries find the other modules of their
+// own process by themselves; an address outside the main module stays unnamed all the same.
+bool Excluded(const SymbolLibrary* library, uintptr_t address) {
+    if (library->mainOnly == nullptr) return false;
+    HMODULE holder = nullptr;
+    return !GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                   GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                               reinterpret_cast<LPCSTR>(address), &holder) ||
+           holder != library->mainOnly;
+}
+
+}  // namespace
 
 bool ReadOwnMemory(uintptr_t address, void* out, size_t size) {
     SIZE_T read = 0;
@@ -88,6 +112,7 @@ SymbolLibrary* LoadSymbolLibrary(int32_t mode) {
     library->loadModule = Entry<SymLoadModuleProc>(module, "SymLoadModule");
     if (mode == 1) {
         // The main module's symbols alone.
+        library->mainOnly = GetModuleHandleA(nullptr);
         if (library->initialize) library->initialize(library->process, nullptr, FALSE);
         char path[400];
         GetModuleFileNameA(nullptr, path, sizeof path);
@@ -104,7 +129,7 @@ void FreeSymbolLibrary(SymbolLibrary* library) {
 }
 
 bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size) {
-    if (library->moduleInfo == nullptr) return false;
+    if (library->moduleInfo == nullptr || Excluded(library, address)) return false;
     alignas(DWORD) unsigned char record[kModuleRecordSize] = {};
     const DWORD sizeWord = kModuleRecordSize;
     memcpy(record, &sizeWord, sizeof sizeWord);
@@ -115,17 +140,23 @@ bool AddressModuleName(SymbolLibrary* library, uintptr_t address, char* name, in
 
 bool AddressSymbolName(SymbolLibrary* library, uintptr_t address, char* name, int32_t size,
                        uint32_t* offset) {
-    if (library->symbolFromAddress == nullptr) return false;
-    SymbolRecord symbol = {};
-    symbol.sizeOfStruct = kSymbolRecordSize;
-    symbol.maxNameLength = kSymbolNameMax;
-    DWORD displacement = 0;
-    if (!library->symbolFromAddress(library->process, static_cast<DWORD>(address), &displacement,
-                                    &symbol))
-        return false;
-    CopyCut(symbol.name, kSymbolNameMax, name, size);
-    *offset = displacement;
-    return true;
+    if (library->symbolFromAddress == nullptr || Excluded(library, address)) return false;
+    // The record's size word is its packed size; a library that wants the size padded to its
+    // words' alignment refuses that, and is asked again with the padded size.
+    const DWORD sizeWords[] = {kSymbolRecordSize, kPaddedSymbolRecordSize};
+    for (const DWORD sizeWord : sizeWords) {
+        SymbolRecord symbol = {};
+        symbol.sizeOfStruct = sizeWord;
+        symbol.maxNameLength = kSymbolNameMax;
+        DWORD displacement = 0;
+        if (library->symbolFromAddress(library->process, static_cast<DWORD>(address), &displacement,
+                                       &symbol)) {
+            CopyCut(symbol.name, kSymbolNameMax, name, size);
+            *offset = displacement;
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace plat

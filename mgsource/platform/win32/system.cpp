@@ -46,6 +46,16 @@ uint8_t CharUpper(uint8_t c) {
         CharUpperA(reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
 }
 
+// The whole 16-bit value goes in; the character comes back in the low word.
+uint32_t CharValueLower(uint16_t c) {
+    return static_cast<uint32_t>(
+        reinterpret_cast<uintptr_t>(CharLowerA(reinterpret_cast<LPSTR>(uintptr_t{c}))) & 0xFFFF);
+}
+uint32_t CharValueUpper(uint16_t c) {
+    return static_cast<uint32_t>(
+        reinterpret_cast<uintptr_t>(CharUpperA(reinterpret_cast<LPSTR>(uintptr_t{c}))) & 0xFFFF);
+}
+
 int32_t ModuleFileName(char* buffer, int32_t size) {
     if (size <= 0) return 0;
     DWORD n = GetModuleFileNameA(nullptr, buffer, static_cast<DWORD>(size));

@@ -1,0 +1,67 @@
+// What a Windows host decides: the drives are letters, the empty path is the level above them,
+// a path's volume is its drive, and the grammar refuses the names the host reserves.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "filemgr/dirs_env.h"
+#include "support/memory_env.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
+    OwnedHandle names, types;
+    ASSERT_EQ(FDriveEntries(names, types), MgNoError);
+    const std::vector<std::string> drives = Names(names);
+    const std::string ours = dir.path.root_name().string().substr(0, 1);
+    EXPECT_NE(std::find(drives.begin(), drives.end(), ours), drives.end()) << ours;
+    for (size_t i = 0; i < drives.size(); ++i) {
+        EXPECT_TRUE(drives[i].size() == 1 && drives[i][0] >= 'A' && drives[i][0] <= 'Z');
+        EXPECT_EQ(Record(types, i).flags, uint32_t(EntryHasType)) << drives[i];
+        EXPECT_TRUE(IsVolumeKind(Record(types, i).type)) << drives[i];
+    }
+    Path top = FEmptyPath(nullptr);
+    OwnedHandle listed;
+    ASSERT_EQ(FDirEntries(top, listed, nullptr), MgNoError);
+    EXPECT_EQ(Names(listed), drives);
+    FileInfo info;
+    memset(&info, 0xAB, sizeof info);
+    ASSERT_EQ(FFileInfoOf(top, &info), MgNoError);
+    EXPECT_EQ(info.isDirectory, 1);
+    EXPECT_EQ(info.size, int32_t(drives.size()));
+    EXPECT_EQ(info.permissions, 0);
+    EXPECT_EQ(info.hiddenFlag, 0);
+    EXPECT_EQ(FPathExistsAs(top), 2);
+    FPathRelease(top);
+}
+
+TEST_F(DirsTest, VolumeIsTheDrive) {
+    OwnedPath p(Make("f"));
+    const std::string root = dir.path.root_path().make_preferred().string();
+    Path volume = nullptr;
+    ASSERT_EQ(FVolumeOf(p, &volume), MgNoError);
+    EXPECT_EQ(PathText(volume), root);
+    FPathRelease(volume);
+    double freeBytes = -1, totalBytes = -1;
+    ASSERT_EQ(FVolumeBytes(p, &freeBytes, &totalBytes), MgNoError);
+    EXPECT_GT(totalBytes, 0);
+    EXPECT_LE(freeBytes, totalBytes);
+    uint32_t figures[3] = {};
+    ASSERT_EQ(FVolumeSpace(p, figures), MgNoError);
+    EXPECT_EQ(PathText(p), root);  // cut to its volume
+    EXPECT_LE(figures[2], figures[0]);
+}
+
+TEST_F(DirsTest, ReservedNamesAreRefused) {
+    for (const char* name : {"\3aux", "\4com1", "\3a:b", "\2q?"}) {
+        OwnedPath p(dir.path.string());
+        ASSERT_EQ(FAppendName(p, reinterpret_cast<ConstPStr>(name)), MgNoError);
+        EXPECT_EQ(FMakeDirectory(p, 0), MgBadArgument) << name + 1;
+        EXPECT_EQ(FPathExistsAs(p), 0) << name + 1;
+    }
+}
+
+}  // namespace
