@@ -45,12 +45,8 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
               (std::vector<std::string>{"PLAT 0 \"mod\" 4 none", "MXSB 0 \"mod\" 4093 none",
                                         "STR  -3 - 0 none", "STR  128 \"Greeting\" 5 none",
                                         "ICN# 5 \"icon\" 130 protected"}));
-    EXPECT_NE(list.out.find(Lined("file type  MXSB
-creator    MXDX
-")), std::string::npos);
-    EXPECT_NE(list.out.find(Lined("
-resources  5
-")), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find(Lined("file type  MXSB\ncreator    MXDX\n")), std::string::npos);
+    EXPECT_NE(list.out.find(Lined("\nresources  5\n")), std::string::npos) << list.out;
 
     ToolResult json = Mgrsrc({"list", "--json", p.msb.string()}, p.dir.path);
     ASSERT_EQ(json.status, 0);
