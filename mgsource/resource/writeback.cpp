@@ -270,7 +270,16 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
         // time, and the memory of its cache is better spent on the new one.
         if (replacing && i == clean) FMReplaceDoneReading(entry->fileRef);
         int32_t written = 0;
+        // A file position lies within 32 bits; data claimed beyond them can't be written.
+        if (int64_t{kHeaderSize} + pos > INT32_MAX) {
+            status = MgEndOfFile;
+            break;
+        }
         if ((status = RMoveData(entry, out, refs[i], kHeaderSize + pos, &written))) break;
+        if (int64_t{pos} + written > INT32_MAX) {
+            status = MgEndOfFile;
+            break;
+        }
         newOffsets[i] = pos;
         if (!replacing) {
             refs[i]->dataOffset = pos;
@@ -323,9 +332,13 @@ MgStatus RWriteNow(Handle h) {
     DataCacheInvalidateAll();
     int32_t written = 0;
     const int32_t at = HeaderOf(entry->map)->dataSize;
+    // Both words come from the file: their sum must still be a 32-bit file position.
+    const int64_t target = int64_t{HeaderOf(entry->map)->dataOffset} + at;
+    if (target < 0 || target > INT32_MAX) return MgEndOfFile;
     if (MgStatus status =
-            RMoveData(entry, entry->fileRef, ref, HeaderOf(entry->map)->dataOffset + at, &written))
+            RMoveData(entry, entry->fileRef, ref, static_cast<int32_t>(target), &written))
         return status;
+    if (int64_t{at} + written > INT32_MAX) return MgEndOfFile;
     ref->dataOffset = at;
     ref->attrs &= ~RAttrChanged;
     HeaderOf(entry->map)->dataSize += written;

@@ -127,6 +127,25 @@ TEST_F(HostileTest, CloseThatCantWriteBadDataKeepsTheFileUntilItsEditsAreDropped
     }
 }
 
+// A data section claimed up to the last 32-bit position: writing a resource behind it now
+// would need a position past any file's, so it is refused and the file keeps its bytes.
+TEST_F(HostileTest, WriteNowPastAnyPositionIsRefused) {
+    Bytes b = crafted::Base();
+    const uint32_t map = crafted::MapAt(b);
+    PutBig32(b, map + 24, 0x7FFFFF00);
+    PutBig32(b, map + 28, 0x100);
+    WriteFile("n", b);
+    ResFile f = Open("n");
+    Handle h = AddData(f, "CCCC", 1, Bytes(8, 1));
+    ASSERT_NE(h, nullptr);
+    EXPECT_EQ(RWriteNow(h), MgEndOfFile);
+    EXPECT_EQ(ReadFile("n"), b);
+    int32_t attrs = 0;
+    ASSERT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
+    ASSERT_EQ(RSetFileAttrs(f, attrs & ~RFileDirty), MgNoError);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
 // A changed bit or handle word stored in the file is run-time state of another writer: it is
 // dropped, so detaching and releasing work and closing writes nothing.
 TEST_F(HostileTest, RunTimeBitsFromTheFileAreDropped) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
