@@ -46,6 +46,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
                                         "STR  -3 - 0 none", "STR  128 \"Greeting\" 5 none",
                                         "ICN# 5 \"icon\" 130 protected"}));
     EXPECT_NE(list.out.find(Lined("file type  MXSB\ncreator    MXDX\n")), std::string::npos);
+    EXPECT_NE(list.out.find(Lined("\nresources  5\n")), std::string::npos) << list.out;
 
     ToolResult json = Mgrsrc({"list", "--json", p.msb.string()}, p.dir.path);
     ASSERT_EQ(json.status, 0);
@@ -78,27 +79,22 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     EXPECT_EQ(verify.out, Lined(p.msb.string() + ": sound: 5 resources, 0 warnings\n"));
 }
 
-TEST(MgrsrcPackage, DiffOfBuilds) {
-    Bytes module = Module(300, 1);
-    Package a(module);
-    ToolResult same = Mgrsrc({"diff", a.msb.string(), a.msb.string()}, a.dir.path);
-    EXPECT_EQ(same.status, 0);
-    EXPECT_EQ(same.out, "");
-
-    module[299] ^= 1;  // one byte at the very end, same size
-    Package b(module);
-    ToolResult one = Mgrsrc({"diff", a.msb.string(), b.msb.string()}, a.dir.path);
-    EXPECT_EQ(one.status, 3);
-    EXPECT_EQ(one.out, Lined("~ MXSB 0 \"mod\" 300 -> 300 bytes: content\n"));
-}
-
 TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
     TempDir dir;
-    WriteBytes(dir.path / "a", BuildFile({{"AAAA", {{1, "x", {1}}, {2, "", {2}}, {3, "n", {3}}}}}));
-    WriteBytes(dir.path / "b",
-               BuildFile({{"AAAA", {{1, "x", {1, 1}}, {3, "N", {3}, 8}, {4, "", {}}}},
-                          {"BBBB", {{0, "", {}}}}},
-                         3, "TEST", "OTHR"));
+    WriteBytes(
+        dir.path / "a",
+        BuildFile(
+            {{"AAAA",
+              {{1, "x", {1}}, {2, "", {2}}, {3, "n", {3}}, {5, "", {5, 5, 5}}, {6, "", {6, 6}}}}}));
+    // AAAA 5 differs in its last byte only; AAAA 6 is the same.
+    WriteBytes(dir.path / "b", BuildFile({{"AAAA",
+                                           {{1, "x", {1, 1}},
+                                            {3, "N", {3}, 8},
+                                            {4, "", {}},
+                                            {5, "", {5, 5, 4}},
+                                            {6, "", {6, 6}}}},
+                                          {"BBBB", {{0, "", {}}}}},
+                                         3, "TEST", "OTHR"));
     ToolResult r = Mgrsrc({"diff", "a", "b"}, dir.path);
     EXPECT_EQ(r.status, 3);
     EXPECT_EQ(
@@ -108,7 +104,22 @@ TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
               "- AAAA 2 - 1 bytes\n"
               "~ AAAA 3 \"n\" 1 -> 1 bytes: name \"n\" -> \"N\", attributes none -> protected\n"
               "+ AAAA 4 - 0 bytes\n"
+              "~ AAAA 5 - 3 -> 3 bytes: content\n"
               "+ BBBB 0 - 0 bytes\n"));
+}
+
+// Bytes that aren't plain text are escaped, in the listing and in its JSON form.
+TEST(MgrsrcPackage, ListEscapesTypesAndNames) {
+    TempDir dir;
+    WriteBytes(dir.path / "f",
+               BuildFile({{std::string("T\1\\\"", 4), {{1, "a\"b\\ \x1F~", {1}}}}}));
+    ToolResult list = Mgrsrc({"list", "f"}, dir.path);
+    EXPECT_EQ(Lines(list.out).back(), "T\\x01\\\\\" 1 \"a\\\"b\\\\ \\x1F~\" 1 none");
+    ToolResult json = Mgrsrc({"list", "--json", "f"}, dir.path);
+    EXPECT_NE(
+        json.out.find("{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001F~\""),
+        std::string::npos)
+        << json.out;
 }
 
 // Names from types that no host could take as they stand, and two that differ only in case.
@@ -118,14 +129,15 @@ TEST(MgrsrcExtract, FileNamesSafeOnEveryHost) {
                                           {"CON ", {{0, "", {2}}}},
                                           {std::string("NU\0:", 4), {{-1, "", {3}}}},
                                           {"abcd", {{1, "", {4}}}},
-                                          {"ABCD", {{1, "", {5}}}}}));
+                                          {"ABCD", {{1, "", {5}}}},
+                                          {"Z-9z", {{2, "", {6}}}}}));
     ToolResult r = Mgrsrc({"extract", "--all", "f", "out"}, dir.path);
     ASSERT_EQ(r.status, 0) << r.err;
     std::set<std::string> names;
     for (const auto& e : fs::directory_iterator(dir.path / "out"))
         names.insert(e.path().filename().string());
     EXPECT_EQ(names, (std::set<std::string>{"a%2Fb%5C_1.bin", "CON%20_0.bin", "NU%00%3A_-1.bin",
-                                            "abcd_1.bin", "ABCD_1~2.bin"}));
+                                            "abcd_1.bin", "ABCD_1~2.bin", "Z-9z_2.bin"}));
     EXPECT_EQ(SlurpFile(dir.path / "out" / "ABCD_1~2.bin"), "\5");
 }
 

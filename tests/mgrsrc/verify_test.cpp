@@ -50,6 +50,7 @@ const std::map<std::string, uint32_t> kMapFaultAt = {
 
 TEST(MgrsrcVerify, CraftedMapsAreRefusedAtTheirFirstFault) {
     TempDir dir;
+    WriteBytes(dir.path / "g", Base());
     for (const Spoiled& row : BadMaps()) {
         SCOPED_TRACE(row.what);
         auto expected = kMapFaultAt.find(row.what);
@@ -64,7 +65,8 @@ TEST(MgrsrcVerify, CraftedMapsAreRefusedAtTheirFirstFault) {
                   v.verify.out.find("the reader refuses to open it") != std::string::npos);
         for (const std::vector<std::string>& other : {std::vector<std::string>{"list", "f"},
                                                       {"extract", "--all", "f", "out"},
-                                                      {"diff", "f", "f"}}) {
+                                                      {"diff", "f", "g"},
+                                                      {"diff", "g", "f"}}) {
             ToolResult r = Mgrsrc(other, dir.path);
             EXPECT_EQ(r.status, 2) << other[0];
             EXPECT_EQ(r.out, "") << other[0];
@@ -96,6 +98,8 @@ TEST(MgrsrcVerify, CraftedDataFailsOnlyItsResource) {
         EXPECT_NE(list.out.find(Lined("AAAA 1 \"one\" ? none\n")), std::string::npos) << list.out;
         EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "BBBB", "7"}, dir.path).out, "\5\6\7\10\11");
         EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "AAAA", "1"}, dir.path).status, 2);
+        // Unreadable data compares equal to itself.
+        EXPECT_EQ(Mgrsrc({"diff", "f", "f"}, dir.path).status, 0);
     }
 }
 
@@ -107,6 +111,7 @@ TEST(MgrsrcVerify, HeaderFaults) {
         std::function<void(Bytes&)> spoil;
         long long first;  // from the start of the file; -1: from the start of the map
     } rows[] = {
+        {"empty", [](Bytes& b) { b.clear(); }, 0},
         {"31 bytes", [](Bytes& b) { b.resize(31); }, 0},
         {"signature", [](Bytes& b) { b[3] = 'X'; }, 0},
         {"version 1", [](Bytes& b) { b[7] = 1; }, 6},
@@ -161,6 +166,16 @@ TEST(MgrsrcVerify, SuspiciousButSound) {
         for (const std::string& w : row.warnings)
             EXPECT_NE(v.verify.out.find(w), std::string::npos) << v.verify.out;
     }
+}
+
+// The summary counts in the singular where there is one.
+TEST(MgrsrcVerify, SummaryLine) {
+    TempDir dir;
+    Bytes b = BuildFile({{"AAAA", {{1, "", {1}}}}});
+    PutBig32(b, MapAt(b) + 84, 0x1234);  // the handle word: one warning
+    EXPECT_EQ(Lines(VerifyBytes(dir, b).verify.out).back(), "f: sound: 1 resource, 1 warning");
+    PutBig32(b, 32, 0xFFFFFFF0);  // a negative size word: one error
+    EXPECT_EQ(Lines(VerifyBytes(dir, b).verify.out).back(), "f: unsound: 1 error, 1 warning");
 }
 
 // A resource file at the end of another is found through its trailer, as the reader does.

@@ -104,10 +104,8 @@ TEST(ReadArguments, FillsTheOptions) {
 
     ASSERT_EQ(Read({"-c", "foo", "-r", "a", "-r"}), 0);  // -r last: as if not given
     EXPECT_EQ(gOptions.resFileName, nullptr);
-}
 
-TEST(ReadArguments, NameIsCutAt255) {
-    std::string longName(300, 'n');
+    const std::string longName(300, 'n');  // the name is cut at 255
     ASSERT_EQ(Read({"-c", longName}), 0);
     EXPECT_EQ(Name(), std::string(255, 'n'));
     ASSERT_EQ(Read({longName}), 0);

@@ -86,18 +86,6 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     }
 }
 
-// RWriteNow puts data where the map stood; a window reaching there must not survive it.
-TEST_F(DataCacheTest, WriteNowDropsTheWindow) {
-    WriteFile("w", BuildFile(SmallResources(4)));
-    ResFile f = Open("w");
-    LoadAll(f);
-    Handle added = AddData(f, "DATA", 9, Payload(9, 3));
-    ASSERT_EQ(RWriteNow(added), MgNoError);
-    ASSERT_EQ(RRelease(added), MgNoError);
-    EXPECT_EQ(Load(f, "DATA", 9), Payload(9, 3));
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-}
-
 // A closed file's id comes back for the next file opened; its window must not.
 TEST_F(DataCacheTest, ReusedIdGetsNoOldWindow) {
     WriteFile("a", BuildFile(SmallResources(3)));

@@ -58,19 +58,22 @@ TEST_F(EditTest, RefusedAddsChangeNothing) {
     MemDisposeHandle(other);
 }
 
-TEST_F(EditTest, SameIdAndNameInTwoTypes) {
+// A name matches whole, case aside, and only within its type; unnamed references are passed.
+TEST_F(EditTest, NamedLookupsMatchTheWholeNameWithinTheType) {
     ResFile f = CreateAndOpen("a");
-    Handle a = AddData(f, "AAAA", 4, {1}, "same");
-    Handle b = AddData(f, "BBBB", 4, {2}, "same");
+    AddData(f, "AAAA", 1, {0});
+    AddData(f, "AAAA", 2, {1}, "abc");
+    Handle a = AddData(f, "AAAA", 4, {2}, "same");
+    Handle b = AddData(f, "BBBB", 4, {3}, "same");
+    EXPECT_EQ(LoadNamed(f, "AAAA", "ABC"), Bytes{1});
+    EXPECT_EQ(LoadNamed(f, "AAAA", "Same"), Bytes{2});
     Handle h = nullptr;
+    EXPECT_EQ(RGetNamed(f, T("AAAA"), PS(P("abd")), &h), MgResourceNotFound);
     ASSERT_EQ(RGetNamed(f, T("BBBB"), PS(P("same")), &h), MgNoError);
     EXPECT_EQ(h, b);
     ResType type = 0;
-    int32_t id = 0;
-    ASSERT_EQ(RGetInfo(a, &id, &type, nullptr), MgNoError);
+    ASSERT_EQ(RGetInfo(a, nullptr, &type, nullptr), MgNoError);
     EXPECT_EQ(type, T("AAAA"));
-    ASSERT_EQ(RGetInfo(b, &id, &type, nullptr), MgNoError);
-    EXPECT_EQ(type, T("BBBB"));
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
@@ -106,17 +109,6 @@ TEST_F(EditTest, LoadsOnceDetachAndRelease) {
     EXPECT_EQ(RGetInd(f, T("AAAA"), -1, &bad), MgResourceNotFound);
     EXPECT_EQ(RGetInd(f, T("AAAA"), 3, &bad), MgResourceNotFound);
     EXPECT_EQ(bad, nullptr);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-TEST_F(EditTest, DataBeyondTheSectionGivesEndOfFile) {
-    Bytes b = BuildFile({{"AAAA", {{1, "", {1, 2, 3, 4}}}}});
-    PutBig32(b, 32, 1000);  // the size word
-    WriteFile("a", b);
-    ResFile f = Open("a");
-    Handle h = nullptr;
-    EXPECT_EQ(RGet(f, T("AAAA"), 1, &h), MgEndOfFile);
-    EXPECT_EQ(h, nullptr);
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
@@ -216,9 +208,11 @@ TEST_F(EditTest, StringGetters) {
     longList.insert(longList.end(), {'h', 'e', 'l', 'l', 'o', 0, 0, 0});
     AppendBig32(longList, 2);
     longList.insert(longList.end(), {'o', 'k', 0, 0});
+    Bytes negative = longList;  // a count below zero holds no entry
+    negative[0] = 0x80;
     WriteFile("s", BuildFile({{"STR ", {{1, "", {9, 'x', 'y'}}}},
                               {"STR#", {{1, "", strList}}},
-                              {"LLST", {{1, "", longList}}}}));
+                              {"LLST", {{1, "", longList}, {2, "", negative}}}}));
     ResFile f = Open("s", FMModeRead);
     uint8_t out[256] = {};
     EXPECT_EQ(RGetStringText(f, 1, out), MgNoError);
@@ -238,6 +232,7 @@ TEST_F(EditTest, StringGetters) {
     EXPECT_EQ(memcmp(reinterpret_cast<LStr*>(*l)->text, "ok", 2), 0);
     MemDisposeHandle(l);
     EXPECT_EQ(RGetIndLStr(f, &l, 1, 3, T("LLST")), MgResourceNotFound);
+    EXPECT_EQ(RGetIndLStr(f, &l, 2, 1, T("LLST")), MgResourceNotFound);
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 

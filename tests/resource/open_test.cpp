@@ -199,19 +199,4 @@ TEST_F(OpenTest, SetTypeCreatorRewritesBothHeaders) {
     EXPECT_EQ(type, 0u);
 }
 
-TEST_F(OpenTest, MapSwapRoundTrips) {
-    const Bytes file = BuildFile(kTwoTypes);
-    const uint32_t mapAt = Big32At(file, 16);
-    Bytes map(file.begin() + mapAt, file.end());
-    ResFileHeader header;
-    memcpy(&header, file.data(), 32);
-    RSwapHeader(&header);
-    ASSERT_EQ(RSwapMap(map.data(), 1, &header), MgNoError);
-    const ResTypeEntry* second = reinterpret_cast<const ResTypeEntry*>(map.data() + 52 + 4 + 12);
-    EXPECT_EQ(second->count, 0);
-    EXPECT_EQ(second->listOffset, 4 + 24 + 40);
-    EXPECT_EQ(RSwapMap(map.data(), 0, nullptr), MgNoError);
-    EXPECT_EQ(map, Bytes(file.begin() + mapAt, file.end()));
-}
-
 }  // namespace
