@@ -36,17 +36,8 @@ int32_t NativeNameMax() {
     return 260;
 }
 
-// CharLowerA and CharUpperA take a character in place of a pointer when the high word is 0.
-uint8_t CharLower(uint8_t c) {
-    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(
-        CharLowerA(reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
-}
-uint8_t CharUpper(uint8_t c) {
-    return static_cast<uint8_t>(reinterpret_cast<uintptr_t>(
-        CharUpperA(reinterpret_cast<LPSTR>(static_cast<uintptr_t>(c)))));
-}
-
-// The whole 16-bit value goes in; the character comes back in the low word.
+// CharLowerA and CharUpperA take a character of up to 16 bits in place of a pointer when the
+// high word is 0, and give the mapped character back in the low word.
 uint32_t CharValueLower(uint16_t c) {
     return static_cast<uint32_t>(
         reinterpret_cast<uintptr_t>(CharLowerA(reinterpret_cast<LPSTR>(uintptr_t{c}))) & 0xFFFF);
@@ -54,6 +45,12 @@ uint32_t CharValueLower(uint16_t c) {
 uint32_t CharValueUpper(uint16_t c) {
     return static_cast<uint32_t>(
         reinterpret_cast<uintptr_t>(CharUpperA(reinterpret_cast<LPSTR>(uintptr_t{c}))) & 0xFFFF);
+}
+uint8_t CharLower(uint8_t c) {
+    return static_cast<uint8_t>(CharValueLower(c));
+}
+uint8_t CharUpper(uint8_t c) {
+    return static_cast<uint8_t>(CharValueUpper(c));
 }
 
 int32_t ModuleFileName(char* buffer, int32_t size) {
