@@ -63,6 +63,10 @@ Extended FromBits(Bits b) {
     long double v;
     if (e == 0x7FFF)
         v = (b.mantissa << 1) ? NAN : INFINITY;
+    else if (e != 0 && !(b.mantissa >> 63))
+        // An unnormal (top bit clear under a nonzero exponent) is no number to the unit: an
+        // invalid operand, which it answers with its indefinite, a negative quiet NaN.
+        return -NAN;
     else
         v = std::ldexp(static_cast<long double>(b.mantissa), (e ? e : 1) - 16383 - 63);
     return (b.signExponent & 0x8000) ? -v : v;
