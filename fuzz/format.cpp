@@ -14,6 +14,7 @@
 #include <stdarg.h>
 #include <stdlib.h>
 
+#include <bit>
 #include <vector>
 
 #include "fuzz_input.h"
@@ -89,8 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Arguments a;
     for (int k = 0; k < kArgs; ++k) a.i[k] = in.Int();
     for (int k = 0; k < kArgs; ++k) {
-        uint64_t bits = static_cast<uint64_t>(in.Word()) << 32 | in.Word();
-        memcpy(&a.d[k], &bits, sizeof bits);
+        // Two statements: the operands of one expression may be read in either order.
+        const uint64_t high = in.Word();
+        a.d[k] = std::bit_cast<double>(high << 32 | in.Word());
     }
     std::string format = IntegerArgumentsOnly(in.Rest());
 
