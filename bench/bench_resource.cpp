@@ -30,8 +30,10 @@ void Start() {
     started = true;
     InitMemoryManager();
     RInit();
-    char pattern[] = "/tmp/mgbench.XXXXXX";
-    gDir = mkdtemp(pattern);
+    std::string pattern = (std::filesystem::temp_directory_path() / "mgbench.XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) abort();
+    gDir = pattern;
+    atexit([] { std::filesystem::remove_all(gDir); });
 }
 
 Path PathOf(const std::string& leaf) {
