@@ -359,7 +359,7 @@ constexpr const char* kLockChild = "MXSB_LOCK_CHILD";
 
 TEST(DirsChild, DISABLED_Lock) {
     const char* orders = std::getenv(kLockChild);
-    ASSERT_NE(orders, nullptr);
+    if (orders == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     const std::string order = orders;
     const size_t bar1 = order.find('|'), bar2 = order.find('|', bar1 + 1);
     OwnedPath p(order.substr(0, bar1));

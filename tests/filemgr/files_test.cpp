@@ -211,7 +211,7 @@ TEST_F(FilesTest, DenyModesHoldAgainstAnotherProcess) {
 // whether it could, and keeps it open until <file>.done appears.
 TEST(HoldOpen, DISABLED_Child) {
     const char* orders = std::getenv("MXSB_HOLD");
-    ASSERT_NE(orders, nullptr);
+    if (orders == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     std::string file;
     int32_t mode = 0, deny = 0;
     std::stringstream in(orders);

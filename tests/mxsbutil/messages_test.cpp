@@ -101,7 +101,7 @@ Captured RunCaptured(const std::vector<std::string>& args, bool startMemory,
 
 TEST(MessagesChild, DISABLED_Run) {
     const char* orders = std::getenv(kOrders);
-    ASSERT_NE(orders, nullptr);
+    if (orders == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     std::vector<std::string> parts;
     std::stringstream in(SlurpFile(orders));
     for (std::string part; std::getline(in, part, '\x1F');) parts.push_back(part);

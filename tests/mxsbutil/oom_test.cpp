@@ -149,7 +149,7 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
 // failed run leaves goes with the process instead of into the leak check.
 TEST(OutOfMemoryChild, DISABLED_Run) {
     const char* orders = std::getenv(kOrders);
-    ASSERT_NE(orders, nullptr);
+    if (orders == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     std::vector<std::string> parts;
     std::stringstream in(orders);
     for (std::string part; std::getline(in, part, '|');) parts.push_back(part);

@@ -177,7 +177,7 @@ TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
 // The child's side: ends at once with a status that says how far it got.
 TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
     const char* name = std::getenv(kChildFile);
-    ASSERT_NE(name, nullptr);
+    if (name == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     const KillLayouts layouts;
     Path p = nullptr;
     if (FTextToPath(reinterpret_cast<const uint8_t*>(name), int32_t(strlen(name)), &p))
