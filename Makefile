@@ -5,18 +5,22 @@ TEST_DIR    := build/test
 CLANG_DIR   := build/test-clang
 RUN_DIR     := build/run
 WIN_DIR     := build/mingw32
+GCC_DIR     := build/test-release
+SOFT_DIR    := build/test-soft
 GEN         := -G Ninja
+# Two build jobs: the machines this runs on have two cores.
+JOBS        ?= 2
 
-.PHONY: run test test-clang test-windows install bench format clean
+.PHONY: run test test-clang test-release test-soft test-windows install bench format clean
 
 run:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
-	cmake --build $(RELEASE_DIR) --target mxsbutil
+	cmake --build $(RELEASE_DIR) -j$(JOBS) --target mxsbutil
 	@sh examples/run.sh $(RELEASE_DIR)/mxsbutil $(RUN_DIR)
 
 test:
 	cmake -S . -B $(TEST_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DMG_SANITIZE=ON -DMG_WERROR=ON -DMG_BENCH=OFF
-	cmake --build $(TEST_DIR)
+	cmake --build $(TEST_DIR) -j$(JOBS)
 	ctest --test-dir $(TEST_DIR) --output-on-failure -j2
 
 # The same tests built with Clang, in Release and without sanitizers (CI runs it after test);
@@ -24,28 +28,45 @@ test:
 test-clang:
 	cmake -S . -B $(CLANG_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_WERROR=ON -DMG_BENCH=ON \
 		-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
-	cmake --build $(CLANG_DIR)
+	cmake --build $(CLANG_DIR) -j$(JOBS)
 	ctest --test-dir $(CLANG_DIR) --output-on-failure -j2
+
+# The same tests built with GCC in Release, as make run and make bench build the code: the
+# optimizer's own warnings are errors here (CI runs it).
+test-release:
+	cmake -S . -B $(GCC_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_WERROR=ON -DMG_BENCH=ON \
+		-DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++
+	cmake --build $(GCC_DIR) -j$(JOBS)
+	ctest --test-dir $(GCC_DIR) --output-on-failure -j2
+
+# The software stand-ins of the 80-bit unit (MG_SOFT_EXTENDED), which hosts without the unit
+# build, optimized and under the sanitizers: the number, scanning and format suites and their
+# fuzz corpora must pass as they do on the unit (CI runs it).
+test-soft:
+	cmake -S . -B $(SOFT_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_SANITIZE=ON \
+		-DMG_SOFT_EXTENDED=ON -DMG_WERROR=ON -DMG_BENCH=OFF
+	cmake --build $(SOFT_DIR) -j$(JOBS) --target test_numbers test_format replay_numbers replay_format
+	ctest --test-dir $(SOFT_DIR) --output-on-failure -j2 -R '^(numbers|format|fuzz_numbers|fuzz_format)$$'
 
 # Installs the Release build under PREFIX (default /usr/local).
 PREFIX ?= /usr/local
 install:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
-	cmake --build $(RELEASE_DIR) --target mxsbutil mgrsrc mg mxhost mghost
+	cmake --build $(RELEASE_DIR) -j$(JOBS) --target mxsbutil mgrsrc mg mxhost mghost
 	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)
 
 # Cross-builds everything for 32-bit Windows and runs every suite under Wine, in a Wine prefix
 # and with a Wine server of its own, stopped again at the end.
 test-windows:
 	cmake -S . -B $(WIN_DIR) $(GEN) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw32.cmake -DCMAKE_BUILD_TYPE=Debug -DMG_WERROR=ON -DMG_BENCH=OFF
-	cmake --build $(WIN_DIR)
+	cmake --build $(WIN_DIR) -j$(JOBS)
 	@env=$$(sh cmake/wine-env.sh build) || exit 1; eval "$$env"; \
 	ctest --test-dir $(WIN_DIR) --output-on-failure -j2; status=$$?; \
 	wineserver -k; exit $$status
 
 bench:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
-	cmake --build $(RELEASE_DIR)
+	cmake --build $(RELEASE_DIR) -j$(JOBS)
 	@for b in $(RELEASE_DIR)/bench_*; do [ -x "$$b" ] && "$$b"; done; true
 	@sh bench/package_256m.sh $(RELEASE_DIR)/mxsbutil
 

@@ -38,7 +38,7 @@ get_filename_component(pc_dir "${pc_file}" DIRECTORY)
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/host -B ${build} -G ${GENERATOR}
     -DCMAKE_BUILD_TYPE=${BUILD_TYPE} -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_C_COMPILER=${CC})
-run(${CMAKE_COMMAND} --build ${build})
+run(${CMAKE_COMMAND} --build ${build} -j2)
 
 # The same program linked with the flags of mg.pc alone, the default services as the archive.
 find_program(PKG_CONFIG pkg-config)
