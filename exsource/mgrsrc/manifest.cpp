@@ -52,7 +52,10 @@ class LineCounter {
     explicit LineCounter(const std::string& text) : text_(text) {}
     int LineAt(size_t offset) {
         if (offset > text_.size()) offset = text_.size();
-        if (offset < counted_) counted_ = 0, line_ = 1;
+        if (offset < counted_) {
+            counted_ = 0;
+            line_ = 1;
+        }
         for (; counted_ < offset; ++counted_) line_ += text_[counted_] == '\n';
         return line_;
     }
