@@ -81,9 +81,6 @@ void GiveSlow(Slab* s) {
         List(s);  // it was full
         return;
     }
-    // A class's only slab stays, empty, so that one block made and freed in turn doesn't take
-    // and give back a slab each time.
-    if (s->listed && gPartial[s->cls] == s && !s->next) return;
     if (s->listed) Unlist(s);
     if (gPooled < kPooledSlabs) {
         s->next = gPool;

@@ -80,7 +80,9 @@ struct StepTable {
     }
 };
 inline constexpr StepTable kClassOfStep;
+// The 16-byte classes by arithmetic, the rest by the table.
 inline int32_t ClassOf(size_t size) {
+    if (size <= 256) return static_cast<int32_t>((size - (size != 0)) >> 4);
     return kClassOfStep.cls[(size + 15) / 16];
 }
 
@@ -90,7 +92,8 @@ extern Slab* gPartial[kClassCount];
 // Takes a block of class `cls` when its first slab is missing or about to fill; null when no
 // slab can be had.
 void* TakeSlow(int32_t cls);
-// Finishes a free that empties its slab or frees a block of a full one.
+// Finishes a free that frees a block of a full slab, or empties a slab that isn't its class's
+// only one.
 void GiveSlow(Slab* s);
 // Gives the empty slabs kept for reuse back to the runtime; false when there were none.
 bool ReleasePool();
@@ -160,7 +163,14 @@ inline void FreeSized(void* block, size_t size) {
     memcpy(block, &s->freed, sizeof(void*));
     slabs::Poison(block, s->blockBytes);
     s->freed = block;
-    if (--s->live == 0 || !s->listed) slabs::GiveSlow(s);
+    if (--s->live != 0) {
+        if (!s->listed) slabs::GiveSlow(s);
+        return;
+    }
+    // A class's only slab stays, empty, so that one block made and freed in turn doesn't take
+    // and give back a slab each time.
+    if (s->listed && !s->next && slabs::gPartial[s->cls] == s) return;
+    slabs::GiveSlow(s);
 }
 
 // Gives `block` (of `oldSize` bytes) `size` bytes; the block keeps its place while it stays in
