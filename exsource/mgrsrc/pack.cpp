@@ -197,7 +197,12 @@ MgStatus CreateBeside(const std::filesystem::path& target, const Manifest& m,
     for (int tries = 0; status == MgDuplicate && tries < 100; ++tries) {
         char suffix[16];
         std::snprintf(suffix, sizeof suffix, ".%08X", unsigned(random()));
-        *temp = target.parent_path() / ("." + target.filename().string() + suffix);
+        // Appended in steps: GCC 12 at -O3 takes "." + a temporary string for an overlapping
+        // copy (-Wrestrict), which fails the Release build with -Werror.
+        std::string name = ".";
+        name += target.filename().string();
+        name += suffix;
+        *temp = target.parent_path() / name;
         LibraryPath p(temp->string());
         status = p.status ? p.status
                           : RCreateCorrectFile(p.path, 0, m.creator, m.fileType,
