@@ -44,21 +44,24 @@ uint32_t CharValueUpper(uint16_t c);
 int32_t ModuleFileName(char* buffer, int32_t size);
 
 // Byte files. A file reference is 32 bits; 0 is no file. Failures return false and leave the
-// platform's error for LastErrorStatus. Offsets and sizes are 32-bit: files of 2 GB or more
-// are out of scope.
+// platform's error for LastErrorStatus. Sizes and positions are 64-bit, so that the layer can
+// refuse a file of 2 GB or more rather than see its size cut short.
 enum FileAccess { kAccessRead = 1, kAccessWrite = 2 };
 // What others may do while the file is open.
 enum FileShare { kShareNone = 0, kShareRead = 1, kShareAll = 2 };
 enum FileDisposition { kOpenExisting, kTruncateExisting, kCreateNew, kCreateAlways };
 
+// Opens regular files only, after following links: a directory, device, pipe or socket is
+// refused (access denied) without blocking on it, and so is a file that reads as more than its
+// size says (a generated one, as a process-information file).
 bool OpenFile(const char* name, int access, int share, int disposition, int32_t* ref);
 bool CloseFile(int32_t ref);
 bool ReadFile(int32_t ref, int32_t count, int32_t* actual, void* buffer);
 bool WriteFile(int32_t ref, int32_t count, int32_t* actual, const void* buffer);
-// Moves to `offset` from the start; no move beyond 32 bits.
-bool SetFilePosition(int32_t ref, uint32_t offset);
-bool GetFilePosition(int32_t ref, uint32_t* position);
-bool GetFileSize(int32_t ref, uint32_t* size);
+// Moves to `offset` from the start.
+bool SetFilePosition(int32_t ref, uint64_t offset);
+bool GetFilePosition(int32_t ref, uint64_t* position);
+bool GetFileSize(int32_t ref, uint64_t* size);
 // Sets the end of the file at the present position.
 bool SetFileEndHere(int32_t ref);
 bool FlushFile(int32_t ref);
