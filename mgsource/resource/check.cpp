@@ -227,6 +227,9 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
             if (dataOffset < 0 || int64_t{dataOffset} + 4 > h.dataSize) {
                 Fault(entryAt + 12, MgEndOfFile, false, "data offset %d outside the data section",
                       dataOffset);
+            } else if (sizeAt < 0) {
+                Fault(entryAt + 12, MgEndOfFile, false,
+                      "data offset %d lies before the start of the file", dataOffset);
             } else if (sizeAt + 4 > length) {
                 Fault(entryAt + 12, MgEndOfFile, false, "data offset %d beyond the end of the file",
                       dataOffset);
