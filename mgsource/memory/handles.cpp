@@ -17,6 +17,13 @@ inline bool TotalIsAllocatable(int64_t total) {
     return total >= static_cast<int64_t>(sizeof(int32_t)) && total <= INT32_MAX;
 }
 
+// The bytes asked of the allocator for a block of `total` bytes with a header of `header`: at
+// least one beyond the header, so that the master pointer of an empty handle points into its
+// block rather than just past it, where a leak checker sees no reference to the block.
+inline size_t BlockBytes(int64_t total, int32_t header) {
+    return static_cast<size_t>(total > header ? total : int64_t{header} + 1);
+}
+
 }  // namespace
 
 Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
@@ -29,7 +36,7 @@ Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
         if (master) {
             // A negative size cannot hold the header; it fails like an allocation.
             if (size >= 0 && total <= INT32_MAX) {
-                block = static_cast<uint8_t*>(plat::Malloc(static_cast<size_t>(total)));
+                block = static_cast<uint8_t*>(plat::Malloc(BlockBytes(total, zone->headerSize)));
             }
             AddBytesAllocated(total);
         }
@@ -65,7 +72,8 @@ MgStatus ZoneResize(MemZone* zone, Handle h, int32_t size, bool clear) {
         const int64_t newTotal = static_cast<int64_t>(size) + zone->headerSize;
         uint8_t* moved = nullptr;
         if (TotalIsAllocatable(newTotal)) {
-            moved = static_cast<uint8_t*>(plat::Realloc(block, static_cast<size_t>(newTotal)));
+            moved =
+                static_cast<uint8_t*>(plat::Realloc(block, BlockBytes(newTotal, zone->headerSize)));
         }
         if (moved != block) ++zone->moves;
         // Counted on failure too: the figure drifts by the change and is never corrected.
