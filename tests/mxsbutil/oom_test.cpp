@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
+#include <tuple>
 
 #include "mg/filemgr.h"
 #include "mg/memory.h"
@@ -104,8 +105,9 @@ TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
 // Runs the tool on `args` in a child with the Nth write failing; gives its exit status and
 // whether the run reached that write.
 std::pair<int, bool> RunWithWriteFailing(const std::filesystem::path& dir,
-                                         const std::vector<std::string>& args, int64_t n) {
-    std::string order = "write|" + std::to_string(n) + "|" + dir.string();
+                                         const std::vector<std::string>& args, int64_t n,
+                                         bool inPlace = false) {
+    std::string order = (inPlace ? "inplace|" : "write|") + std::to_string(n) + "|" + dir.string();
     for (const auto& a : args) order += "|" + a;
     std::filesystem::remove(dir / "reached");
     const int status = InChild(order);
@@ -143,6 +145,39 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
     }
 }
 
+// Where no new file can be made beside the VI, the write-back appends to it and writes the
+// header last: a full disk at any write still gives 2 and leaves the VI's bytes as they were.
+TEST(FullDisk, EveryFailingWriteOfAViRewrittenInPlace) {
+    TempDir s;
+    const std::string dir = s.path.string();
+    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE";
+    ASSERT_EQ(RunWithWriteFailing(s.path, {"-c", "foo", "-d", dir}, 0).first, 0);
+    std::filesystem::rename(s.path / "foo.msb", s.path / "t.vi");
+    const std::string vi = (s.path / "t.vi").string();
+    const std::string before = SlurpFile(vi);
+    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
+    const std::vector<std::string> args = {"-c", "foo", "-d", dir, "-vi", vi};
+    bool reached = true;
+    for (int64_t n = 1; n <= 20 && reached; ++n) {
+        int status;
+        std::tie(status, reached) = RunWithWriteFailing(s.path, args, n, true);
+        EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n;
+        if (reached) {
+            EXPECT_EQ(SlurpFile(vi), before) << "N=" << n;
+        }
+    }
+    EXPECT_FALSE(reached);
+    // The run that got through changed nothing but the header before the old end, and left a
+    // VI that verify finds sound, with the new module.
+    const std::string after = SlurpFile(vi);
+    ASSERT_GT(after.size(), before.size());
+    EXPECT_EQ(after.substr(32, before.size() - 32), before.substr(32));
+    const std::filesystem::path mgrsrc = ToolPath(MGRSRC_NAME);
+    EXPECT_EQ(RunProgram(mgrsrc, {"verify", vi}, s.path).status, 0);
+    EXPECT_EQ(RunProgram(mgrsrc, {"extract", "-o", "-", vi, "MXSB", "foo"}, s.path).out,
+              "MODULE, VERSION 2");
+}
+
 // The child's side: "source|<file>" makes the -r source; "run|<N>|<dir>|<source>" packages
 // with the Nth allocation failing and writes to <dir>/reached whether the run got that far.
 // It ends at once with the run's status: nothing is shut down, as in the tool, and what a
@@ -154,8 +189,10 @@ TEST(OutOfMemoryChild, DISABLED_Run) {
     std::stringstream in(orders);
     for (std::string part; std::getline(in, part, '|');) parts.push_back(part);
     if (parts.size() == 2 && parts[0] == "source") std::_Exit(MakeSource(parts[1]));
-    if (parts.size() >= 3 && parts[0] == "write") {
+    if (parts.size() >= 3 && (parts[0] == "write" || parts[0] == "inplace")) {
         const int64_t n = std::stoll(parts[1]);
+        // No new file can be made beside the target, as in a directory the run may not write to.
+        if (parts[0] == "inplace") plat::FailFileOpAt(plat::kFileReplace, 1, MgNoPermission);
         std::vector<std::string> args = {"mxsbutil"};
         args.insert(args.end(), parts.begin() + 3, parts.end());
         std::vector<char*> argv;
