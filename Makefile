@@ -7,7 +7,7 @@ RUN_DIR     := build/run
 WIN_DIR     := build/mingw32
 GEN         := -G Ninja
 
-.PHONY: run test test-clang test-windows install bench format clean
+.PHONY: run test test-clang test-windows fuzz-ci install bench format clean
 
 run:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
@@ -26,6 +26,11 @@ test-clang:
 		-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
 	cmake --build $(CLANG_DIR)
 	ctest --test-dir $(CLANG_DIR) --output-on-failure -j2
+
+# The short fuzz run of CI: every fuzz target a fixed number of executions from its corpus with a
+# fixed seed, under the sanitizers (Clang with its fuzzer runtime, Debian: libclang-rt-14-dev).
+fuzz-ci:
+	sh fuzz/ci.sh build/fuzz-ci
 
 # Installs the Release build under PREFIX (default /usr/local).
 PREFIX ?= /usr/local
