@@ -1,6 +1,6 @@
 // What a POSIX host has beside files: a pipe, a device, a generated process-information file.
 // As module, -r or -vi file each gives 2 at once, never waiting on a pipe's other end, and no
-// package; mgrsrc says "not a regular file" where the name says so.
+// package; mgrsrc says "not a regular file" where the name says so, a directory included.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -29,7 +29,8 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
     }
     for (const char* name : {"pipe", "zero", "status"})
         EXPECT_FALSE(fs::exists(dir.path / (std::string(name) + ".msb"))) << name;
-    for (const char* name : {"pipe.dll", "zero.dll"}) {
+    fs::create_directory(dir.path / "dir");
+    for (const char* name : {"pipe.dll", "zero.dll", "dir"}) {
         const ToolResult r = RunProgram(ToolPath(MGRSRC_NAME), {"verify", name}, dir.path);
         EXPECT_EQ(r.status, 2) << name;
         EXPECT_NE(r.err.find(std::string(name) + ": not a regular file"), std::string::npos)
