@@ -71,9 +71,9 @@ uint32_t CreationMask();
 // Replacing an open file whole (posix/replace.cpp, win32/replace.cpp). ReplaceBegin makes a
 // new empty file beside the one open as `ref`, with its permissions, open for reading and
 // writing; it has no name until the commit where the host can, and its writer holds it so that
-// the leftovers of writers that are gone (which ReplaceBegin removes first) can be told. The caller fills and flushes it; ReplaceCommit then puts it in the old file's place
-// in one step and leaves `*ref` referring to the new file, with the same access and share
-// mode. Space for `sizeHint` bytes is claimed ahead where the host can (a hint: the file's
+// the leftovers of writers that are gone (which ReplaceBegin removes first) can be told. The
+// caller fills and flushes it; ReplaceCommit then puts it in the old file's place in one step
+// and leaves `*ref` referring to the new file, with the same access and share mode. Space for `sizeHint` bytes is claimed ahead where the host can (a hint: the file's
 // length stays 0). After a failed commit the old file is in place and `*ref` refers to it. Either
 // way `*ref` may come back with another value where the host can't keep it. ReplaceAbandon closes
 // and removes a new file that isn't wanted. Files whose name the backend doesn't know (opened for
