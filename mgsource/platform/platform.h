@@ -73,11 +73,12 @@ uint32_t CreationMask();
 // writing; it has no name until the commit where the host can, and its writer holds it so that
 // the leftovers of writers that are gone (which ReplaceBegin removes first) can be told. The
 // caller fills and flushes it; ReplaceCommit then puts it in the old file's place in one step
-// and leaves `*ref` referring to the new file, with the same access and share mode. Space for `sizeHint` bytes is claimed ahead where the host can (a hint: the file's
-// length stays 0). After a failed commit the old file is in place and `*ref` refers to it. Either
-// way `*ref` may come back with another value where the host can't keep it. ReplaceAbandon closes
-// and removes a new file that isn't wanted. Files whose name the backend doesn't know (opened for
-// reading only) can't be replaced.
+// and leaves `*ref` referring to the new file, with the same access and share mode. Space for
+// `sizeHint` bytes is claimed ahead where the host can (a hint: the file's length stays 0). After a
+// failed commit the old file is in place and `*ref` refers to it. Either way `*ref` may come back
+// with another value where the host can't keep it. ReplaceAbandon closes and removes a new file
+// that isn't wanted. Files whose name the backend doesn't know (opened for reading only) can't be
+// replaced.
 bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef);
 bool ReplaceCommit(int32_t* ref, int32_t tempRef);
 void ReplaceAbandon(int32_t tempRef);
