@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
-#include <tuple>
 
 #include "mg/filemgr.h"
 #include "mg/memory.h"
@@ -115,7 +114,8 @@ std::pair<int, bool> RunWithWriteFailing(const std::filesystem::path& dir,
 }
 
 // A package that didn't reach the disk is a failed run (2), not an empty file with status 0;
-// a -vi target that couldn't be rewritten keeps its old bytes.
+// a -vi target that couldn't be rewritten keeps its old bytes, whether a new file was to take its
+// place or, where none can be made beside it, it is appended to and its header written last.
 TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
     TempDir s;
     const std::string dir = s.path.string();
@@ -125,57 +125,36 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
     const std::string vi = (s.path / "t.vi").string();
     const std::string before = SlurpFile(vi);
     std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
+    const std::filesystem::path mgrsrc = ToolPath(MGRSRC_NAME);
 
-    for (bool replacing : {false, true}) {
+    enum Target { kPackage, kNewVi, kViInPlace };
+    for (Target target : {kPackage, kNewVi, kViInPlace}) {
+        std::ofstream(vi, std::ios::binary) << before;
         bool completed = false;
         for (int64_t n = 1; n <= 50 && !completed; ++n) {
             std::vector<std::string> args = {"-c", "foo", "-d", dir};
-            if (replacing) args.insert(args.end(), {"-vi", vi});
-            const auto [status, reached] = RunWithWriteFailing(s.path, args, n);
-            EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n << " -vi " << replacing;
+            if (target != kPackage) args.insert(args.end(), {"-vi", vi});
+            const auto [status, reached] =
+                RunWithWriteFailing(s.path, args, n, target == kViInPlace);
+            EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n << " target " << target;
             completed = !reached;
-            if (replacing && reached) {
-                EXPECT_EQ(SlurpFile(vi), before) << "N=" << n;
+            if (target != kPackage && reached) {
+                EXPECT_EQ(SlurpFile(vi), before) << "N=" << n << " target " << target;
             }
         }
         EXPECT_TRUE(completed);
-        if (replacing) {
-            EXPECT_NE(SlurpFile(vi), before);
+        if (target == kPackage) continue;
+        // The run that got through left a VI that verify finds sound, with the new module; in
+        // place it changed nothing before the old end but the header.
+        EXPECT_EQ(RunProgram(mgrsrc, {"verify", vi}, s.path).status, 0);
+        EXPECT_EQ(RunProgram(mgrsrc, {"extract", "-o", "-", vi, "MXSB", "foo"}, s.path).out,
+                  "MODULE, VERSION 2");
+        if (target == kViInPlace) {
+            const std::string after = SlurpFile(vi);
+            ASSERT_GT(after.size(), before.size());
+            EXPECT_EQ(after.substr(32, before.size() - 32), before.substr(32));
         }
     }
-}
-
-// Where no new file can be made beside the VI, the write-back appends to it and writes the
-// header last: a full disk at any write still gives 2 and leaves the VI's bytes as they were.
-TEST(FullDisk, EveryFailingWriteOfAViRewrittenInPlace) {
-    TempDir s;
-    const std::string dir = s.path.string();
-    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE";
-    ASSERT_EQ(RunWithWriteFailing(s.path, {"-c", "foo", "-d", dir}, 0).first, 0);
-    std::filesystem::rename(s.path / "foo.msb", s.path / "t.vi");
-    const std::string vi = (s.path / "t.vi").string();
-    const std::string before = SlurpFile(vi);
-    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
-    const std::vector<std::string> args = {"-c", "foo", "-d", dir, "-vi", vi};
-    bool reached = true;
-    for (int64_t n = 1; n <= 20 && reached; ++n) {
-        int status;
-        std::tie(status, reached) = RunWithWriteFailing(s.path, args, n, true);
-        EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n;
-        if (reached) {
-            EXPECT_EQ(SlurpFile(vi), before) << "N=" << n;
-        }
-    }
-    EXPECT_FALSE(reached);
-    // The run that got through changed nothing but the header before the old end, and left a
-    // VI that verify finds sound, with the new module.
-    const std::string after = SlurpFile(vi);
-    ASSERT_GT(after.size(), before.size());
-    EXPECT_EQ(after.substr(32, before.size() - 32), before.substr(32));
-    const std::filesystem::path mgrsrc = ToolPath(MGRSRC_NAME);
-    EXPECT_EQ(RunProgram(mgrsrc, {"verify", vi}, s.path).status, 0);
-    EXPECT_EQ(RunProgram(mgrsrc, {"extract", "-o", "-", vi, "MXSB", "foo"}, s.path).out,
-              "MODULE, VERSION 2");
 }
 
 // The child's side: "source|<file>" makes the -r source; "run|<N>|<dir>|<source>" packages
