@@ -1,10 +1,8 @@
 // Reading a resource file whole and checking it with the library.
 #include <cstdio>
-#include <filesystem>
 
-#include "mg/filemgr.h"
-#include "mg/path.h"
 #include "mgrsrc/mgrsrc.h"
+#include "mgrsrc/resfile.h"
 
 namespace {
 
@@ -33,6 +31,7 @@ void KeepResource(void* context, const RCheckedRef* ref) {
     r.attrs = ref->attrs;
     r.named = ref->name != nullptr;
     if (ref->name) r.name.assign(reinterpret_cast<const char*>(ref->name + 1), ref->name[0]);
+    if (ref->name) r.nameAt = ref->name - loading->image->bytes.get();
     r.entryAt = ref->entryAt;
     r.dataAt = ref->dataAt;
     r.size = ref->size;
@@ -46,42 +45,21 @@ std::string OffsetText(int64_t offset) {
     return text;
 }
 
-// Reads the whole file through the library's byte files, which open regular files only and
-// never wait on one (a pipe, say), and give no length that doesn't fit the format's offsets.
-bool ReadWhole(const std::string& path, Image* image) {
-    std::error_code error;
-    const std::string name = std::filesystem::absolute(path, error).string();
-    Path p = nullptr;
-    if (error || FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
-                             static_cast<int32_t>(name.size()), &p))
-        return false;
-    FileRef ref = 0;
-    int32_t size = 0;
-    bool read = !FMOpen(&ref, p, FMModeRead, FMShareAll) && !FGetEOF(ref, &size);
-    if (read) {
-        // Not cleared first: the read fills it.
-        image->bytes = std::make_unique_for_overwrite<uint8_t[]>(size_t(size) + 1);
-        image->length = size;
-        read = !FMRead(ref, size, nullptr, image->bytes.get());
-    }
-    if (ref) FMClose(ref);
-    FPathRelease(p);
-    return read;
-}
-
 }  // namespace
 
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
                Image* image, const EachResource& each) {
     image->path = path;
-    std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    if (!error && type != std::filesystem::file_type::regular) {
-        std::fprintf(stderr, "mgrsrc %s: %s: not a regular file\n", command.c_str(), path.c_str());
-        return false;
-    }
-    if (!ReadWhole(path, image)) {
-        std::fprintf(stderr, "mgrsrc %s: cannot read %s\n", command.c_str(), path.c_str());
+    std::string why;
+    const auto room = [image](size_t size) {
+        // Not cleared first: the read fills it.
+        image->bytes = std::make_unique_for_overwrite<uint8_t[]>(size + 1);
+        image->length = int64_t(size);
+        return image->bytes.get();
+    };
+    if (!ReadWholeFile(path, room, &why)) {
+        std::fprintf(stderr, "mgrsrc %s: cannot read %s: %s\n", command.c_str(), path.c_str(),
+                     why.c_str());
         return false;
     }
     Loading loading{image, keepFindings, &each};

@@ -5,6 +5,7 @@
 #include "memory/zone.h"
 #include "mg/dbgtools.h"
 #include "platform/platform.h"
+#include "platform/smallblocks.h"
 
 MG_SOURCE_IDENTITY("mgsource\\memory\\handles.cpp", "$Revision: 1 $");
 
@@ -15,13 +16,6 @@ namespace {
 // the 32-bit sizes. Anything else fails as an allocation would.
 inline bool TotalIsAllocatable(int64_t total) {
     return total >= static_cast<int64_t>(sizeof(int32_t)) && total <= INT32_MAX;
-}
-
-// The bytes asked of the allocator for a block of `total` bytes with a header of `header`: at
-// least one beyond the header, so that the master pointer of an empty handle points into its
-// block rather than just past it, where a leak checker sees no reference to the block.
-inline size_t BlockBytes(int64_t total, int32_t header) {
-    return static_cast<size_t>(total > header ? total : int64_t{header} + 1);
 }
 
 }  // namespace
@@ -36,7 +30,7 @@ Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
         if (master) {
             // A negative size cannot hold the header; it fails like an allocation.
             if (size >= 0 && total <= INT32_MAX) {
-                block = static_cast<uint8_t*>(plat::Malloc(BlockBytes(total, zone->headerSize)));
+                block = static_cast<uint8_t*>(plat::MallocSized(static_cast<size_t>(total)));
             }
             AddBytesAllocated(total);
         }
@@ -55,8 +49,9 @@ Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
 
 void ZoneDisposeHandle(MemZone* zone, Handle h) {
     uint8_t* block = BlockOf(zone, h);
-    AddBytesAllocated(-(static_cast<int64_t>(*SizeWord(block)) + zone->headerSize));
-    plat::Free(block);
+    const int64_t total = static_cast<int64_t>(*SizeWord(block)) + zone->headerSize;
+    AddBytesAllocated(-total);
+    plat::FreeSized(block, static_cast<size_t>(total));
     ReleaseMasterPointer(zone, h);
 }
 
@@ -72,8 +67,8 @@ MgStatus ZoneResize(MemZone* zone, Handle h, int32_t size, bool clear) {
         const int64_t newTotal = static_cast<int64_t>(size) + zone->headerSize;
         uint8_t* moved = nullptr;
         if (TotalIsAllocatable(newTotal)) {
-            moved =
-                static_cast<uint8_t*>(plat::Realloc(block, BlockBytes(newTotal, zone->headerSize)));
+            moved = static_cast<uint8_t*>(plat::ReallocSized(block, static_cast<size_t>(oldTotal),
+                                                             static_cast<size_t>(newTotal)));
         }
         if (moved != block) ++zone->moves;
         // Counted on failure too: the figure drifts by the change and is never corrected.

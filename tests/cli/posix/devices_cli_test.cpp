@@ -1,6 +1,7 @@
 // What a POSIX host has beside files: a pipe, a device, a generated process-information file.
 // As module, -r or -vi file each gives 2 at once, never waiting on a pipe's other end, and no
-// package; mgrsrc says "not a regular file" where the name says so, a directory included.
+// package; mgrsrc, reading a resource file or a data file, says "not a regular file" where the
+// name says so, a directory included.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -30,11 +31,14 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
     for (const char* name : {"pipe", "zero", "status"})
         EXPECT_FALSE(fs::exists(dir.path / (std::string(name) + ".msb"))) << name;
     fs::create_directory(dir.path / "dir");
-    for (const char* name : {"pipe.dll", "zero.dll", "dir"}) {
-        const ToolResult r = RunProgram(ToolPath(MGRSRC_NAME), {"verify", name}, dir.path);
-        EXPECT_EQ(r.status, 2) << name;
-        EXPECT_NE(r.err.find(std::string(name) + ": not a regular file"), std::string::npos)
-            << r.err;
+    // A resource file to read, and a data file to add.
+    for (const std::string name : {"pipe.dll", "zero.dll", "dir"}) {
+        for (const auto& args :
+             {std::vector<std::string>{"verify", name}, {"add", "x.rsrc", "DATA", "1", name}}) {
+            const ToolResult r = RunProgram(ToolPath(MGRSRC_NAME), args, dir.path);
+            EXPECT_EQ(r.status, 2) << args[0] << " " << name;
+            EXPECT_NE(r.err.find(name + ": not a regular file"), std::string::npos) << r.err;
+        }
     }
     EXPECT_EQ(RunProgram(ToolPath(MGRSRC_NAME), {"verify", "status.dll"}, dir.path).status, 2);
 }
