@@ -11,7 +11,7 @@ GEN         := -G Ninja
 # Two build jobs: the machines this runs on have two cores.
 JOBS        ?= 2
 
-.PHONY: run test test-clang test-release test-soft test-windows install bench format clean
+.PHONY: run test test-clang test-release test-soft test-windows fuzz-ci install bench format clean
 
 run:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
@@ -47,6 +47,11 @@ test-soft:
 		-DMG_SOFT_EXTENDED=ON -DMG_WERROR=ON -DMG_BENCH=OFF
 	cmake --build $(SOFT_DIR) -j$(JOBS) --target test_numbers test_format replay_numbers replay_format
 	ctest --test-dir $(SOFT_DIR) --output-on-failure -j2 -R '^(numbers|format|fuzz_numbers|fuzz_format)$$'
+
+# The short fuzz run of CI: every fuzz target a fixed number of executions from its corpus with a
+# fixed seed, under the sanitizers (Clang with its fuzzer runtime, Debian: libclang-rt-14-dev).
+fuzz-ci:
+	JOBS=$(JOBS) sh fuzz/ci.sh build/fuzz-ci
 
 # Installs the Release build under PREFIX (default /usr/local).
 PREFIX ?= /usr/local

@@ -50,7 +50,7 @@ struct Session {
     bool trusted;
     std::set<std::pair<ResType, int32_t>> changed;  // may not be released or detached
     // Removing an unnamed resource from a map with no names leaves the name-list offset
-    // negative, and a name added later is read back from the wrong place.
+    // negative, and a name added later is read back from the wrong place; a file may come so.
     bool namesSkewed = false;
 
     void Apply(const Edit& e);
@@ -84,8 +84,9 @@ void CollectName(void* context, const RCheckedRef* ref) {
 // the name list behind the reference lists, none sharing bytes with another. The manager
 // reads names where their offsets put them; a file may put them over the map's header and
 // lists, whose run-time words and offsets change, or share them, and the arithmetic of a
-// removal then moves what another reads.
-bool NamesAreStable(const std::string& file) {
+// removal then moves what another reads. `skewed`: a map without names whose name-list offset
+// is neither 0 nor where names would start, so that a name added later reads back wrong.
+bool NamesAreStable(const std::string& file, bool* skewed) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(file.data());
     NameSpans spans{bytes, 0, {}, false};
     RCheckSink sink{&spans, nullptr, CollectName, 0};
@@ -93,10 +94,18 @@ bool NamesAreStable(const std::string& file) {
     if (RCheckBytes(bytes, static_cast<int64_t>(file.size()), &sink, &sum) != MgNoError ||
         sum.openStatus != MgNoError || spans.unreadable)
         return false;
-    if (spans.names.empty()) return true;
     // A file opened for writing has its header at 0.
     const int64_t map = sum.header.mapOffset;
-    int64_t end = map + static_cast<int32_t>(BigWord(bytes + map + 48));
+    if (sum.header.mapSize == 0) return true;
+    const int64_t nameList = static_cast<int32_t>(BigWord(bytes + map + 48));
+    if (spans.names.empty()) {
+        const int64_t typeList = map + static_cast<int32_t>(BigWord(bytes + map + 44));
+        const int64_t types = static_cast<int32_t>(BigWord(bytes + typeList)) + int64_t{1};
+        const int64_t listsEnd = std::max(spans.listsEnd, typeList + 4 + 12 * types);
+        *skewed = nameList != 0 && map + nameList != listsEnd;
+        return true;
+    }
+    int64_t end = map + nameList;
     if (end < spans.listsEnd) return false;
     std::sort(spans.names.begin(), spans.names.end());
     for (const auto& [start, stop] : spans.names) {
@@ -195,7 +204,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Session s{0, {}, true, {}};
     bool namesStable = true;
     if (ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) == MgNoError) {
-        namesStable = NamesAreStable(bytes);
+        namesStable = NamesAreStable(bytes, &s.namesSkewed);
     } else if (RCreateCorrectFile(path, 1, MgResType("CRTR"), MgResType("TEST"), 0644) !=
                    MgNoError ||
                ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError) {

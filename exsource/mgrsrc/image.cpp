@@ -1,6 +1,5 @@
 // Reading a resource file whole and checking it with the library.
 #include <cstdio>
-#include <fstream>
 
 #include "mgrsrc/mgrsrc.h"
 #include "mgrsrc/resfile.h"
@@ -51,21 +50,16 @@ std::string OffsetText(int64_t offset) {
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
                Image* image, const EachResource& each) {
     image->path = path;
-    std::ifstream in(path, std::ios::binary);
-    if (in) {
-        in.seekg(0, std::ios::end);
-        const std::streamoff size = in.tellg();
-        in.seekg(0, std::ios::beg);
-        if (size >= 0) {
-            // Not cleared first: the read fills it.
-            image->bytes = std::make_unique_for_overwrite<uint8_t[]>(size_t(size) + 1);
-            image->length = size;
-            in.read(reinterpret_cast<char*>(image->bytes.get()), size);
-        }
-    }
-    if (!in) {
+    std::string why;
+    const auto room = [image](size_t size) {
+        // Not cleared first: the read fills it.
+        image->bytes = std::make_unique_for_overwrite<uint8_t[]>(size + 1);
+        image->length = int64_t(size);
+        return image->bytes.get();
+    };
+    if (!ReadWholeFile(path, room, &why)) {
         std::fprintf(stderr, "mgrsrc %s: cannot read %s: %s\n", command.c_str(), path.c_str(),
-                     WhyUnreadable(path).c_str());
+                     why.c_str());
         return false;
     }
     Loading loading{image, keepFindings, &each};

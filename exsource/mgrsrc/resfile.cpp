@@ -1,57 +1,14 @@
-// Files through the library for the commands that write: paths, statuses in words, edits.
+// Files through the library for the commands that write: statuses in words, edits.
 #include "mgrsrc/resfile.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 
 #include "mg/filemgr.h"
-#include "mg/path.h"
 #include "mgrsrc/mgrsrc.h"
 
 std::string StatusWords(MgStatus status) {
     return std::string(MgStatusText(status)) + " (" + MgStatusName(status) + ", " +
            std::to_string(status) + ")";
-}
-
-LibraryPath::LibraryPath(const std::string& name) {
-    std::error_code error;
-    const std::string text = std::filesystem::absolute(std::filesystem::path(name), error).string();
-    status = error ? MgBadArgument
-                   : FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
-                                 int32_t(text.size()), &path);
-}
-
-LibraryPath::~LibraryPath() {
-    if (path) FPathRelease(path);
-}
-
-// The library's own answer, which names the same conditions on every host.
-std::string WhyUnreadable(const std::string& name) {
-    LibraryPath p(name);
-    FileRef ref = 0;
-    MgStatus status = p.status ? p.status : FMOpen(&ref, p.path, FMModeRead, FMShareAll);
-    if (ref) FMClose(ref);
-    return status ? MgStatusText(status) : "a read error";
-}
-
-bool ReadWholeFile(const std::string& name, std::string* bytes, std::string* why) {
-    std::ifstream in(std::filesystem::path(name), std::ios::binary);
-    if (in) {
-        in.seekg(0, std::ios::end);
-        const std::streamoff size = in.tellg();
-        in.seekg(0, std::ios::beg);
-        if (size > INT32_MAX - 8) {
-            *why = "too large for a resource";
-            return false;
-        }
-        if (size >= 0) {
-            bytes->resize(size_t(size));
-            in.read(bytes->data(), size);
-        }
-    }
-    if (!in) *why = WhyUnreadable(name);
-    return bool(in);
 }
 
 MgStatus EditedFile::OpenAs(const std::string& name) {
@@ -62,8 +19,8 @@ MgStatus EditedFile::OpenAs(const std::string& name) {
 
 bool EditedFile::Open(const std::string& command, const std::string& name) {
     {
-        // The library would open a file whose data is out of place, and a write-back that
-        // has to run in place could then stop halfway: such a file isn't edited at all.
+        // The library would open a file whose data is out of place, and a write-back would
+        // then fail on that data or carry it over: such a file isn't edited at all.
         Image image;
         if (!LoadImage(command, name, false, false, &image) || !RequireVerified(command, image))
             return false;

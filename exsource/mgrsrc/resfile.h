@@ -3,15 +3,19 @@
 // or leaves it as it was.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "mg/resource.h"
 
 // A status for a message: its meaning, name and number.
 std::string StatusWords(MgStatus status);
-// Why `name` can't be read, in words, e.g. "no such file or directory".
-std::string WhyUnreadable(const std::string& name);
-// The whole of a plain file; false, with the reason in `why`, when it can't be read.
+// The whole of a regular file (readfile.cpp), into the room that `room(size)` gives for it, or
+// into `bytes`; false, with the reason in words in `why` (e.g. "no such file or directory",
+// "not a regular file"), when it can't be read.
+bool ReadWholeFile(const std::string& name, const std::function<uint8_t*(size_t)>& room,
+                   std::string* why);
 bool ReadWholeFile(const std::string& name, std::string* bytes, std::string* why);
 
 // A library Path of a file name from the command line, made absolute; released with the object.

@@ -6,7 +6,7 @@ extern "C" {
 
 MgStatus FMLockRange(FileRef ref, int32_t mode, int32_t offset, int32_t count, int32_t lock) {
     if (ref == 0) return MgBadArgument;
-    uint32_t base = 0;
+    uint64_t base = 0;
     switch (mode) {
         case FMSeekStart:
             break;
@@ -19,7 +19,9 @@ MgStatus FMLockRange(FileRef ref, int32_t mode, int32_t offset, int32_t count, i
         default:
             return MgBadArgument;
     }
-    uint32_t start = base + static_cast<uint32_t>(offset);
+    // Ranges are counted in 32 bits: a file too long for them has no range to lock from its end.
+    if (base > UINT32_MAX) return MgIOError;
+    uint32_t start = static_cast<uint32_t>(base) + static_cast<uint32_t>(offset);
     return plat::LockRange(ref, start, static_cast<uint32_t>(count), lock != 0) ? MgNoError
                                                                                 : FMapLastError();
 }

@@ -50,21 +50,24 @@ uint32_t CharValueUpper(uint16_t c);
 int32_t ModuleFileName(char* buffer, int32_t size);
 
 // Byte files. A file reference is 32 bits; 0 is no file. Failures return false and leave the
-// platform's error for LastErrorStatus. Offsets and sizes are 32-bit: files of 2 GB or more
-// are out of scope.
+// platform's error for LastErrorStatus. Sizes and positions are 64-bit, so that the layer can
+// refuse a file of 2 GB or more rather than see its size cut short.
 enum FileAccess { kAccessRead = 1, kAccessWrite = 2 };
 // What others may do while the file is open.
 enum FileShare { kShareNone = 0, kShareRead = 1, kShareAll = 2 };
 enum FileDisposition { kOpenExisting, kTruncateExisting, kCreateNew, kCreateAlways };
 
+// Opens regular files only, after following links: a directory, device, pipe or socket is
+// refused (access denied) without blocking on it, and so is a file that reads as more than its
+// size says (a generated one, as a process-information file).
 bool OpenFile(const char* name, int access, int share, int disposition, int32_t* ref);
 bool CloseFile(int32_t ref);
 bool ReadFile(int32_t ref, int32_t count, int32_t* actual, void* buffer);
 bool WriteFile(int32_t ref, int32_t count, int32_t* actual, const void* buffer);
-// Moves to `offset` from the start; no move beyond 32 bits.
-bool SetFilePosition(int32_t ref, uint32_t offset);
-bool GetFilePosition(int32_t ref, uint32_t* position);
-bool GetFileSize(int32_t ref, uint32_t* size);
+// Moves to `offset` from the start.
+bool SetFilePosition(int32_t ref, uint64_t offset);
+bool GetFilePosition(int32_t ref, uint64_t* position);
+bool GetFileSize(int32_t ref, uint64_t* size);
 // Sets the end of the file at the present position.
 bool SetFileEndHere(int32_t ref);
 bool FlushFile(int32_t ref);
@@ -73,13 +76,15 @@ uint32_t CreationMask();
 
 // Replacing an open file whole (posix/replace.cpp, win32/replace.cpp). ReplaceBegin makes a
 // new empty file beside the one open as `ref`, with its permissions, open for reading and
-// writing. The caller fills and flushes it; ReplaceCommit then puts it in the old file's place
-// in one step and leaves `*ref` referring to the new file, with the same access and share
-// mode. Space for `sizeHint` bytes is claimed ahead where the host can (a hint: the file's
-// length stays 0). After a failed commit the old file is in place and `*ref` refers to it. Either
-// way `*ref` may come back with another value where the host can't keep it. ReplaceAbandon closes
-// and removes a new file that isn't wanted. Files whose name the backend doesn't know (opened for
-// reading only) can't be replaced.
+// writing; it has no name until the commit where the host can, and its writer holds it so that
+// the leftovers of writers that are gone (which ReplaceBegin removes first) can be told. The
+// caller fills and flushes it; ReplaceCommit then puts it in the old file's place in one step
+// and leaves `*ref` referring to the new file, with the same access and share mode. Space for
+// `sizeHint` bytes is claimed ahead where the host can (a hint: the file's length stays 0). After a
+// failed commit the old file is in place and `*ref` refers to it. Either way `*ref` may come back
+// with another value where the host can't keep it. ReplaceAbandon closes and removes a new file
+// that isn't wanted. Files whose name the backend doesn't know (opened for reading only) can't be
+// replaced.
 bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef);
 bool ReplaceCommit(int32_t* ref, int32_t tempRef);
 void ReplaceAbandon(int32_t tempRef);

@@ -36,6 +36,10 @@ struct Checker {
     int64_t length;
     const RCheckSink* sink;
     RCheckSummary* sum;
+    // The data section as loads see it: in a file with a map, the map's copy of the header
+    // places it, not the header.
+    int64_t dataAt = 0;
+    int32_t dataSize = 0;
 
     void Emit(int64_t at, int32_t notice, MgStatus status, const char* format, va_list args) {
         RCheckFinding f{};
@@ -77,6 +81,12 @@ struct Checker {
         return true;
     }
     MgStatus Run();
+    void DataSection(int64_t at, int32_t offset, int32_t size) {
+        dataAt = sum->base + int64_t{offset};
+        dataSize = size;
+        if (offset < 0 || dataAt + size > length || size < 0)
+            Notice(at, "data section (%d bytes at %d) doesn't lie in the file", size, offset);
+    }
     void CheckCopy(int64_t mapAt);
     MgStatus WalkReferences(int64_t mapAt, int32_t mapSize);
     MgStatus LookAtData(Span* spans, int64_t n);
@@ -120,10 +130,8 @@ MgStatus Checker::Run() {
     if (PastAnyPosition(base + 16, base + h.mapOffset) ||
         PastAnyPosition(base + 24, base + h.dataOffset))
         return MgNoError;
-    if (h.dataOffset < 0 || base + int64_t{h.dataOffset} + h.dataSize > length || h.dataSize < 0)
-        Notice(base + 24, "data section (%d bytes at %d) doesn't lie in the file", h.dataSize,
-               h.dataOffset);
     if (h.mapSize == 0) {
+        DataSection(base + 24, h.dataOffset, h.dataSize);
         // The map is then the header, already moved, and is moved once more.
         if (PastAnyPosition(base + 16, 2 * base + h.mapOffset) ||
             PastAnyPosition(base + 24, 2 * base + h.dataOffset))
@@ -145,7 +153,10 @@ MgStatus Checker::Run() {
     std::pair<Checker*, int64_t> context{this, mapAt};
     const MgStatus lists = CheckMapLists(bytes + mapAt, h.mapSize, ListFault, &context);
     if (lists == MgNoMemory) return lists;
+    // A map too short for its own header has nothing more to read; the lists said so.
+    if (h.mapSize < kMapHeaderSize) return MgNoError;
     CheckCopy(mapAt);
+    DataSection(mapAt + 24, BigAt(bytes + mapAt + 24), BigAt(bytes + mapAt + 28));
     const int32_t nameList = BigAt(bytes + mapAt + kMapNameListOffset);
     if (nameList > h.mapSize)
         Fault(mapAt + kMapNameListOffset, MgIOError, true, "name list beyond the end of the map");
@@ -177,11 +188,9 @@ void Checker::CheckCopy(int64_t mapAt) {
 }
 
 MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
-    const ResFileHeader& h = sum->header;
     const uint8_t* map = bytes + mapAt;
     const int64_t typeList = BigAt(map + kMapTypeListOffset);
     const int64_t nameList = BigAt(map + kMapNameListOffset);
-    const int64_t dataAt = sum->base + int64_t{h.dataOffset};
     const int32_t types = BigAt(map + typeList) + 1;
     int64_t total = 0;
     for (int32_t i = 0; i < types; ++i) total += int64_t{BigAt(map + typeList + 8 + 12 * i)} + 1;
@@ -224,9 +233,17 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
             }
             const int32_t dataOffset = BigAt(e + 12);
             const int64_t sizeAt = dataAt + dataOffset;
-            if (dataOffset < 0 || int64_t{dataOffset} + 4 > h.dataSize) {
+            // A load holds offset and size to the section's end only, so a negative offset
+            // reads from before it.
+            if (dataOffset < 0 && sizeAt >= 0)
+                Notice(entryAt + 12, "data offset %d lies before the data section; read from there",
+                       dataOffset);
+            if (int64_t{dataOffset} + 4 > dataSize) {
                 Fault(entryAt + 12, MgEndOfFile, false, "data offset %d outside the data section",
                       dataOffset);
+            } else if (sizeAt < 0) {
+                Fault(entryAt + 12, MgEndOfFile, false,
+                      "data offset %d lies before the start of the file", dataOffset);
             } else if (sizeAt + 4 > length) {
                 Fault(entryAt + 12, MgEndOfFile, false, "data offset %d beyond the end of the file",
                       dataOffset);
@@ -234,7 +251,7 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
                 const int32_t size = BigAt(bytes + sizeAt);
                 if (size < 0)
                     Fault(sizeAt, MgEndOfFile, false, "negative size word %d", size);
-                else if (int64_t{dataOffset} + size + 4 > h.dataSize)
+                else if (int64_t{dataOffset} + size + 4 > dataSize)
                     Fault(sizeAt, MgEndOfFile, false, "%d bytes of data run past the data section",
                           size);
                 else if (sizeAt + 4 + size > length)
@@ -243,7 +260,7 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
                 else {
                     res.dataAt = sizeAt + 4;
                     res.size = size;
-                    if (spans)
+                    if (spans && dataOffset >= 0)
                         spans[used++] = {sizeAt, sizeAt + ((int64_t{size} + 7) & ~3), entryAt};
                 }
             }
@@ -251,10 +268,10 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
                 Notice(entryAt + 8, "changed bit set in the file; dropped on opening");
             if (BigAt(e + 16) != 0)
                 Notice(entryAt + 16, "handle word isn't zero; cleared on opening");
-            if (h.version >= 4 && r > 0 && res.id < BigAt(e - kRefEntrySize))
+            if (sum->header.version >= 4 && r > 0 && res.id < BigAt(e - kRefEntrySize))
                 Notice(entryAt,
                        "id %d out of order in a version-%d file: lookups by id may miss it", res.id,
-                       h.version);
+                       sum->header.version);
             if (ids) ids[n++] = {(int64_t{i} << 32) | uint32_t(res.id ^ INT32_MIN), 0, entryAt};
             if (sink && sink->resource) sink->resource(sink->context, &res);
         }
@@ -283,9 +300,8 @@ MgStatus Checker::LookAtIds(Span* ids, int64_t n) {
 MgStatus Checker::LookAtData(Span* spans, int64_t n) {
     std::stable_sort(spans, spans + n,
                      [](const Span& a, const Span& b) { return a.start < b.start; });
-    const ResFileHeader& h = sum->header;
-    const int64_t start = sum->base + int64_t{h.dataOffset};
-    const int64_t end = std::min(length, start + std::max<int64_t>(h.dataSize, 0));
+    const int64_t start = dataAt;
+    const int64_t end = std::min(length, start + std::max<int64_t>(dataSize, 0));
     int64_t reached = std::max<int64_t>(start, 0);
     for (int64_t i = 0; i < n; ++i) {
         const Span& s = spans[i];

@@ -206,8 +206,12 @@ MgStatus RRemove(Handle h, ResFile id) {
     int32_t nameSize = 0;
     if (named) {
         namePos = int64_t{Word(map, kMapNameListOffset)} + ref->nameOffset;
-        // A name the arithmetic of earlier edits has put out of place can't be cut out.
-        if (namePos < refEnd || namePos >= size || namePos + 1 + map[namePos] > size)
+        // A name the arithmetic of earlier edits has put out of place, over the lists, can't
+        // be cut out.
+        const int64_t listsEnd = int64_t{kMapHeaderSize} + 4 +
+                                 int64_t{TypeCount(typeList)} * kTypeEntrySize +
+                                 int64_t{TotalRefs(typeList)} * kRefEntrySize;
+        if (namePos < listsEnd || namePos >= size || namePos + 1 + map[namePos] > size)
             return MgIOError;
         nameSize = 1 + map[namePos];
     }

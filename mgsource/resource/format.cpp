@@ -123,8 +123,9 @@ MgStatus RSwapMap(Ptr map, int32_t direction, const ResFileHeader* expected) {
         }
         const int32_t refs = t->count + 1;
         ResRefEntry* list = RefsOf(typeList, t);
-        if (check && (refs < 0 || !Fits(int64_t{typeListOffset} + t->listOffset,
-                                        int64_t{refs} * kRefEntrySize, size)))
+        // A type with no references has no list to lie anywhere, as the map check has it.
+        if (check && (refs < 0 || (refs > 0 && !Fits(int64_t{typeListOffset} + t->listOffset,
+                                                     int64_t{refs} * kRefEntrySize, size))))
             return MgIOError;
         if (!toHost) {
             FlipBig32(&t->count);

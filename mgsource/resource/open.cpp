@@ -30,8 +30,11 @@ bool AddBase(int32_t* offset, int32_t base) {
     return true;
 }
 
-MgStatus FailOpen(FileRef fileRef, MgStatus status) {
+// A failed open gives back what it took: the byte file and the map's block, which a file
+// from outside would otherwise leave behind at every try.
+MgStatus FailOpen(FileRef fileRef, MgStatus status, Handle mapHandle = nullptr) {
     if (fileRef) FMClose(fileRef);
+    if (mapHandle) MemDisposeHandle(mapHandle);
     return status;
 }
 
@@ -111,7 +114,6 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
     if (!AddBase(&header.mapOffset, base) || !AddBase(&header.dataOffset, base))
         return FailOpen(fileRef, MgEndOfFile);
 
-    // The map handle of a failed open is not disposed.
     Handle mapHandle;
     if (header.mapSize != 0) {
         // A map that can't lie inside the file would read short; say so before allocating.
@@ -124,7 +126,7 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
             (status = FMRead(fileRef, header.mapSize, nullptr, *mapHandle)) ||
             (status = ValidateFileMap(*mapHandle, header.mapSize)) ||
             (status = RSwapMap(*mapHandle, 1, &header)))
-            return FailOpen(fileRef, status);
+            return FailOpen(fileRef, status, mapHandle);
         // Edits keep the size word equal to the block; start from that truth.
         HeaderOf(*mapHandle)->mapSize = header.mapSize;
     } else {
@@ -135,9 +137,10 @@ MgStatus ROpenFileRef(FileRef fileRef, int32_t mode, ResFile* id, ResType* type,
     }
     Ptr map = *mapHandle;
     if (!AddBase(&HeaderOf(map)->mapOffset, base) || !AddBase(&HeaderOf(map)->dataOffset, base))
-        return FailOpen(fileRef, MgEndOfFile);
+        return FailOpen(fileRef, MgEndOfFile, mapHandle);
 
-    if ((status = RRegisterFile(id, fileRef, mapHandle, map))) return FailOpen(fileRef, status);
+    if ((status = RRegisterFile(id, fileRef, mapHandle, map)))
+        return FailOpen(fileRef, status, mapHandle);
     DataCacheDrop(*id);
     Word(map, kMapUnused) = 0;
     Word(map, kMapFileId) = *id;

@@ -92,7 +92,8 @@ MgStatus ReadHeaderWithTrailer(FileRef ref, bool tryTrailer, ResFileHeader* head
 
 // Checks a map read from a file, still in file form, before anything else touches it: the
 // type list and every reference list aligned, inside the block, clear of its header and of
-// each other, with counts that fit. 6 when it isn't sound, 2 when memory runs out.
+// each other, with counts that fit, and no name over them. 6 when it isn't sound, 2 when
+// memory runs out.
 MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize);
 // The walk behind ValidateFileMap, reporting each fault with its offset in the map to `proc`,
 // which returns true to go on. 6 when there was a fault, 2 when memory ran out, else 0.

@@ -2,8 +2,9 @@
 // anything in them is swapped, cleared, sorted or trusted. Every later walk of the map relies
 // on what it establishes: the type list and every reference list are aligned, lie inside the
 // block clear of its 52-byte header, and overlap nothing else, so that each word is swapped
-// once and no count changes after it was checked. Data offsets and sizes aren't looked at
-// here: they are checked, against the data section and the file's real length, on each load.
+// once and no count changes after it was checked; and no name lies over those lists. Data offsets
+// and sizes aren't looked at here: they are checked, against the data section and the file's real
+// length, on each load.
 //
 // The same walk serves opening (stop at the first fault) and RCheckBytes (every fault, with
 // where it lies), so that there is one set of rules.
@@ -87,6 +88,30 @@ MgStatus CheckDisjoint(const uint8_t* raw, int64_t size, int64_t typeList, int64
     return MgNoError;
 }
 
+// An edit cuts a name out of the map where its offsets put it: a name over the type list or
+// the reference lists would have it cut into them. Names before the lists, where the kept
+// arithmetic of removals from a map without names sends later ones, read as what is there and
+// are never cut out; a map without names may hold anything in its name-list offset.
+void CheckNames(const uint8_t* raw, int64_t typeList, int64_t types, int64_t listsEnd,
+                Faults& faults) {
+    const int64_t nameList = BigAt(raw, kMapNameListOffset);
+    for (int64_t i = 0; i < types; ++i) {
+        const int64_t entry = typeList + 4 + i * kTypeEntrySize;
+        const int64_t refs = int64_t{BigAt(raw, entry + 4)} + 1;
+        const int64_t start = typeList + BigAt(raw, entry + 8);
+        for (int64_t r = 0; r < refs; ++r) {
+            const int64_t at = start + r * kRefEntrySize + 4;
+            const int32_t nameOffset = BigAt(raw, at);
+            const int64_t name = nameList + nameOffset;
+            if (nameOffset == kNoName || name < typeList || name >= listsEnd) continue;
+            const bool listAt = nameList >= typeList && nameList < listsEnd;
+            faults.Report(listAt ? kMapNameListOffset : at,
+                          listAt ? "name list over the map's lists" : "name over the map's lists");
+            return;
+        }
+    }
+}
+
 bool StopAtFirst(void*, int64_t, const char*) {
     return false;
 }
@@ -136,6 +161,7 @@ MgStatus CheckMapLists(const uint8_t* raw, int32_t mapSize, MapFaultProc proc, v
     if (!rising && !(faults.any && proc == StopAtFirst)) {
         if (MgStatus status = CheckDisjoint(raw, size, typeList, types, faults)) return status;
     }
+    if (!faults.any) CheckNames(raw, typeList, types, end, faults);
     return faults.any ? MgIOError : MgNoError;
 }
 

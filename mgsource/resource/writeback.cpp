@@ -1,11 +1,15 @@
-// The one place where a resource file's contents are rewritten: the write-back pass, which
-// compacts the data section, writes changed resources from their handles, then the map behind
-// the data, the file's length, and the header last - into a new file that then takes the old
-// one's place (see RWriteBack).
+// The one place where a resource file's contents are rewritten: the write-back pass. Where a
+// new file can be made beside the old one, it compacts the data section, writes changed
+// resources from their handles, then the map behind the data, the file's length, and the
+// header last, into the new file, which then takes the old one's place. Where none can be made,
+// it appends the changed data and the map behind the old file's end and then points the header
+// at them (see RWriteBack).
 //
 // Unchanged resources that already stand packed at the front keep their offsets and cost one
 // size-word read each; the rest move down in offset order, and changed ones go behind all
 // unchanged data.
+#include <algorithm>
+
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
@@ -125,18 +129,27 @@ MgStatus CopyBytes(FileRef in, int32_t from, FileRef out, int32_t to, int32_t co
     return status;
 }
 
+// Where a header puts the data section and the map.
+struct Layout {
+    int32_t dataOffset, dataSize, mapOffset;
+};
+
+// Writes the map at the layout's map offset and the header last. In place, the file has its
+// length already, and what the header is to point at must be on the disk before it does; a new
+// file is cut to its length instead. `headerTried` tells whether the header's write was begun.
 // The run-time words go to disk as zero: the unused word, the file id and the handle words.
-MgStatus RWriteMap(ResFileEntry* entry, FileRef out, int32_t dataSize, ResRefEntry** refs,
-                   uint32_t* tokens, int32_t count) {
+MgStatus RWriteMap(ResFileEntry* entry, FileRef out, const Layout& layout, bool inPlace,
+                   ResRefEntry** refs, uint32_t* tokens, int32_t count, bool* headerTried) {
     Ptr map = entry->map;
     ResFileHeader* header = HeaderOf(map);
-    header->dataOffset = kHeaderSize;
-    header->dataSize = dataSize;
-    header->mapOffset = kHeaderSize + dataSize;
+    header->dataOffset = layout.dataOffset;
+    header->dataSize = layout.dataSize;
+    header->mapOffset = layout.mapOffset;
     header->mapSize = MemHandleSize(entry->mapHandle);
-    const int32_t mapOffset = header->mapOffset;
     const int32_t mapSize = header->mapSize;
-    if (MgStatus status = FMSeek(out, mapOffset, FMSeekStart)) return status;
+    // The file's end, too, is a 32-bit position.
+    if (int64_t{layout.mapOffset} + mapSize > INT32_MAX) return MgEndOfFile;
+    if (MgStatus status = FMSeek(out, layout.mapOffset, FMSeekStart)) return status;
 
     RSwapMap(map, 0, nullptr);
     const int32_t fileId = Word(map, kMapFileId);
@@ -147,9 +160,12 @@ MgStatus RWriteMap(ResFileEntry* entry, FileRef out, int32_t dataSize, ResRefEnt
         refs[i]->handle = 0;
     }
     MgStatus status = FMWriteBytes(out, mapSize, nullptr, map);
-    if (!status) status = FSetFileEnd(out, mapOffset + mapSize);
+    if (!status) status = inPlace ? FMFlush(out) : FSetFileEnd(out, layout.mapOffset + mapSize);
     if (!status) status = FMSeek(out, 0, FMSeekStart);
-    if (!status) status = FMWriteBytes(out, kHeaderSize, nullptr, map);
+    if (!status) {
+        *headerTried = true;
+        status = FMWriteBytes(out, kHeaderSize, nullptr, map);
+    }
     for (int32_t i = 0; i < count; ++i) refs[i]->handle = tokens[i];
     Word(map, kMapFileId) = fileId;
     RSwapMap(map, 1, nullptr);
@@ -166,24 +182,129 @@ int32_t NewFileBound(const ResFileEntry* entry, ResRefEntry** refs, int32_t clea
     return bound > INT32_MAX ? INT32_MAX : static_cast<int32_t>(bound);
 }
 
-// Whether an in-place pass can run without overwriting data it has yet to read: every
-// unchanged resource, in offset order, must start behind the one before it ends (no shared or
-// overlapping data) and no earlier than where it is going. Reads only size words.
-MgStatus CheckInPlace(ResFileEntry* entry, ResRefEntry** refs, int32_t clean) {
-    const int64_t dataOffset = HeaderOf(entry->map)->dataOffset;
-    if (dataOffset < kHeaderSize) return MgIOError;
-    int64_t pos = 0, previousEnd = 0;
-    for (int32_t i = 0; i < clean; ++i) {
-        int32_t size;
-        if (MgStatus status = RReadDataSize(entry, refs[i]->dataOffset, &size)) return status;
-        if (size < 0) return MgEndOfFile;
-        const int64_t offset = refs[i]->dataOffset;
-        if (offset < previousEnd || dataOffset + offset < kHeaderSize + pos) return MgIOError;
-        const int64_t taken = (int64_t{size} + 7) & ~int64_t{3};
-        previousEnd = offset + taken;
-        pos += taken;
+// One pass over the references of a file: unchanged ones first (the first `clean`), each with
+// the offset it is to have and the offset and attributes to go back to. The map in memory takes
+// the new offsets only for writing the map, and keeps them only once the file holds them.
+struct Pass {
+    ResFileEntry* entry;
+    ResRefEntry** refs;
+    uint32_t* tokens;
+    int32_t* newOffsets;
+    int32_t* oldOffsets;
+    int32_t* oldAttrs;
+    int32_t total, clean;
+    ResFileHeader oldHeader;
+
+    MgStatus WriteMap(FileRef out, const Layout& layout, bool inPlace, bool* headerTried) {
+        for (int32_t r = 0; r < total; ++r) {
+            refs[r]->dataOffset = newOffsets[r];
+            refs[r]->attrs &= ~RAttrChanged;
+        }
+        return RWriteMap(entry, out, layout, inPlace, refs, tokens, total, headerTried);
     }
-    return MgNoError;
+    void Restore() {
+        *HeaderOf(entry->map) = oldHeader;
+        for (int32_t r = 0; r < total; ++r) {
+            refs[r]->dataOffset = oldOffsets[r];
+            refs[r]->attrs = oldAttrs[r];
+        }
+    }
+    // Writes refs[i] at data position `pos` (file position `base` + `pos`) and moves `pos`
+    // behind it; data claimed beyond 32-bit positions can't be written.
+    MgStatus Place(FileRef out, int32_t i, int64_t base, int64_t* pos) {
+        int32_t written = 0;
+        if (base + *pos > INT32_MAX || *pos > INT32_MAX) return MgEndOfFile;
+        const int32_t at = static_cast<int32_t>(base + *pos);
+        if (MgStatus status = RMoveData(entry, out, refs[i], at, &written)) return status;
+        newOffsets[i] = static_cast<int32_t>(*pos);
+        *pos += written;
+        return *pos > INT32_MAX ? MgEndOfFile : MgNoError;
+    }
+
+    MgStatus IntoNewFile(FileRef out);
+    MgStatus InPlace();
+};
+
+// The compacted file goes into `out`, which then takes the old file's place in one step.
+MgStatus Pass::IntoNewFile(FileRef out) {
+    // Room for the header, which goes in last; seeks never lengthen a file.
+    MgStatus status = FSetFileEnd(out, kHeaderSize);
+    // Resources already packed at the front keep their place and go over in one copy.
+    int64_t pos = 0;
+    int32_t i = 0;
+    for (; !status && i < clean && refs[i]->dataOffset == pos; ++i) {
+        int32_t size;
+        if ((status = RReadDataSize(entry, static_cast<int32_t>(pos), &size))) break;
+        // A size word from the file is held to the data section before it counts.
+        const int64_t end = pos + 4 + ((int64_t{size} + 3) & ~int64_t{3});
+        if (size < 0 || end > oldHeader.dataSize + int64_t{3}) status = MgEndOfFile;
+        newOffsets[i] = static_cast<int32_t>(pos);
+        pos = end;
+    }
+    if (!status && pos > 0)
+        status = CopyBytes(entry->fileRef, oldHeader.dataOffset, out, kHeaderSize,
+                           static_cast<int32_t>(pos));
+    for (; !status && i < total; ++i) {
+        // Changed resources come from their handles: the old file has been read for the last
+        // time, and the memory of its cache is better spent on the new one.
+        if (i == clean) FMReplaceDoneReading(entry->fileRef);
+        status = Place(out, i, kHeaderSize, &pos);
+    }
+    bool headerTried = false;
+    if (!status && kHeaderSize + pos > INT32_MAX) status = MgEndOfFile;
+    if (!status) {
+        const int32_t size = static_cast<int32_t>(pos);
+        status = WriteMap(out, Layout{kHeaderSize, size, kHeaderSize + size}, false, &headerTried);
+    }
+    if (!status) status = FMFlush(out);
+    if (!status) status = FMReplaceCommit(&entry->fileRef, out);
+    if (status) {
+        Restore();
+        FMReplaceAbandon(out);
+    }
+    return status;
+}
+
+// Without a second file: the changed data and the new map go behind everything the file
+// holds (data that RWriteNow put past the map included), on a word of the data section, which
+// grows to reach them; unchanged data stays where it is. Once they are on the disk, the header
+// points at them. A kill before that leaves the old header over the old contents, with unused
+// bytes behind; a failure cuts the file back to its length, or puts the old header back when
+// the new one may have been written.
+MgStatus Pass::InPlace() {
+    const FileRef file = entry->fileRef;
+    int32_t length = 0;
+    uint8_t diskHeader[kHeaderSize];
+    MgStatus status = FGetEOF(file, &length);
+    if (!status) status = FMSeek(file, 0, FMSeekStart);
+    if (!status) status = FMRead(file, kHeaderSize, nullptr, diskHeader);
+    if (status) return status;
+    const int64_t base = oldHeader.dataOffset;
+    const int64_t end = std::max<int64_t>(length, base + oldHeader.dataSize);
+    int64_t pos = (end - base + 3) & ~int64_t{3};
+    // The pad up to the first word reads as zeros.
+    if (base + pos > INT32_MAX) status = MgEndOfFile;
+    if (!status && base + pos > length)
+        status = FSetFileEnd(file, static_cast<int32_t>(base + pos));
+    for (int32_t i = 0; i < clean; ++i) newOffsets[i] = refs[i]->dataOffset;
+    for (int32_t i = clean; !status && i < total; ++i) status = Place(file, i, base, &pos);
+    bool headerTried = false;
+    if (!status && base + pos > INT32_MAX) status = MgEndOfFile;
+    if (!status) {
+        const Layout layout{oldHeader.dataOffset, static_cast<int32_t>(pos),
+                            static_cast<int32_t>(base + pos)};
+        status = WriteMap(file, layout, true, &headerTried);
+    }
+    if (!status) status = FMFlush(file);
+    if (!status) return MgNoError;
+    Restore();
+    // Whatever the disk holds at 0 now, the old header written again makes it the old file.
+    bool old = !headerTried;
+    if (!old && !FMSeek(file, 0, FMSeekStart) &&
+        !FMWriteBytes(file, kHeaderSize, nullptr, diskHeader))
+        old = !FMFlush(file);
+    if (old) FSetFileEnd(file, length);
+    return status;
 }
 
 }  // namespace
@@ -200,11 +321,10 @@ int32_t RTotalResources(Handle mapHandle) {
 }
 
 // The pass writes a new file beside the old one and puts it in the old one's place in one
-// step, so that the file on disk is at every moment the old one or the new one. The map in
-// memory takes the new offsets only once the new file is in place; a failed pass leaves file
-// and map as they were, with the dirty bit. Where no new file can be made (its directory
-// isn't writable, or the file's name isn't known), the pass runs in place as it always has,
-// refusing with 6 a layout whose compaction would overwrite data it has yet to read.
+// step; where no new file can be made (its directory isn't writable, or the file's name isn't
+// known), it appends to the file and writes the header last. Either way the file on disk is at
+// every moment the old one or the new one. The map in memory takes the new offsets only once
+// the file holds them; a failed pass leaves file and map as they were, with the dirty bit.
 MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     (void)id;
     Ptr map = entry->map;
@@ -237,78 +357,16 @@ MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
 
     const int32_t clean = RPartitionChanged(refs, total);
     RSortByOffset(refs, clean);
+    for (int32_t r = 0; r < total; ++r) {
+        oldOffsets[r] = refs[r]->dataOffset;
+        oldAttrs[r] = refs[r]->attrs;
+    }
+    Pass pass{entry, refs, tokens, newOffsets, oldOffsets, oldAttrs, total, clean, *HeaderOf(map)};
     FileRef out = 0;
-    const bool replacing =
-        FMReplaceBegin(entry->fileRef, NewFileBound(entry, refs, clean, total), &out) == MgNoError;
-    MgStatus status = MgNoError;
-    if (!replacing) {
-        out = entry->fileRef;
-        status = CheckInPlace(entry, refs, clean);
-    } else {
-        // Room for the header, which goes in last; seeks never lengthen a file.
-        status = FSetFileEnd(out, kHeaderSize);
-    }
-    const ResFileHeader oldHeader = *HeaderOf(map);
-    // Resources already packed at the front keep their place: in place they aren't touched,
-    // and a new file takes them in one copy.
-    int32_t pos = 0;
-    int32_t i = 0;
-    const bool keepPrefix = replacing || oldHeader.dataOffset == kHeaderSize;
-    for (; !status && keepPrefix && i < clean && refs[i]->dataOffset == pos; ++i) {
-        int32_t size;
-        if ((status = RReadDataSize(entry, pos, &size))) break;
-        // A size word from the file is held to the data section before it counts.
-        const int64_t end = int64_t{pos} + 4 + ((int64_t{size} + 3) & ~int64_t{3});
-        if (size < 0 || end > oldHeader.dataSize + int64_t{3}) status = MgEndOfFile;
-        newOffsets[i] = pos;
-        pos = static_cast<int32_t>(end);
-    }
-    if (!status && replacing && pos > 0)
-        status = CopyBytes(entry->fileRef, oldHeader.dataOffset, out, kHeaderSize, pos);
-    for (; !status && i < total; ++i) {
-        // Changed resources come from their handles: the old file has been read for the last
-        // time, and the memory of its cache is better spent on the new one.
-        if (replacing && i == clean) FMReplaceDoneReading(entry->fileRef);
-        int32_t written = 0;
-        // A file position lies within 32 bits; data claimed beyond them can't be written.
-        if (int64_t{kHeaderSize} + pos > INT32_MAX) {
-            status = MgEndOfFile;
-            break;
-        }
-        if ((status = RMoveData(entry, out, refs[i], kHeaderSize + pos, &written))) break;
-        if (int64_t{pos} + written > INT32_MAX) {
-            status = MgEndOfFile;
-            break;
-        }
-        newOffsets[i] = pos;
-        if (!replacing) {
-            refs[i]->dataOffset = pos;
-            refs[i]->attrs &= ~RAttrChanged;
-        }
-        pos += written;
-    }
-    if (!status) {
-        for (int32_t r = 0; replacing && r < total; ++r) {
-            oldOffsets[r] = refs[r]->dataOffset;
-            oldAttrs[r] = refs[r]->attrs;
-            refs[r]->dataOffset = newOffsets[r];
-            refs[r]->attrs &= ~RAttrChanged;
-        }
-        status = RWriteMap(entry, out, pos, refs, tokens, total);
-        const MgStatus flushed = FMFlush(out);
-        if (replacing) {
-            if (!status) status = flushed;
-            if (!status) status = FMReplaceCommit(&entry->fileRef, out);
-            if (status) {
-                *HeaderOf(entry->map) = oldHeader;
-                for (int32_t r = 0; r < total; ++r) {
-                    refs[r]->dataOffset = oldOffsets[r];
-                    refs[r]->attrs = oldAttrs[r];
-                }
-            }
-        }
-    }
-    if (replacing && status) FMReplaceAbandon(out);
+    const MgStatus status =
+        FMReplaceBegin(entry->fileRef, NewFileBound(entry, refs, clean, total), &out) == MgNoError
+            ? pass.IntoNewFile(out)
+            : pass.InPlace();
     MemDisposePtr(block);
     if (status) return status;
     DataCacheInvalidateAll();

@@ -273,3 +273,21 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
 }
 
 }  // namespace
+
+// A -vi whose write-back fails (an untouched resource's data lies beyond the file) gives 2 and
+// leaves the target as it was, also with an empty module, whose handle the file still holds at
+// the end: a leak checker must not take it for a leak and end the run with its own status.
+TEST(HostileCli, FailedWriteBackOfAViWithAnEmptyModule) {
+    TempDir dir;
+    WriteFile(dir.path / "seven.dll", "");
+    Bytes target = crafted::Base();
+    memcpy(&target[crafted::MapAt(target) + crafted::kTypeB], "MXSB", 4);
+    crafted::BadData()[2].spoil(target);
+    const std::string bytes(target.begin(), target.end());
+    WriteFile(dir.path / "t.vi", bytes);
+    ToolResult r =
+        RunTool({"seven", "-d", dir.path.string(), "-vi", (dir.path / "t.vi").string()}, dir.path);
+    EXPECT_EQ(r.status, 2) << r.err;
+    EXPECT_EQ(SlurpFile(dir.path / "t.vi"), bytes);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path), {}), 2);
+}

@@ -46,6 +46,8 @@ const std::map<std::string, uint32_t> kMapFaultAt = {
     {"type count 7FFFFFFF", kTypeCount},
     {"reference count 7FFFFFFF", kTypeA + 8},
     {"reference count below -1", kTypeB + 4},
+    {"name list over the reference lists", 48},
+    {"a name over the lists", kRefB7 + 4},
 };
 
 TEST(MgrsrcVerify, CraftedMapsAreRefusedAtTheirFirstFault) {
@@ -120,6 +122,9 @@ TEST(MgrsrcVerify, HeaderFaults) {
         {"negative map size", [](Bytes& b) { PutBig32(b, 20, 0xFFFFFF00); }, 20},
         {"copy with another creator", [](Bytes& b) { PutMap32(b, 12, 0x41414141); }, -12},
         {"name list beyond the map", [](Bytes& b) { PutMap32(b, 48, 0x10000); }, -48},
+        // No size word is read before the file's start: AAAA 1's load fails there.
+        {"negative data offset", [](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); },
+         -int(kRefA1 + 12)},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);

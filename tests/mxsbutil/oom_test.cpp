@@ -104,8 +104,9 @@ TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
 // Runs the tool on `args` in a child with the Nth write failing; gives its exit status and
 // whether the run reached that write.
 std::pair<int, bool> RunWithWriteFailing(const std::filesystem::path& dir,
-                                         const std::vector<std::string>& args, int64_t n) {
-    std::string order = "write|" + std::to_string(n) + "|" + dir.string();
+                                         const std::vector<std::string>& args, int64_t n,
+                                         bool inPlace = false) {
+    std::string order = (inPlace ? "inplace|" : "write|") + std::to_string(n) + "|" + dir.string();
     for (const auto& a : args) order += "|" + a;
     std::filesystem::remove(dir / "reached");
     const int status = InChild(order);
@@ -113,7 +114,8 @@ std::pair<int, bool> RunWithWriteFailing(const std::filesystem::path& dir,
 }
 
 // A package that didn't reach the disk is a failed run (2), not an empty file with status 0;
-// a -vi target that couldn't be rewritten keeps its old bytes.
+// a -vi target that couldn't be rewritten keeps its old bytes, whether a new file was to take its
+// place or, where none can be made beside it, it is appended to and its header written last.
 TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
     TempDir s;
     const std::string dir = s.path.string();
@@ -123,22 +125,34 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
     const std::string vi = (s.path / "t.vi").string();
     const std::string before = SlurpFile(vi);
     std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
+    const std::filesystem::path mgrsrc = ToolPath(MGRSRC_NAME);
 
-    for (bool replacing : {false, true}) {
+    enum Target { kPackage, kNewVi, kViInPlace };
+    for (Target target : {kPackage, kNewVi, kViInPlace}) {
+        std::ofstream(vi, std::ios::binary) << before;
         bool completed = false;
         for (int64_t n = 1; n <= 50 && !completed; ++n) {
             std::vector<std::string> args = {"-c", "foo", "-d", dir};
-            if (replacing) args.insert(args.end(), {"-vi", vi});
-            const auto [status, reached] = RunWithWriteFailing(s.path, args, n);
-            EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n << " -vi " << replacing;
+            if (target != kPackage) args.insert(args.end(), {"-vi", vi});
+            const auto [status, reached] =
+                RunWithWriteFailing(s.path, args, n, target == kViInPlace);
+            EXPECT_EQ(status, reached ? 2 : 0) << "N=" << n << " target " << target;
             completed = !reached;
-            if (replacing && reached) {
-                EXPECT_EQ(SlurpFile(vi), before) << "N=" << n;
+            if (target != kPackage && reached) {
+                EXPECT_EQ(SlurpFile(vi), before) << "N=" << n << " target " << target;
             }
         }
         EXPECT_TRUE(completed);
-        if (replacing) {
-            EXPECT_NE(SlurpFile(vi), before);
+        if (target == kPackage) continue;
+        // The run that got through left a VI that verify finds sound, with the new module; in
+        // place it changed nothing before the old end but the header.
+        EXPECT_EQ(RunProgram(mgrsrc, {"verify", vi}, s.path).status, 0);
+        EXPECT_EQ(RunProgram(mgrsrc, {"extract", "-o", "-", vi, "MXSB", "foo"}, s.path).out,
+                  "MODULE, VERSION 2");
+        if (target == kViInPlace) {
+            const std::string after = SlurpFile(vi);
+            ASSERT_GT(after.size(), before.size());
+            EXPECT_EQ(after.substr(32, before.size() - 32), before.substr(32));
         }
     }
 }
@@ -154,8 +168,10 @@ TEST(OutOfMemoryChild, DISABLED_Run) {
     std::stringstream in(orders);
     for (std::string part; std::getline(in, part, '|');) parts.push_back(part);
     if (parts.size() == 2 && parts[0] == "source") std::_Exit(MakeSource(parts[1]));
-    if (parts.size() >= 3 && parts[0] == "write") {
+    if (parts.size() >= 3 && (parts[0] == "write" || parts[0] == "inplace")) {
         const int64_t n = std::stoll(parts[1]);
+        // No new file can be made beside the target, as in a directory the run may not write to.
+        if (parts[0] == "inplace") plat::FailFileOpAt(plat::kFileReplace, 1, MgNoPermission);
         std::vector<std::string> args = {"mxsbutil"};
         args.insert(args.end(), parts.begin() + 3, parts.end());
         std::vector<char*> argv;

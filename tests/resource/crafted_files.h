@@ -70,6 +70,11 @@ inline const std::vector<Spoiled>& BadMaps() {
          MgIOError},
         {"reference count below -1", [](Bytes& b) { PutMap32(b, kTypeB + 4, uint32_t(-2)); },
          MgIOError},
+        // The name list starts at 140; an edit would cut "names" out of the lists.
+        {"name list over the reference lists", [](Bytes& b) { PutMap32(b, 48, kRefA2); },
+         MgIOError},
+        {"a name over the lists", [](Bytes& b) { PutMap32(b, kRefB7 + 4, uint32_t(-40)); },
+         MgIOError},
     };
     return rows;
 }

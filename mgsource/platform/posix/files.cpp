@@ -22,8 +22,10 @@
 namespace plat {
 namespace {
 
-// The backend's own code for a share-mode conflict; no errno value is negative.
+// The backend's own codes, for a share-mode conflict and for a name that reaches no regular
+// file; no errno value is negative.
 constexpr int kSharingConflict = -1;
+constexpr int kNotRegular = -2;
 
 struct LastError {
     int code = 0;
@@ -58,7 +60,8 @@ int Fd(int32_t ref) {
     return ref - 1;
 }
 
-enum Marker { kOpenForRead, kOpenForWrite, kDeniesRead, kDeniesWrite };
+// The fifth byte marks a file that is being written to take another's place (replace.cpp).
+enum Marker { kOpenForRead, kOpenForWrite, kDeniesRead, kDeniesWrite, kBeingWritten };
 constexpr off_t kMarkerBase = static_cast<off_t>(0x7FFFFFFFFFFFFF00LL);
 
 // The read-only descriptor that holds the markers of a write-only open, by main descriptor.
@@ -88,6 +91,15 @@ void CloseBoth(int fd, int markerFd) {
     close(fd);
 }
 
+// Why an open file isn't one whose bytes its size describes, or 0: anything but a regular
+// file, and a file that reads past a size of 0, as generated files do.
+int NotPlainFile(int fd, const struct stat& st, bool readable) {
+    if (S_ISDIR(st.st_mode)) return EISDIR;
+    if (!S_ISREG(st.st_mode)) return kNotRegular;
+    char byte;
+    return st.st_size == 0 && readable && pread(fd, &byte, 1, 0) > 0 ? kNotRegular : 0;
+}
+
 bool ReadFully(int fd, uint8_t* p, int32_t count, int32_t* done) {
     *done = 0;
     while (*done < count) {
@@ -110,14 +122,18 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
     int flags = O_CLOEXEC | (wantRead && wantWrite ? O_RDWR : wantWrite ? O_WRONLY : O_RDONLY);
     if (disposition == kCreateNew) flags |= O_CREAT | O_EXCL;
     if (disposition == kCreateAlways) flags |= O_CREAT;
-    int fd = open(name, flags, 0666);
-    if (fd < 0) return FailErrno();
-    // A directory opens on POSIX but is refused by the layer's other platform: refuse it too.
+    // Only regular files: a directory is refused as on the layer's other platform, and a
+    // pipe or device before it is opened, since opening a pipe waits for its other end and a
+    // device may act on being opened. Opening doesn't wait either, and the open file is
+    // checked again in case the name changed in between.
     struct stat st = {};
-    errno = 0;
-    if (fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
-        int code = errno;
-        if (code == 0 || S_ISDIR(st.st_mode)) code = EISDIR;
+    if (stat(name, &st) == 0 && !S_ISREG(st.st_mode))
+        return Fail(S_ISDIR(st.st_mode) ? EISDIR : kNotRegular);
+    int fd = open(name, flags | O_NONBLOCK | O_NOCTTY, 0666);
+    if (fd < 0) return FailErrno();
+    const int notPlain = fstat(fd, &st) != 0 ? errno : NotPlainFile(fd, st, wantRead);
+    if (notPlain != 0 || fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0) {
+        const int code = notPlain ? notPlain : errno;
         close(fd);
         return Fail(code);
     }
@@ -151,6 +167,15 @@ void HoldShareMarkers(int fd, int access, int share) {
     if (access & kAccessWrite) HoldMarker(fd, kOpenForWrite);
     if (share == kShareNone) HoldMarker(fd, kDeniesRead);
     if (share != kShareAll) HoldMarker(fd, kDeniesWrite);
+}
+
+bool WriterMark(int fd, bool take, bool exclusive) {
+    struct flock fl = {};
+    fl.l_type = !take ? F_UNLCK : exclusive ? F_WRLCK : F_RDLCK;
+    fl.l_whence = SEEK_SET;
+    fl.l_start = kMarkerBase + kBeingWritten;
+    fl.l_len = 1;
+    return fcntl(fd, F_OFD_SETLK, &fl) == 0;
 }
 
 bool MoveDescriptor(int fd, int from, int markerFd) {
@@ -193,29 +218,22 @@ bool WriteFile(int32_t ref, int32_t count, int32_t* actual, const void* buffer) 
     return true;
 }
 
-bool SetFilePosition(int32_t ref, uint32_t offset) {
+bool SetFilePosition(int32_t ref, uint64_t offset) {
     if (int32_t status = FileOpShouldFail(kFileSeek)) return FailInjected(status);
     return lseek(Fd(ref), static_cast<off_t>(offset), SEEK_SET) >= 0 || FailErrno();
 }
 
-bool GetFilePosition(int32_t ref, uint32_t* position) {
+bool GetFilePosition(int32_t ref, uint64_t* position) {
     off_t at = lseek(Fd(ref), 0, SEEK_CUR);
-    if (at < 0) {
-        *position = 0xFFFFFFFFu;
-        return FailErrno();
-    }
-    *position = static_cast<uint32_t>(at);
-    return true;
+    *position = static_cast<uint64_t>(at);
+    return at >= 0 || FailErrno();
 }
 
-bool GetFileSize(int32_t ref, uint32_t* size) {
+bool GetFileSize(int32_t ref, uint64_t* size) {
     struct stat st;
-    if (fstat(Fd(ref), &st) != 0) {
-        *size = 0xFFFFFFFFu;
-        return FailErrno();
-    }
-    *size = static_cast<uint32_t>(st.st_size);
-    return true;
+    const bool ok = fstat(Fd(ref), &st) == 0;
+    *size = ok ? static_cast<uint64_t>(st.st_size) : ~uint64_t{0};
+    return ok || FailErrno();
 }
 
 bool SetFileEndHere(int32_t ref) {
@@ -244,6 +262,7 @@ bool LastErrorIsSharingConflict() {
 // names 1, memory 2, anything else an I/O error.
 int32_t StatusOfErrno(int code) {
     switch (code) {
+        case kNotRegular:
         case EAGAIN:  // a range held by another lock
         case EACCES:
         case EPERM:

@@ -43,6 +43,12 @@ bool OpenFile(const char* name, int access, int share, int disposition, int32_t*
                                                   : OPEN_EXISTING;
     HANDLE h = CreateFileA(name, acc, shr, nullptr, disp, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h == INVALID_HANDLE_VALUE) return Fail();
+    // Device names (CON, NUL, COM1, ...) and pipes open too; only files on a disk are taken.
+    if (GetFileType(h) != FILE_TYPE_DISK) {
+        CloseHandle(h);
+        SetLastError(ERROR_ACCESS_DENIED);
+        return Fail();
+    }
     *ref = static_cast<int32_t>(reinterpret_cast<intptr_t>(h));
     NoteOpenFile(*ref, name, access, share);
     return true;
@@ -71,21 +77,25 @@ bool WriteFile(int32_t ref, int32_t count, int32_t* actual, const void* buffer) 
     return ok || Fail();
 }
 
-bool SetFilePosition(int32_t ref, uint32_t offset) {
+bool SetFilePosition(int32_t ref, uint64_t offset) {
     if (int32_t status = FileOpShouldFail(kFileSeek)) return FailInjected(status);
-    return SetFilePointer(H(ref), static_cast<LONG>(offset), nullptr, FILE_BEGIN) !=
-               INVALID_SET_FILE_POINTER ||
-           Fail();
+    LARGE_INTEGER to = {};
+    to.QuadPart = static_cast<LONGLONG>(offset);
+    return SetFilePointerEx(H(ref), to, nullptr, FILE_BEGIN) || Fail();
 }
 
-bool GetFilePosition(int32_t ref, uint32_t* position) {
-    *position = SetFilePointer(H(ref), 0, nullptr, FILE_CURRENT);
-    return *position != INVALID_SET_FILE_POINTER || Fail();
+bool GetFilePosition(int32_t ref, uint64_t* position) {
+    LARGE_INTEGER zero = {}, at = {};
+    const BOOL ok = SetFilePointerEx(H(ref), zero, &at, FILE_CURRENT);
+    *position = ok ? static_cast<uint64_t>(at.QuadPart) : ~uint64_t{0};
+    return ok || Fail();
 }
 
-bool GetFileSize(int32_t ref, uint32_t* size) {
-    *size = ::GetFileSize(H(ref), nullptr);
-    return *size != INVALID_FILE_SIZE || Fail();
+bool GetFileSize(int32_t ref, uint64_t* size) {
+    LARGE_INTEGER n = {};
+    const BOOL ok = GetFileSizeEx(H(ref), &n);
+    *size = ok ? static_cast<uint64_t>(n.QuadPart) : ~uint64_t{0};
+    return ok || Fail();
 }
 
 bool SetFileEndHere(int32_t ref) {

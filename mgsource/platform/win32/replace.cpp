@@ -1,8 +1,12 @@
-// Replacing an open file whole on Windows hosts. The new file is made beside the old one with
-// GetTempFileNameA. An open file can't be renamed over, so the commit closes both, renames the
-// new file over the old name with MoveFileExA (ReplaceFileA where that is refused), and opens
-// the name again with the old access and share mode. The reopened handle may have another
-// value than the old one: the caller takes `*ref` as it comes back.
+// Replacing an open file whole on Windows hosts. The new file is made beside the old one under
+// a hidden name, `.<name>.XXXXXX.new`, and held open with no sharing while it is written, so
+// that nobody can delete it meanwhile; a write-back of the same file later removes the hidden
+// files it can delete, whose writers are gone. An open file can't be renamed over, so the
+// commit closes both, renames the new file over the old name with MoveFileExA (ReplaceFileA
+// where that is refused), and opens the name again with the old access and share mode. The
+// reopened handle may have another value than the old one: the caller takes `*ref` as it comes
+// back.
+#include <string.h>
 #include <windows.h>
 
 #include <map>
@@ -29,6 +33,49 @@ HANDLE H(int32_t ref) {
 
 int32_t Ref(HANDLE h) {
     return static_cast<int32_t>(reinterpret_cast<intptr_t>(h));
+}
+
+constexpr char kSuffix[] = ".new";
+constexpr size_t kRandomChars = 6;
+constexpr int kNameTries = 16;
+
+// Names compare without regard to case, as the file system does.
+bool IsHiddenName(const char* entry, const std::string& leaf) {
+    const size_t length = strlen(entry), suffix = sizeof kSuffix - 1;
+    if (length != leaf.size() + 2 + kRandomChars + suffix || entry[0] != '.' ||
+        _strnicmp(entry + 1, leaf.c_str(), leaf.size()) != 0 || entry[leaf.size() + 1] != '.')
+        return false;
+    return _stricmp(entry + length - suffix, kSuffix) == 0;
+}
+
+// Hidden files of earlier write-backs of `leaf`: a writer holds its file open with no sharing,
+// so only those whose writers are gone can be deleted.
+void RemoveLeftovers(const std::string& dir, const std::string& leaf) {
+    WIN32_FIND_DATAA found;
+    HANDLE find = FindFirstFileA((dir + "\\." + leaf + ".*" + kSuffix).c_str(), &found);
+    if (find == INVALID_HANDLE_VALUE) return;
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) &&
+            IsHiddenName(found.cFileName, leaf))
+            DeleteFileA((dir + "\\" + found.cFileName).c_str());
+    } while (FindNextFileA(find, &found));
+    FindClose(find);
+}
+
+// A new file under a hidden name of random characters, open with no sharing.
+HANDLE MakeHidden(const std::string& dir, const std::string& leaf, std::string* name) {
+    static const char kChars[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    for (int tries = 0; tries < kNameTries; ++tries) {
+        uint8_t random[16] = {};
+        NewGuidBytes(random);
+        *name = dir + "\\." + leaf + ".";
+        for (size_t i = 0; i < kRandomChars; ++i) *name += kChars[random[i] % (sizeof kChars - 1)];
+        *name += kSuffix;
+        HANDLE h = CreateFileA(name->c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (h != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) return h;
+    }
+    return INVALID_HANDLE_VALUE;
 }
 
 HANDLE Reopen(const OpenName& n) {
@@ -67,16 +114,11 @@ bool ReplaceBegin(int32_t ref, int32_t sizeHint, int32_t* tempRef) {
     const std::string& path = it->second.path;
     const size_t slash = path.find_last_of("\\/");
     const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash);
-    char temp[MAX_PATH];
-    if (GetTempFileNameA(dir.c_str(), "mg", 0, temp) == 0) return RecordInjectedFailure(0);
-    HANDLE h = CreateFileA(temp, GENERIC_READ | GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
-                           FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (h == INVALID_HANDLE_VALUE) {
-        const DWORD code = GetLastError();
-        DeleteFileA(temp);
-        SetLastError(code);
-        return RecordInjectedFailure(0);
-    }
+    const std::string leaf = slash == std::string::npos ? path : path.substr(slash + 1);
+    RemoveLeftovers(dir, leaf);
+    std::string temp;
+    HANDLE h = MakeHidden(dir, leaf, &temp);
+    if (h == INVALID_HANDLE_VALUE) return RecordInjectedFailure(0);
     gTempPath[Ref(h)] = temp;
     *tempRef = Ref(h);
     return true;
