@@ -101,6 +101,42 @@ void DisposeData(Handle h) {
         CompactDisposeHandle(h);
 }
 
+MgStatus FindResource(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type) {
+    if (!h) return MgResourceNotFound;
+    const uint32_t token = MemHandleToken(h);
+    ResFileEntry* e;
+    // A file with id 0 lives in memory only, in a slot that looks free: it is never searched.
+    if (h == RLastGot.handle && RLastGot.fileId != 0 && token != 0 &&
+        FindFile(RLastGot.fileId, &e) == MgNoError && !MapEmpty(e->map)) {
+        Ptr typeList = TypeListOf(e->map);
+        ResTypeEntry* t = RFindType(typeList, RLastGot.type);
+        ResRefEntry* r = t ? RFindId(typeList, t, RLastGot.resId) : nullptr;
+        if (r && r->handle == token) return Found(e, r, t->type, entry, ref, type);
+        r = PendingFind(e, RLastGot.type, RLastGot.resId);
+        if (r && r->handle == token) return Found(e, r, RLastGot.type, entry, ref, type);
+    }
+    if (!RFileTable) return MgBadResourceFile;
+    // The index stands in for a walk of every reference of every open file: it names the
+    // one reference that can hold the handle, which is then checked against its map, or
+    // against the adds that wait for it.
+    RefLocator where;
+    if (token == 0 || !IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
+    if (FindFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
+        return MgResourceNotFound;
+    Ptr typeList = TypeListOf(e->map);
+    ResTypeEntry* t = RFindType(typeList, where.type);
+    ResRefEntry* r = t ? FindTokenById(typeList, t, where.resId, token) : nullptr;
+    if (r) return Found(e, r, t->type, entry, ref, type);
+    r = PendingFind(e, where.type, where.resId);
+    if (r && r->handle == token) return Found(e, r, where.type, entry, ref, type);
+    return MgResourceNotFound;
+}
+
+ConstPStr NameOfResource(const ResFileEntry* entry, const ResRefEntry* ref) {
+    if (PendingHolds(ref)) return PendingName(ref);
+    return NameOf(entry->map, HeaderOf(entry->map)->mapSize, ref);
+}
+
 ResTypeEntry* TypeOfRef(Ptr map, const ResRefEntry* ref) {
     Ptr typeList = TypeListOf(map);
     const int32_t types = TypeCount(typeList);
@@ -144,32 +180,17 @@ MgStatus RGetByIndex(Ptr map, ResType type, int32_t index, ResRefEntry** ref) {
     return MgNoError;
 }
 
+// A handle whose add waits is merged into its map first, as the caller may read the map.
 MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type) {
-    if (!h) return MgResourceNotFound;
-    const uint32_t token = MemHandleToken(h);
     ResFileEntry* e;
-    // A file with id 0 lives in memory only, in a slot that looks free: it is never searched.
-    if (h == RLastGot.handle && RLastGot.fileId != 0 &&
-        RLookupFile(RLastGot.fileId, &e) == MgNoError && !MapEmpty(e->map)) {
-        Ptr typeList = TypeListOf(e->map);
-        if (ResTypeEntry* t = RFindType(typeList, RLastGot.type)) {
-            ResRefEntry* r = RFindId(typeList, t, RLastGot.resId);
-            if (r && token != 0 && r->handle == token)
-                return Found(e, r, t->type, entry, ref, type);
-        }
+    ResRefEntry* r;
+    MgStatus status = FindResource(h, &e, &r, type);
+    if (!status && PendingHolds(r)) {
+        PendingMerge(e);
+        status = FindResource(h, &e, &r, type);
     }
-    if (!RFileTable) return MgBadResourceFile;
-    // The index stands in for a walk of every reference of every open file: it names the
-    // one reference that can hold the handle, which is then checked against its map.
-    RefLocator where;
-    if (token == 0 || !IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
-    if (RLookupFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
-        return MgResourceNotFound;
-    Ptr typeList = TypeListOf(e->map);
-    ResTypeEntry* t = RFindType(typeList, where.type);
-    ResRefEntry* r = t ? FindTokenById(typeList, t, where.resId, token) : nullptr;
-    if (!r) return MgResourceNotFound;
-    return Found(e, r, t->type, entry, ref, type);
+    if (!status) Found(e, r, 0, entry, ref, nullptr);
+    return status;
 }
 
 // Size word and data come through the file's read window; data too large for it is read
@@ -290,11 +311,11 @@ MgStatus RGetInfo(Handle h, int32_t* resId, ResType* type, PStr name) {
     ResFileEntry* entry;
     ResRefEntry* ref;
     ResType t;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, &t)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, &t)) return status;
     if (resId) *resId = ref->id;
     if (type) *type = t;
     if (name) {
-        ConstPStr n = NameOf(entry->map, HeaderOf(entry->map)->mapSize, ref);
+        ConstPStr n = NameOfResource(entry, ref);
         if (n) PStringCopy(name, n);
     }
     return MgNoError;
@@ -302,7 +323,7 @@ MgStatus RGetInfo(Handle h, int32_t* resId, ResType* type, PStr name) {
 
 MgStatus RGetAttrs(Handle h, int32_t* attrs) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     *attrs = ref->attrs;
     return MgNoError;
 }
@@ -311,7 +332,7 @@ MgStatus RGetSize(Handle h, int32_t* size) {
     *size = -1;
     ResFileEntry* entry;
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, nullptr)) return status;
     if (*h) {
         *size = DataSize(h);
         return MgNoError;
@@ -320,7 +341,7 @@ MgStatus RGetSize(Handle h, int32_t* size) {
 }
 
 int32_t RIsResource(Handle h) {
-    return RFindHandle(h, nullptr, nullptr, nullptr) == MgNoError;
+    return FindResource(h, nullptr, nullptr, nullptr) == MgNoError;
 }
 
 MgStatus RCheckResource(Handle h) {
@@ -330,7 +351,7 @@ MgStatus RCheckResource(Handle h) {
 // A changed resource can't be let go: its data would be lost before the write-back.
 MgStatus RRelease(Handle h) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     MG_CHECK(!(ref->attrs & RAttrChanged));
     DetachHandle(ref);
     DisposeData(h);
@@ -339,7 +360,7 @@ MgStatus RRelease(Handle h) {
 
 MgStatus RDetach(Handle h) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     MG_CHECK(!(ref->attrs & RAttrChanged));
     DetachHandle(ref);
     return MgNoError;

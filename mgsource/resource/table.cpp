@@ -18,6 +18,23 @@ ResFileEntry* Slots() {
 
 }  // namespace
 
+namespace rsrc {
+
+MgStatus FindFile(ResFile id, ResFileEntry** entry) {
+    *entry = nullptr;
+    if (!RFileTable) return MgBadResourceFile;
+    ResFileEntry* slots = Slots();
+    for (int32_t i = 0; i < RFileTableSize; ++i) {
+        if (slots[i].fileId == id) {
+            *entry = &slots[i];
+            return MgNoError;
+        }
+    }
+    return MgBadResourceFile;
+}
+
+}  // namespace rsrc
+
 extern "C" {
 
 Handle RFileTable = nullptr;
@@ -29,26 +46,22 @@ MgStatus RInit(void) {
     return RFileTable ? MgNoError : MgNoMemory;
 }
 
-// Files still open are left as they are; only the table goes.
+// Files still open are left as they are; only the table goes, after any adds that wait have
+// reached their map.
 MgStatus RExit(void) {
+    PendingMergeAll();
     MgStatus status = MemDisposeHandle(RFileTable);
     RFileTable = nullptr;
     RFileTableSize = 0;
     return status;
 }
 
-// Id 0 finds a free slot like any other value: callers must not pass it.
+// Id 0 finds a free slot like any other value: callers must not pass it. Whoever finds a file
+// here may read its map, so adds that wait for it are merged first.
 MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
-    *entry = nullptr;
-    if (!RFileTable) return MgBadResourceFile;
-    ResFileEntry* slots = Slots();
-    for (int32_t i = 0; i < RFileTableSize; ++i) {
-        if (slots[i].fileId == id) {
-            *entry = &slots[i];
-            return MgNoError;
-        }
-    }
-    return MgBadResourceFile;
+    MgStatus status = FindFile(id, entry);
+    if (!status) PendingMerge(*entry);
+    return status;
 }
 
 MgStatus RRegisterFile(ResFile* id, FileRef fileRef, Handle mapHandle, Ptr map) {
