@@ -193,14 +193,12 @@ MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, C
     return MgNoError;
 }
 
-MgStatus RRemove(Handle h, ResFile id) {
-    ResFileEntry* entry;
-    if (MgStatus status = RLookupFile(id, &entry)) return status;
-    if (!h) return MgResourceDuplicate;
-    ResRefEntry* ref;
-    ResType type;
-    // The resource goes from whichever open file holds it.
-    if (MgStatus status = RFindHandle(h, &entry, &ref, &type)) return status;
+}  // extern "C"
+
+namespace {
+
+// Takes `ref` out of `entry`'s map; its handle, if any, goes back to whoever holds it.
+MgStatus RemoveRef(ResFileEntry* entry, ResRefEntry* ref) {
     Ptr map = entry->map;
     if (ReadOnly(map)) return MgNoPermission;
     if (ref->attrs & RAttrProtected) return MgResourceNotFound;
@@ -281,6 +279,29 @@ MgStatus RRemove(Handle h, ResFile id) {
     entry->map = *entry->mapHandle;
     SetDirty(entry->map);
     return MgNoError;
+}
+
+}  // namespace
+
+extern "C" {
+
+MgStatus RRemove(Handle h, ResFile id) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    if (!h) return MgResourceDuplicate;
+    ResRefEntry* ref;
+    // The resource goes from whichever open file holds it.
+    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    return RemoveRef(entry, ref);
+}
+
+// Its data isn't loaded, so that replacing a large resource costs no memory for it.
+MgStatus RRemoveInd(ResFile id, ResType type, int32_t index) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    ResRefEntry* ref;
+    if (MgStatus status = RGetByIndex(entry->map, type, index, &ref)) return status;
+    return RemoveRef(entry, ref);
 }
 
 MgStatus RChanged(Handle h) {

@@ -39,6 +39,29 @@ ResRefEntry* FindTokenById(Ptr typeList, ResTypeEntry* t, int32_t resId, uint32_
     return nullptr;
 }
 
+// The first reference of `type` named `name` (null: none), in id order, without regard to
+// case, with its index; 13 when there is no such file.
+MgStatus FindNamed(ResFile id, ResType type, ConstPStr name, ResFileEntry** entry, int32_t* index,
+                   ResRefEntry** ref) {
+    if (MgStatus status = RLookupFile(id, entry)) return status;
+    int32_t count;
+    RCount(id, type, &count);
+    const uint8_t empty = 0;
+    if (!name) name = &empty;
+    Ptr map = (*entry)->map;
+    const int32_t mapBytes = HeaderOf(map)->mapSize;
+    for (int32_t i = 1; i <= count; ++i) {
+        if (RGetByIndex(map, type, i, ref)) break;
+        ConstPStr refName = NameOf(map, mapBytes, *ref);
+        if (refName && refName[0] == name[0] && PStringSameNoCase(refName, name)) {
+            *index = i;
+            return MgNoError;
+        }
+    }
+    *ref = nullptr;
+    return MgNoError;
+}
+
 MgStatus Found(ResFileEntry* e, ResRefEntry* r, ResType t, ResFileEntry** entry, ResRefEntry** ref,
                ResType* type) {
     if (entry) *entry = e;
@@ -132,6 +155,16 @@ MgStatus FindResource(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType
     return MgResourceNotFound;
 }
 
+MgStatus CheckLoad(const ResFileEntry* entry, const ResRefEntry* ref, int64_t* at, int32_t* size) {
+    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
+    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
+    *at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    if (MgStatus status = DataRead(entry, *at, 4, size)) return status;
+    FlipBig32(size);
+    if (*size < 0 || int64_t{ref->dataOffset} + *size + 4 > dataSize) return MgEndOfFile;
+    return CheckDataInFile(entry, *at, *size);
+}
+
 ConstPStr NameOfResource(const ResFileEntry* entry, const ResRefEntry* ref) {
     if (PendingHolds(ref)) return PendingName(ref);
     return NameOf(entry->map, HeaderOf(entry->map)->mapSize, ref);
@@ -197,14 +230,9 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
 // from the file straight into the new handle.
 MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
     MG_CHECK(ref->handle == 0);
-    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
-    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
-    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    int64_t at;
     int32_t size;
-    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
-    FlipBig32(&size);
-    if (size < 0 || int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
-    if (MgStatus status = CheckDataInFile(entry, at, size)) return status;
+    if (MgStatus status = CheckLoad(entry, ref, &at, &size)) return status;
     Handle h = MemNewHandle(size);
     if (!h) return MgNoMemory;
     const uint32_t token = MemHandleToken(h);
@@ -275,20 +303,29 @@ MgStatus RGet(ResFile id, ResType type, int32_t resId, Handle* h) {
 MgStatus RGetNamed(ResFile id, ResType type, ConstPStr name, Handle* h) {
     *h = nullptr;
     ResFileEntry* entry;
-    if (MgStatus status = RLookupFile(id, &entry)) return status;
-    int32_t count;
-    RCount(id, type, &count);
-    const uint8_t empty = 0;
-    if (!name) name = &empty;
-    const int32_t mapBytes = HeaderOf(entry->map)->mapSize;
-    for (int32_t i = 1; i <= count; ++i) {
-        ResRefEntry* ref;
-        if (RGetByIndex(entry->map, type, i, &ref)) break;
-        ConstPStr refName = NameOf(entry->map, mapBytes, ref);
-        if (refName && refName[0] == name[0] && PStringSameNoCase(refName, name))
-            return Deliver(entry, type, ref, h);
+    int32_t index;
+    ResRefEntry* ref = nullptr;
+    if (MgStatus status = FindNamed(id, type, name, &entry, &index, &ref)) return status;
+    return ref ? Deliver(entry, type, ref, h) : MgResourceNotFound;
+}
+
+// The place of the data is checked as a load checks it; the data isn't read.
+MgStatus RFindNamed(ResFile id, ResType type, ConstPStr name, int32_t* index, int32_t* resId) {
+    *index = 0;
+    *resId = 0;
+    ResFileEntry* entry;
+    ResRefEntry* ref = nullptr;
+    int32_t at;
+    if (MgStatus status = FindNamed(id, type, name, &entry, &at, &ref)) return status;
+    if (!ref) return MgResourceNotFound;
+    int64_t where;
+    int32_t size;
+    if (!ref->handle) {
+        if (MgStatus status = CheckLoad(entry, ref, &where, &size)) return status;
     }
-    return MgResourceNotFound;
+    *index = at;
+    *resId = ref->id;
+    return MgNoError;
 }
 
 MgStatus RExists(ResFile id, ResType type, int32_t resId, int32_t* found) {

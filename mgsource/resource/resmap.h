@@ -127,6 +127,9 @@ MgStatus FindFile(ResFile id, ResFileEntry** entry);
 // as its record (PendingHolds), not merged first; for steps that only read or set a
 // reference's own words (lookup.cpp).
 MgStatus FindResource(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type);
+// The checks of a load before memory is taken for it: the data's place in the data section
+// and the file (4 when it can't lie there); gives the position of its size word and the size.
+MgStatus CheckLoad(const ResFileEntry* entry, const ResRefEntry* ref, int64_t* at, int32_t* size);
 // The name of a reference found by FindResource, or null.
 ConstPStr NameOfResource(const ResFileEntry* entry, const ResRefEntry* ref);
 
