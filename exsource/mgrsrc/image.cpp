@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "mgrsrc/mgrsrc.h"
+#include "platform/platform.h"
 
 namespace {
 
@@ -44,13 +45,33 @@ std::string OffsetText(int64_t offset) {
     return text;
 }
 
+// The file's bytes mapped, not copied, where the host can: a walk of a large file then costs
+// neither a copy nor fresh memory for it.
+bool MapImage(const std::string& path, Image* image) {
+    const uint8_t* bytes = nullptr;
+    ImageBytesRelease release;
+    if (!plat::MapFileForReading(path.c_str(), &bytes, &release.mapped, &release.token))
+        return false;
+    image->bytes = {const_cast<uint8_t*>(bytes), release};
+    image->length = release.mapped;
+    return true;
+}
+
 }  // namespace
+
+void ImageBytesRelease::operator()(uint8_t* bytes) const {
+    if (mapped >= 0)
+        plat::UnmapFile(bytes, mapped, token);
+    else
+        delete[] bytes;
+}
 
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
                Image* image, const EachResource& each) {
     image->path = path;
-    std::ifstream in(path, std::ios::binary);
-    if (in) {
+    std::ifstream in;
+    if (!MapImage(path, image)) in.open(path, std::ios::binary);
+    if (in.is_open()) {
         in.seekg(0, std::ios::end);
         const std::streamoff size = in.tellg();
         in.seekg(0, std::ios::beg);
