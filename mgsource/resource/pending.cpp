@@ -12,8 +12,9 @@
 //   map, and the merge allocates nothing and can't fail;
 // - the waiting names lie in the slack in the order of their adds, so that a waiting
 //   reference's name offset is already the one it ends with;
-// - a waiting reference is in the handle index like any other, and in a hash of (type, id)
-//   that checks new ids against the waiting ones as the binary search checks the map's;
+// - a waiting reference is in the handle index like any other. An id within its type's span is
+//   checked against the waiting ones through a hash of (type, id), made on first need, as the
+//   binary search checks it against the map's; ids beyond the span need no search;
 // - only adds wait. Every other edit observes the map first; the attributes of a waiting
 //   reference change in its record.
 // An add waits only where the merge gives what the add would have given at once: its type's
@@ -57,7 +58,7 @@ int32_t gNames = 0;         // name bytes waiting in the slack
 Handle gRecords = nullptr;  // Waiting, in the order of the adds
 int32_t gCount = 0;
 Handle gHash = nullptr;      // record index + 1 per slot, 0 for an empty slot
-int32_t gHashSlots = 0;      // a power of two, more than twice gCount
+int32_t gHashSlots = 0;      // a power of two, more than twice gCount; 0: no hash yet
 Handle gNewTypes = nullptr;  // the types the map doesn't have, in the order of their first add
 int32_t gNewTypeCount = 0;
 Handle gSpans = nullptr;  // Span per type index of the merged type list
@@ -92,13 +93,30 @@ MgStatus Reserve(Handle* h, int64_t bytes) {
     return MemResizeHandle(*h, static_cast<int32_t>(size));
 }
 
-MgStatus GrowHash() {
-    const int32_t slots = gHashSlots ? 2 * gHashSlots : 1024;
-    if (MgStatus status = Reserve(&gHash, int64_t{slots} * 4)) return status;
+// Makes the hash hold every record with room for one more. The hash is made only when a
+// lookup needs it: a run of adds in rising order, each looked up right after it, never does.
+// Where memory runs out there is no hash, and lookups walk the records.
+void Rehash() {
+    int32_t slots = 1024;
+    while (slots <= 2 * (gCount + 1)) slots *= 2;
+    if (slots == gHashSlots) return;
+    gHashSlots = 0;
+    if (Reserve(&gHash, int64_t{slots} * 4)) return;
     memset(*gHash, 0, size_t(slots) * 4);
     gHashSlots = slots;
     for (int32_t i = 0; i < gCount; ++i) *Probe(Records()[i].type, Records()[i].ref.id) = i + 1;
-    return MgNoError;
+}
+
+// The waiting record of (type, id), or null.
+Waiting* Lookup(ResType type, int32_t id) {
+    if (!gHashSlots) Rehash();
+    if (gHashSlots) {
+        const int32_t slot = *Probe(type, id);
+        return slot ? &Records()[slot - 1] : nullptr;
+    }
+    for (int32_t i = 0; i < gCount; ++i)
+        if (Records()[i].ref.id == id && Records()[i].type == type) return &Records()[i];
+    return nullptr;
 }
 
 // Whether the map's list of `t` rises, and its span.
@@ -217,10 +235,9 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
     if (MgStatus status = IndexReserve(token)) return status;
     Ptr typeList = map + kMapHeaderSize;
     ResTypeEntry* t = RFindType(typeList, type);
-    if (t && RFindId(typeList, t, resId)) return MgResourceDuplicate;
-    if (gOwner && *Probe(type, resId)) return MgResourceDuplicate;
 
-    // The type's place in the merged list, and whether the add can wait.
+    // The type's place in the merged list and what is known of its ids. Memory for that
+    // failing, the add goes in at once, with the statuses of an add made at once.
     const int32_t mapTypes = gOwner ? gMapTypes : TypeCount(typeList);
     int32_t typeIndex = t ? static_cast<int32_t>(t - TypeAt(typeList, 0)) : -1;
     for (int32_t i = 0; i < gNewTypeCount && typeIndex < 0; ++i)
@@ -229,12 +246,18 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
     if (newType) typeIndex = mapTypes + gNewTypeCount;
     // What is known of the types holds only while adds wait: the map changes otherwise.
     if (!gOwner) gSpanCount = 0;
-    if (MgStatus status = Reserve(&gSpans, int64_t{typeIndex + 1} * int64_t{sizeof(Span)}))
-        return status;
+    if (Reserve(&gSpans, int64_t{typeIndex + 1} * int64_t{sizeof(Span)})) return MgNoError;
     for (; gSpanCount <= typeIndex; ++gSpanCount) Spans()[gSpanCount] = Span{0, 0, 0, 0};
     Span span = newType ? Span{1, 1, resId, resId} : Spans()[typeIndex];
     if (!span.checked) span = MapSpan(typeList, t);
     Spans()[typeIndex] = span;
+
+    // An id outside a rising type's span is taken neither in the map nor among the waiting
+    // ones; the usual run of rising ids is checked without a search.
+    if (!newType && (!span.rises || (resId >= span.low && resId <= span.high))) {
+        if (t && RFindId(typeList, t, resId)) return MgResourceDuplicate;
+        if (gOwner && Lookup(type, resId)) return MgResourceDuplicate;
+    }
     span.low = std::min(span.low, resId);
     span.high = std::max(span.high, resId);
     if (!span.rises || !Narrow(span.low, span.high)) return MgNoError;
@@ -243,9 +266,8 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
     const int32_t nameBytes = name[0] ? name[0] + 1 : 0;
     const int64_t merged = int64_t{gOwner ? gMerged : size} + kRefEntrySize + nameBytes +
                            (newType ? kTypeEntrySize : 0);
-    MgStatus status = merged > INT32_MAX ? MgNoMemory : MgNoError;
-    if (!status) status = Reserve(&gRecords, int64_t{gCount + 1} * int64_t{sizeof(Waiting)});
-    if (!status && 2 * (gCount + 1) >= gHashSlots) status = GrowHash();
+    if (merged > INT32_MAX) return MgNoError;
+    MgStatus status = Reserve(&gRecords, int64_t{gCount + 1} * int64_t{sizeof(Waiting)});
     if (!status && newType) status = Reserve(&gNewTypes, int64_t{gNewTypeCount + 1} * 4);
     const int32_t block = MemHandleSize(entry->mapHandle);
     if (!status && block < merged) {
@@ -259,7 +281,7 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
         entry->map = map = *entry->mapHandle;
         typeList = map + kMapHeaderSize;
     }
-    if (status) return status;
+    if (status) return MgNoError;
 
     if (!gOwner) {
         gOwner = entry->mapHandle;
@@ -280,7 +302,8 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
     }
     Waiting& w = Records()[gCount++];
     w = Waiting{ResRefEntry{resId, nameOffset, RAttrChanged, 0, 0}, type, typeIndex, newType};
-    *Probe(type, resId) = gCount;
+    if (gHashSlots && 2 * (gCount + 1) > gHashSlots) Rehash();
+    if (gHashSlots) *Probe(type, resId) = gCount;
     gMerged = static_cast<int32_t>(merged);
     AttachHandle(entry, type, &w.ref, token);
     SetDirty(map);
@@ -303,10 +326,13 @@ void PendingMergeAll() {
         Forget();
 }
 
+// The last add is the one most often asked about, right after it was made.
 ResRefEntry* PendingFind(const ResFileEntry* entry, ResType type, int32_t resId) {
     if (!gOwner || entry->mapHandle != gOwner) return nullptr;
-    const int32_t slot = *Probe(type, resId);
-    return slot ? &Records()[slot - 1].ref : nullptr;
+    Waiting* last = &Records()[gCount - 1];
+    if (last->ref.id == resId && last->type == type) return &last->ref;
+    Waiting* w = Lookup(type, resId);
+    return w ? &w->ref : nullptr;
 }
 
 bool PendingHolds(const ResRefEntry* ref) {
