@@ -326,16 +326,19 @@ MgStatus RSetAttrs(Handle h, int32_t attrs) {
 }
 
 // Ids from the counter rise across files and types; the id isn't reserved.
+// Ids waiting to be added count as taken, without a merge, so that a loop of RUniqueID and
+// RAdd stays a run of adds.
 int32_t RUniqueID(ResFile id, ResType type) {
     ResFileEntry* entry;
-    if (RLookupFile(id, &entry)) return 0;
+    if (FindFile(id, &entry)) return 0;
     if (MapEmpty(entry->map)) return kFirstCountedId;
     Ptr typeList = TypeListOf(entry->map);
     int32_t result = gNextResId;
-    if (ResTypeEntry* t = RFindType(typeList, type)) {
+    ResTypeEntry* t = RFindType(typeList, type);
+    if (t || PendingHasType(entry, type)) {
         for (;; ++result) {
             if (result > kLastCountedId) return 0;
-            if (!RFindId(typeList, t, result)) break;
+            if (!(t && RFindId(typeList, t, result)) && !PendingFind(entry, type, result)) break;
         }
     }
     gNextResId = gNextResId < kFirstCountedId ? kFirstCountedId : gNextResId + 1;

@@ -335,6 +335,13 @@ ResRefEntry* PendingFind(const ResFileEntry* entry, ResType type, int32_t resId)
     return w ? &w->ref : nullptr;
 }
 
+bool PendingHasType(const ResFileEntry* entry, ResType type) {
+    if (!gOwner || entry->mapHandle != gOwner) return false;
+    for (int32_t i = 0; i < gNewTypeCount; ++i)
+        if (reinterpret_cast<ResType*>(*gNewTypes)[i] == type) return true;
+    return false;
+}
+
 bool PendingHolds(const ResRefEntry* ref) {
     const Waiting* w = gOwner ? Records() : nullptr;
     return w && ref >= &w[0].ref && ref <= &w[gCount - 1].ref;

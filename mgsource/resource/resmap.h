@@ -144,6 +144,8 @@ void PendingMerge(ResFileEntry* entry);
 void PendingMergeAll();
 // The waiting reference of (type, id) in `entry`, or null.
 ResRefEntry* PendingFind(const ResFileEntry* entry, ResType type, int32_t resId);
+// Whether `type`, which the map doesn't have, has waiting references in `entry`.
+bool PendingHasType(const ResFileEntry* entry, ResType type);
 // Whether `ref` is the record of a waiting reference, and the name of one.
 bool PendingHolds(const ResRefEntry* ref);
 ConstPStr PendingName(const ResRefEntry* ref);

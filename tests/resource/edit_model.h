@@ -6,6 +6,7 @@
 // that the earlier map edits wrote.
 #pragma once
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -272,7 +273,7 @@ inline std::string Runner::Lookup(const Step& s, ResType type) {
     const std::vector<Ref> none;
     const std::vector<Ref>& refs = t ? t->refs : none;
     Handle h = nullptr, want = nullptr;
-    switch (s.extra % 4) {
+    switch (s.extra % 5) {
         case 0:
             for (const Ref& r : refs)
                 if (r.id == s.id) want = r.h;
@@ -295,6 +296,23 @@ inline std::string Runner::Lookup(const Step& s, ResType type) {
             EDIT_EXPECT(RGetInd(f_, type, int32_t(index), &h),
                         want ? MgNoError : MgResourceNotFound);
             break;
+        }
+        case 3: {
+            // Free ids from the counter, started at a resource's id: the first the counter
+            // reaches that the type doesn't have.
+            size_t ti = 0, ri = 0;
+            const Ref* taken = const_cast<Runner*>(this)->Pick(s.pick, &ti, &ri);
+            const int32_t start = taken ? taken->id : s.id, saved = gNextResId;
+            const std::vector<Ref>& in = taken ? m.types[ti].refs : refs;
+            int32_t want = m.types.empty() ? 128 : start;
+            while (std::any_of(in.begin(), in.end(), [&](const Ref& r) { return r.id == want; }))
+                ++want;
+            gNextResId = start;
+            const int32_t got = RUniqueID(f_, taken ? m.types[ti].type : type), next = gNextResId;
+            gNextResId = saved;
+            EDIT_EXPECT(got, want);
+            EDIT_EXPECT(next, m.types.empty() ? start : 128);
+            return "";
         }
         default: {
             int32_t types = -1, count = -1, id = 0;
