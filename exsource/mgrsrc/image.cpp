@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "mgrsrc/mgrsrc.h"
+#include "mgrsrc/resfile.h"
 #include "platform/platform.h"
 
 namespace {
@@ -32,6 +33,7 @@ void KeepResource(void* context, const RCheckedRef* ref) {
     r.attrs = ref->attrs;
     r.named = ref->name != nullptr;
     if (ref->name) r.name.assign(reinterpret_cast<const char*>(ref->name + 1), ref->name[0]);
+    if (ref->name) r.nameAt = ref->name - loading->image->bytes.get();
     r.entryAt = ref->entryAt;
     r.dataAt = ref->dataAt;
     r.size = ref->size;
@@ -83,7 +85,8 @@ bool LoadImage(const std::string& command, const std::string& path, bool keepFin
         }
     }
     if (!in) {
-        std::fprintf(stderr, "mgrsrc %s: cannot read %s\n", command.c_str(), path.c_str());
+        std::fprintf(stderr, "mgrsrc %s: cannot read %s: %s\n", command.c_str(), path.c_str(),
+                     WhyUnreadable(path).c_str());
         return false;
     }
     Loading loading{image, keepFindings, &each};
