@@ -31,16 +31,7 @@ for b in mxsbutil mgrsrc bench_resource; do
     fi
 done
 build=$(cd "$build" && pwd)
-if ! command -v python3 >/dev/null 2>&1; then
-    echo "scale: skipped, python3 is needed to make the files" >&2
-    exit 0
-fi
-case $(date +%N) in
-*[!0-9]* | "")
-    echo "scale: skipped, this date(1) has no nanoseconds" >&2
-    exit 0
-    ;;
-esac
+check_bench_tools scale
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/mgscale.XXXXXX") || exit 1
 trap 'rm -rf "$work"' EXIT

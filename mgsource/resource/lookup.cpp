@@ -246,7 +246,7 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
     ResRefEntry* r;
     MgStatus status = FindResource(h, &e, &r, type);
     if (!status && PendingHolds(r)) {
-        PendingMerge(e);
+        PendingObserve(e);
         status = FindResource(h, &e, &r, type);
     }
     if (!status) Found(e, r, 0, entry, ref, nullptr);

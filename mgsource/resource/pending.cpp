@@ -22,6 +22,11 @@
 // wrapping subtraction (as the lists' search does) agrees with comparing them as numbers.
 // Any other add merges what waits and goes into the map at once. The merge replays the
 // name-list offset's arithmetic add by add, quirks included.
+//
+// The first add after the map was observed goes in at once too: a merge costs what the moves
+// behind the first waiting reference cost, as an add made at once does, but finding out
+// whether a type's list rises walks the list, which pays only for a run of adds. So adds and
+// lookups taking turns cost what they always did.
 #include <algorithm>
 
 #include "mg/ansi.h"
@@ -63,6 +68,9 @@ Handle gNewTypes = nullptr;  // the types the map doesn't have, in the order of 
 int32_t gNewTypeCount = 0;
 Handle gSpans = nullptr;  // Span per type index of the merged type list
 int32_t gSpanCount = 0;   // entries of gSpans that hold something
+// The map handle of the file whose last step was an add made at once, nothing having observed
+// its map since: the next add to it begins a run, and waits.
+Handle gRunMap = nullptr;
 
 Waiting* Records() {
     return reinterpret_cast<Waiting*>(*gRecords);
@@ -170,16 +178,18 @@ void Merge(ResFileEntry* entry) {
     std::sort(w, w + gCount, [](const Waiting& a, const Waiting& b) {
         return a.typeIndex != b.typeIndex ? a.typeIndex < b.typeIndex : a.ref.id < b.ref.id;
     });
+    // Without new types, what stands in front of the first waiting reference stays in place.
     Ptr typeList = map + kMapHeaderSize;
     const int32_t types = gMapTypes + gNewTypeCount;
     int32_t at = gMerged - gNames - gBaseNames;
     int32_t next = gCount - 1;
-    for (int32_t k = types - 1; k >= 0; --k) {
+    for (int32_t k = types - 1; k >= 0 && (next >= 0 || gNewTypeCount); --k) {
         ResTypeEntry* t = k < gMapTypes ? TypeAt(typeList, k) : nullptr;
         int32_t left = t ? t->count + 1 : 0;
         const ResRefEntry* old = t ? RefsOf(typeList, t) : nullptr;
         int32_t added = 0;
-        while (left > 0 || (next >= 0 && w[next].typeIndex == k)) {
+        while ((left > 0 && (next >= 0 || gNewTypeCount)) ||
+               (next >= 0 && w[next].typeIndex == k)) {
             at -= kRefEntrySize;
             if (next >= 0 && w[next].typeIndex == k &&
                 (left == 0 || w[next].ref.id > old[left - 1].id)) {
@@ -191,7 +201,7 @@ void Merge(ResFileEntry* entry) {
         }
         if (t) t->count += added;
     }
-    MG_CHECK(next == -1 && at == kMapHeaderSize + 4 + kTypeEntrySize * types);
+    MG_CHECK(next == -1 && (!gNewTypeCount || at == kMapHeaderSize + 4 + kTypeEntrySize * types));
     // The type list, forward: counts of the new types come from the sorted records.
     *reinterpret_cast<int32_t*>(typeList) = types - 1;
     int32_t listOffset = 4 + kTypeEntrySize * types;
@@ -228,6 +238,10 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
                     bool* waits) {
     *waits = false;
     if (gOwner && gOwner != entry->mapHandle) PendingMergeAll();
+    if (!gOwner && gRunMap != entry->mapHandle) {
+        gRunMap = entry->mapHandle;
+        return MgNoError;
+    }
     Ptr map = entry->map;
     const int32_t size = HeaderOf(map)->mapSize;
     if (!MapCanonical(map, size)) return MgIOError;
@@ -315,10 +329,16 @@ void PendingMerge(ResFileEntry* entry) {
     if (gOwner && entry->mapHandle == gOwner) Merge(entry);
 }
 
+void PendingObserve(ResFileEntry* entry) {
+    if (entry->mapHandle == gRunMap) gRunMap = nullptr;
+    PendingMerge(entry);
+}
+
 // The owner's slot can't be gone while adds wait (closing and RExit observe the map first);
 // were it gone, what waits would go with it.
 void PendingMergeAll() {
     ResFileEntry* entry;
+    gRunMap = nullptr;
     if (!gOwner) return;
     if (FindFile(gOwnerId, &entry) == MgNoError && entry->mapHandle == gOwner)
         Merge(entry);

@@ -191,6 +191,9 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
                     bool* waits);
 // Merges the adds that wait into `entry`'s map, if they are its.
 void PendingMerge(ResFileEntry* entry);
+// The same for a step that observes the map, which also ends a run of adds to it: the next
+// add goes in at once.
+void PendingObserve(ResFileEntry* entry);
 // Merges the adds that wait, whichever file they are for.
 void PendingMergeAll();
 // The waiting reference of (type, id) in `entry`, or null.

@@ -69,7 +69,7 @@ MgStatus RExit(void) {
 // here may read its map, so adds that wait for it are merged first.
 MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
     MgStatus status = FindFile(id, entry);
-    if (!status) PendingMerge(*entry);
+    if (!status) PendingObserve(*entry);
     return status;
 }
 

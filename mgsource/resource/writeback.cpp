@@ -238,7 +238,7 @@ int32_t RTotalResources(Handle mapHandle) {
 // refusing with 6 a layout whose compaction would overwrite data it has yet to read.
 MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     (void)id;
-    PendingMerge(entry);
+    PendingObserve(entry);
     Ptr map = entry->map;
     if (!(Word(map, kMapFileAttrs) & RFileDirty)) return MgNoError;
     DataCacheInvalidateAll();
