@@ -1,10 +1,13 @@
 // Whole packager runs with -r, each against a peer in the same run:
 //  - BM_PackageWithImport/N: mxsbutil -c mod -d <dir>/ -r <source>, the source holding N named
-//    resources of four types (N = 1,000 and 10,000; the pair shows how the import scales);
-//  - BM_PackageAlone: the same run without -r, the peer of both.
+//    resources of four types (N = 10,000, 100,000 and 1,000,000: the three show how the import
+//    scales);
+//  - BM_PackageAlone: the same run without -r, the peer of all three.
 // Each run is the packager's own entry point in a forked child, since the managers start once
-// per process; the peer pays the same fork. The time is wall-clock time per run.
+// per process; the peer pays the same fork. The child's standard error goes to /dev/null, so
+// that the success line stays out of the report. The time is wall-clock time per run.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -20,6 +23,7 @@
 #include "mg/path.h"
 #include "mg/resource.h"
 #include "mxsbutil/options.h"
+#include "ratios.h"
 
 namespace {
 
@@ -34,12 +38,17 @@ void Start() {
     atexit([] { std::filesystem::remove_all(gDir); });
 }
 
-// Runs `body` in a child and returns its exit status, or -1 when it didn't exit.
+// Runs `body` in a child, with standard error silenced, and returns its exit status, or -1
+// when it didn't exit.
 template <typename F>
 int InChild(F body) {
     fflush(nullptr);
     const pid_t pid = fork();
-    if (pid == 0) _exit(body());
+    if (pid == 0) {
+        const int quiet = open("/dev/null", O_WRONLY);
+        if (quiet >= 0) dup2(quiet, 2);
+        _exit(body());
+    }
     int wstatus = 0;
     if (pid < 0 || waitpid(pid, &wstatus, 0) != pid || !WIFEXITED(wstatus)) return -1;
     return WEXITSTATUS(wstatus);
@@ -109,8 +118,9 @@ void BM_PackageWithImport(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_PackageWithImport)
-    ->Arg(1000)
     ->Arg(10000)
+    ->Arg(100000)
+    ->Arg(1000000)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
@@ -123,4 +133,10 @@ BENCHMARK(BM_PackageAlone)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    const char* alone = "BM_PackageAlone/manual_time";
+    return RunWithRatios(argc, argv, "Ratios (import of N named resources / packaging alone)",
+                         {{"BM_PackageWithImport/10000/manual_time", alone},
+                          {"BM_PackageWithImport/100000/manual_time", alone},
+                          {"BM_PackageWithImport/1000000/manual_time", alone}});
+}

@@ -5,11 +5,12 @@
 #   copy        cat big.dll > copy
 #   copy+fsync  the same, then the copy flushed to disk (the tool flushes its package when it
 #               closes it, so this is the like-for-like peer)
+#   dd          dd if=big.dll of=copy bs=1M conv=fsync, the same in one program
 #   -vi         mxsbutil -c big -d <dir>/ -vi <dir>/target.vi, replacing the module of a
 #               256 MiB package; with MB_VI_PEER set to another mxsbutil binary, that one's -vi
 #               is timed in the same runs (on its own copy of the target) and the ratio shown
-# Prints the median of several timed runs of each, the ratios, and the tool's peak resident
-# memory against the module's size.
+# Prints the median of several timed runs of each, the ratios, and the peak resident memory of
+# packaging and of -vi against the module's size.
 #
 # Usage: package_256m.sh [mxsbutil binary] [runs]
 #   binary defaults to build/release/mxsbutil, runs to 7. MB_SIZE_MIB overrides the size.
@@ -74,6 +75,9 @@ run_copy() {
 run_copy_fsync() {
     cat "$work/big.dll" >"$work/copy" && flush_copy
 }
+run_dd() {
+    dd if="$work/big.dll" of="$work/copy" bs=1M conv=fsync 2>/dev/null
+}
 run_vi() {
     "$tool" -c big -d "$work/" -vi "$work/target.vi" 2>/dev/null
 }
@@ -86,11 +90,12 @@ ratio() {
     awk -v a="$1" -v b="$2" 'BEGIN { if (b > 0) printf "%.2f", a / b; else print "n/a" }'
 }
 
-# Peak resident memory of one tool run in KiB, and the way it was measured.
+# Peak resident memory in KiB of one run of the tool with the arguments given, and the way it
+# was measured.
 if /usr/bin/time -f %M true >/dev/null 2>&1; then
     rss_how="GNU time"
     peak_kib() {
-        /usr/bin/time -f %M -o "$work/rss" "$tool" -c big -d "$work/" 2>/dev/null || return 1
+        /usr/bin/time -f %M -o "$work/rss" "$tool" "$@" 2>/dev/null || return 1
         tail -n 1 "$work/rss"
     }
 elif command -v python3 >/dev/null 2>&1; then
@@ -100,12 +105,12 @@ elif command -v python3 >/dev/null 2>&1; then
 import resource, subprocess, sys
 status = subprocess.call(sys.argv[1:], stderr=subprocess.DEVNULL)
 print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)
-sys.exit(status)' "$tool" -c big -d "$work/"
+sys.exit(status)' "$tool" "$@"
     }
 else
     rss_how="VmHWM polling, a lower bound"
     peak_kib() {
-        "$tool" -c big -d "$work/" 2>/dev/null &
+        "$tool" "$@" 2>/dev/null &
         pid=$!
         hwm=0
         while [ -r "/proc/$pid/status" ]; do
@@ -134,6 +139,7 @@ fi
 : >"$work/t_tool"
 : >"$work/t_copy"
 : >"$work/t_sync"
+: >"$work/t_dd"
 : >"$work/t_vi"
 : >"$work/t_vipeer"
 i=0
@@ -146,6 +152,8 @@ while [ "$i" -lt "$runs" ]; do
     time_ns run_copy >>"$work/t_copy" || exit 1
     sync
     time_ns run_copy_fsync >>"$work/t_sync" || exit 1
+    sync
+    time_ns run_dd >>"$work/t_dd" || exit 1
     # The two -vi runs take turns at going first: the first after the copies pays for
     # memory the others left cold.
     if [ -n "$vi_peer" ] && [ $((i % 2)) -eq 1 ]; then
@@ -162,17 +170,23 @@ while [ "$i" -lt "$runs" ]; do
 done
 
 : >"$work/rss_all"
+: >"$work/rss_vi"
 i=0
 while [ "$i" -lt 3 ]; do
-    peak_kib >>"$work/rss_all" || { echo "package_256m: mxsbutil failed" >&2; exit 1; }
+    peak_kib -c big -d "$work/" >>"$work/rss_all" ||
+        { echo "package_256m: mxsbutil failed" >&2; exit 1; }
+    peak_kib -c big -d "$work/" -vi "$work/target.vi" >>"$work/rss_vi" ||
+        { echo "package_256m: mxsbutil -vi failed" >&2; exit 1; }
     i=$((i + 1))
 done
 
 tool_ns=$(median <"$work/t_tool")
 copy_ns=$(median <"$work/t_copy")
 sync_ns=$(median <"$work/t_sync")
+dd_ns=$(median <"$work/t_dd")
 vi_ns=$(median <"$work/t_vi")
 peak=$(sort -n "$work/rss_all" | tail -n 1)
+peak_vi=$(sort -n "$work/rss_vi" | tail -n 1)
 module_kib=$((size / 1024))
 limit_kib=$((module_kib + 16384))
 
@@ -182,6 +196,8 @@ printf '  %-28s %9s ms   tool/copy  %s x (goal <= 1.3)\n' "cat big.dll > copy" \
     "$(ms "$copy_ns")" "$(ratio "$tool_ns" "$copy_ns")"
 printf '  %-28s %9s ms   tool/copy+fsync  %s x\n' "cat > copy; sync copy" \
     "$(ms "$sync_ns")" "$(ratio "$tool_ns" "$sync_ns")"
+printf '  %-28s %9s ms   tool/dd  %s x (goal <= 1.3)\n' "dd ... conv=fsync" \
+    "$(ms "$dd_ns")" "$(ratio "$tool_ns" "$dd_ns")"
 printf '  %-28s %9s ms   -vi/copy+fsync  %s x\n' "mxsbutil ... -vi target.vi" \
     "$(ms "$vi_ns")" "$(ratio "$vi_ns" "$sync_ns")"
 if [ -n "$vi_peer" ]; then
@@ -189,11 +205,15 @@ if [ -n "$vi_peer" ]; then
     printf '  %-28s %9s ms   -vi/peer -vi  %s x (goal <= 1.3)\n' "peer ... -vi peer.vi" \
         "$(ms "$vipeer_ns")" "$(ratio "$vi_ns" "$vipeer_ns")"
 fi
-printf '  peak RSS %s MiB = module + %s MiB (goal <= module + 16 MiB; %s)\n' \
-    "$(awk -v k="$peak" 'BEGIN { printf "%.1f", k / 1024 }')" \
-    "$(awk -v k="$peak" -v m="$module_kib" 'BEGIN { printf "%.1f", (k - m) / 1024 }')" \
-    "$rss_how"
-if [ "$peak" -gt "$limit_kib" ]; then
-    echo "  peak memory over the goal"
-fi
+for run in package -vi; do
+    k=$peak
+    [ "$run" = -vi ] && k=$peak_vi
+    printf '  peak RSS of %-8s %s MiB = module + %s MiB (goal <= module + 16 MiB; %s)\n' "$run" \
+        "$(awk -v k="$k" 'BEGIN { printf "%.1f", k / 1024 }')" \
+        "$(awk -v k="$k" -v m="$module_kib" 'BEGIN { printf "%.1f", (k - m) / 1024 }')" \
+        "$rss_how"
+    if [ "$k" -gt "$limit_kib" ]; then
+        echo "  peak memory of $run over the goal"
+    fi
+done
 exit 0

@@ -1,5 +1,7 @@
 // Benchmarks against a peer in the same run: keeps each benchmark's time per iteration (the
-// mean when repetitions are asked for) and prints the ratios after the table.
+// mean when repetitions are asked for) and prints the ratios after the table. A time is kept
+// under the function's name and under the run's full name (with its arguments, e.g.
+// "BM_Load/1000"), so that pairs may name either.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -14,8 +16,10 @@ class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "mean")
+            if (r.run_type == Run::RT_Iteration || r.aggregate_name == "mean") {
                 perIteration[r.run_name.function_name] = r.GetAdjustedRealTime();
+                perIteration[r.run_name.str()] = r.GetAdjustedRealTime();
+            }
         ConsoleReporter::ReportRuns(runs);
     }
     std::map<std::string, double> perIteration;

@@ -31,6 +31,12 @@ check_mgrsrc_bench() {
         echo "$1: no mgrsrc at $2 (build it first)" >&2
         exit 1
     fi
+    check_bench_tools "$1"
+}
+
+# Ends the script NAME, skipped (status 0), when python3 or a date(1) with nanoseconds is
+# missing.
+check_bench_tools() {
     if ! command -v python3 >/dev/null 2>&1; then
         echo "$1: skipped, python3 is needed to make the input" >&2
         exit 0

@@ -3,6 +3,7 @@
 
 #include "mgrsrc/mgrsrc.h"
 #include "mgrsrc/resfile.h"
+#include "platform/platform.h"
 
 namespace {
 
@@ -45,7 +46,26 @@ std::string OffsetText(int64_t offset) {
     return text;
 }
 
+// The file's bytes mapped, not copied, where the host can: a walk of a large file then costs
+// neither a copy nor fresh memory for it.
+bool MapImage(const std::string& path, Image* image) {
+    const uint8_t* bytes = nullptr;
+    ImageBytesRelease release;
+    if (!plat::MapFileForReading(path.c_str(), &bytes, &release.mapped, &release.token))
+        return false;
+    image->bytes = {const_cast<uint8_t*>(bytes), release};
+    image->length = release.mapped;
+    return true;
+}
+
 }  // namespace
+
+void ImageBytesRelease::operator()(uint8_t* bytes) const {
+    if (mapped >= 0)
+        plat::UnmapFile(bytes, mapped, token);
+    else
+        delete[] bytes;
+}
 
 bool LoadImage(const std::string& command, const std::string& path, bool keepFindings, bool notices,
                Image* image, const EachResource& each) {
@@ -57,7 +77,9 @@ bool LoadImage(const std::string& command, const std::string& path, bool keepFin
         image->length = int64_t(size);
         return image->bytes.get();
     };
-    if (!ReadWholeFile(path, room, &why)) {
+    // A file too large for a resource file is read the library's way, which refuses it.
+    if (MapImage(path, image) && image->length > int64_t(INT32_MAX - 8)) image->bytes.reset();
+    if (!image->bytes && !ReadWholeFile(path, room, &why)) {
         std::fprintf(stderr, "mgrsrc %s: cannot read %s: %s\n", command.c_str(), path.c_str(),
                      why.c_str());
         return false;

@@ -30,10 +30,20 @@ struct Resource {
     int32_t size = -1;
 };
 
-// A resource file in memory, as the library's check sees it.
+// How an image's bytes go back: a file mapped for reading is unmapped (`mapped` >= 0 is its
+// length), a copy is deleted. A copy's unique_ptr converts to it.
+struct ImageBytesRelease {
+    int64_t mapped = -1;
+    void* token = nullptr;
+    ImageBytesRelease() = default;
+    ImageBytesRelease(std::default_delete<uint8_t[]>) {}
+    void operator()(uint8_t* bytes) const;
+};
+
+// A resource file in memory, as the library's check sees it. Its bytes are read-only.
 struct Image {
     std::string path;
-    std::unique_ptr<uint8_t[]> bytes;
+    std::unique_ptr<uint8_t[], ImageBytesRelease> bytes;
     int64_t length = 0;
     RCheckSummary summary{};
     std::vector<Resource> resources;      // unless each resource went to a callback

@@ -27,28 +27,23 @@ struct ReplacedIds {
     int32_t tag = 0, code = 0, library = 0;
 };
 
+// The replaced resources are found and removed without loading their data, so that replacing
+// a module costs no memory for the old one. Finding one checks its data's place as loading it
+// would, so a resource that couldn't be loaded still counts as missing; the removals' results
+// aren't looked at.
 MgStatus TakeOverVi(ResFile file, ReplacedIds* ids) {
     PackageOptions& o = gOptions;
-    uint8_t name[256];
-    ResType type;
-    Handle h = nullptr;
-    if (MgStatus status = RGetNamed(file, kCodeType, o.codeName, &h)) {
+    int32_t index = 0;
+    if (MgStatus status = RFindNamed(file, kCodeType, o.codeName, &index, &ids->tag)) {
         DPrintf("VI must already have '%p.msb' loaded in.", o.codeName);
         DPrintf("couldn't get resource named '%p.msb' in VI '%z'", o.codeName, o.viPath);
         return status;
     }
-    RGetInfo(h, &ids->tag, &type, name);
-    RRemove(h, file);
-    h = nullptr;
-    RGetNamed(file, kTagType, o.codeName, &h);
-    RGetInfo(h, &ids->code, &type, name);
-    RRemove(h, file);
-    h = nullptr;
-    RGetNamed(file, kLibraryType, o.codeName, &h);
-    if (h != nullptr) {
-        RGetInfo(h, &ids->library, &type, name);
-        RRemove(h, file);
-    }
+    RRemoveInd(file, kCodeType, index);
+    if (RFindNamed(file, kTagType, o.codeName, &index, &ids->code) == MgNoError)
+        RRemoveInd(file, kTagType, index);
+    if (RFindNamed(file, kLibraryType, o.codeName, &index, &ids->library) == MgNoError)
+        RRemoveInd(file, kLibraryType, index);
     return MgNoError;
 }
 

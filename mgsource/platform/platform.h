@@ -92,6 +92,14 @@ void ReplaceAbandon(int32_t tempRef);
 // so that a new file written next takes their memory rather than fresh memory.
 void ReleaseCachedPages(int32_t ref);
 
+// A whole file mapped for reading (posix/mapfile.cpp, win32/mapfile.cpp): its bytes without a
+// copy, for tools that look at a file whole. Gives the bytes and length of the file at `name`
+// and a token for UnmapFile; false when it can't be mapped (no file, not a regular file, an
+// empty one, no room in the address space), and the caller reads the file instead. The bytes
+// are read-only.
+bool MapFileForReading(const char* name, const uint8_t** bytes, int64_t* length, void** token);
+void UnmapFile(const uint8_t* bytes, int64_t length, void* token);
+
 // The status of the platform's last error: the meanings of the file manager's status table.
 int32_t LastErrorStatus();
 // Whether the last error was a sharing conflict with another opener (worth a retry).

@@ -286,8 +286,47 @@ MgStatus Checker::WalkReferences(int64_t mapAt, int32_t mapSize) {
     return status;
 }
 
+// Sorts by start, stably, in linear time: nothing to do for spans already in order (lists and
+// data as the manager writes them), else a least-significant-digit radix sort on 16-bit
+// digits, skipping the digits that every start shares. Starts are never negative.
+MgStatus SortByStart(Span* spans, int64_t n) {
+    bool sorted = true;
+    uint64_t differ = 0;
+    for (int64_t i = 1; i < n; ++i) {
+        sorted = sorted && spans[i - 1].start <= spans[i].start;
+        differ |= uint64_t(spans[i].start ^ spans[0].start);
+    }
+    if (sorted) return MgNoError;
+    Span* scratch = reinterpret_cast<Span*>(MemNewPtr(int32_t(n * int64_t{sizeof(Span)})));
+    int64_t* counts = reinterpret_cast<int64_t*>(MemNewPtr(int32_t{sizeof(int64_t)} << 16));
+    if (!scratch || !counts) {
+        if (scratch) MemDisposePtr(reinterpret_cast<Ptr>(scratch));
+        if (counts) MemDisposePtr(reinterpret_cast<Ptr>(counts));
+        return MgNoMemory;
+    }
+    Span* from = spans;
+    Span* to = scratch;
+    for (int shift = 0; shift < 64; shift += 16) {
+        if (!((differ >> shift) & 0xFFFF)) continue;
+        memset(counts, 0, sizeof(int64_t) << 16);
+        for (int64_t i = 0; i < n; ++i) ++counts[(uint64_t(from[i].start) >> shift) & 0xFFFF];
+        for (int64_t d = 0, at = 0; d < 0x10000; ++d) {
+            const int64_t c = counts[d];
+            counts[d] = at;
+            at += c;
+        }
+        for (int64_t i = 0; i < n; ++i)
+            to[counts[(uint64_t(from[i].start) >> shift) & 0xFFFF]++] = from[i];
+        std::swap(from, to);
+    }
+    if (from != spans) memcpy(spans, from, size_t(n) * sizeof(Span));
+    MemDisposePtr(reinterpret_cast<Ptr>(scratch));
+    MemDisposePtr(reinterpret_cast<Ptr>(counts));
+    return MgNoError;
+}
+
 MgStatus Checker::LookAtIds(Span* ids, int64_t n) {
-    std::stable_sort(ids, ids + n, [](const Span& a, const Span& b) { return a.start < b.start; });
+    if (MgStatus status = SortByStart(ids, n)) return status;
     for (int64_t i = 1; i < n; ++i)
         if (ids[i].start == ids[i - 1].start)
             Notice(ids[i].entryAt, "id %d appears twice in its type; a lookup finds one of them",
@@ -298,8 +337,7 @@ MgStatus Checker::LookAtIds(Span* ids, int64_t n) {
 // References that share or overlap data, and data that no reference uses; the last only in a
 // file without faults, where a resource that can't be loaded would leave a false gap.
 MgStatus Checker::LookAtData(Span* spans, int64_t n) {
-    std::stable_sort(spans, spans + n,
-                     [](const Span& a, const Span& b) { return a.start < b.start; });
+    if (MgStatus status = SortByStart(spans, n)) return status;
     const int64_t start = dataAt;
     const int64_t end = std::min(length, start + std::max<int64_t>(dataSize, 0));
     int64_t reached = std::max<int64_t>(start, 0);

@@ -2,9 +2,10 @@
 // the disk; each sets the dirty bit, and the write-back brings file and map together.
 //
 // The map stays one block in its file layout, so every edit opens or closes a gap with
-// BlockMove and fixes the offsets the move invalidates. Edits check first and change after:
-// a failed edit leaves the map as it was. A map whose lists don't stand in the order the
-// edits rely on (possible only in files from other writers) is refused with 6.
+// BlockMove and fixes the offsets the move invalidates; RAdd's gap waits (pending.cpp) until
+// something observes the map, and is opened then together with the others. Edits check first and
+// change after: a failed edit leaves the map as it was. A map whose lists don't stand in the order
+// the edits rely on (possible only in files from other writers) is refused with 6.
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/memory.h"
@@ -143,21 +144,31 @@ extern "C" {
 
 int32_t gNextResId = kFirstCountedId;
 
+// The add waits to be merged into the map (pending.cpp) where it can; into an empty map, or
+// the map of a file held in memory alone, it goes at once.
 MgStatus RAdd(Handle h, ResFile id, ResType type, int32_t resId, ConstPStr name) {
     ResFileEntry* entry;
-    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    if (MgStatus status = FindFile(id, &entry)) return status;
     if (!h) return MgResourceDuplicate;
     if (ReadOnly(entry->map)) return MgNoPermission;
     if (RIsResource(h)) return MgResourceDuplicate;
     // The map stores a token of the handle; something that is no live block has none.
     if (MemHandleToken(h) == 0) return MgBadHandle;
     const uint8_t empty = 0;
-    if (MgStatus status = RAddToMap(entry, h, type, resId, name ? name : &empty)) return status;
+    if (!name) name = &empty;
+    bool waits = false;
+    if (!MapEmpty(entry->map) && entry->fileId != 0) {
+        if (MgStatus status = PendingAdd(entry, h, type, resId, name, &waits)) return status;
+    }
+    if (!waits) {
+        if (MgStatus status = RAddToMap(entry, h, type, resId, name)) return status;
+    }
     RLastGot = RLastGotRecord{id, type, h, resId};
     return MgNoError;
 }
 
 MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, ConstPStr name) {
+    PendingMerge(entry);
     const int32_t nameBytes = name[0] ? name[0] + 1 : 0;
     Ptr map = entry->map;
     const bool empty = MapEmpty(map);
@@ -182,14 +193,12 @@ MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, C
     return MgNoError;
 }
 
-MgStatus RRemove(Handle h, ResFile id) {
-    ResFileEntry* entry;
-    if (MgStatus status = RLookupFile(id, &entry)) return status;
-    if (!h) return MgResourceDuplicate;
-    ResRefEntry* ref;
-    ResType type;
-    // The resource goes from whichever open file holds it.
-    if (MgStatus status = RFindHandle(h, &entry, &ref, &type)) return status;
+}  // extern "C"
+
+namespace {
+
+// Takes `ref` out of `entry`'s map; its handle, if any, goes back to whoever holds it.
+MgStatus RemoveRef(ResFileEntry* entry, ResRefEntry* ref) {
     Ptr map = entry->map;
     if (ReadOnly(map)) return MgNoPermission;
     if (ref->attrs & RAttrProtected) return MgResourceNotFound;
@@ -276,10 +285,33 @@ MgStatus RRemove(Handle h, ResFile id) {
     return MgNoError;
 }
 
+}  // namespace
+
+extern "C" {
+
+MgStatus RRemove(Handle h, ResFile id) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    if (!h) return MgResourceDuplicate;
+    ResRefEntry* ref;
+    // The resource goes from whichever open file holds it.
+    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    return RemoveRef(entry, ref);
+}
+
+// Its data isn't loaded, so that replacing a large resource costs no memory for it.
+MgStatus RRemoveInd(ResFile id, ResType type, int32_t index) {
+    ResFileEntry* entry;
+    if (MgStatus status = RLookupFile(id, &entry)) return status;
+    ResRefEntry* ref;
+    if (MgStatus status = RGetByIndex(entry->map, type, index, &ref)) return status;
+    return RemoveRef(entry, ref);
+}
+
 MgStatus RChanged(Handle h) {
     ResFileEntry* entry;
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, nullptr)) return status;
     if (ReadOnly(entry->map)) return MgNoPermission;
     ref->attrs |= RAttrChanged;
     SetDirty(entry->map);
@@ -290,7 +322,7 @@ MgStatus RChanged(Handle h) {
 MgStatus RSetAttrs(Handle h, int32_t attrs) {
     ResFileEntry* entry;
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, nullptr)) return status;
     if (ReadOnly(entry->map)) return MgNoPermission;
     ref->attrs = attrs;
     SetDirty(entry->map);
@@ -298,16 +330,19 @@ MgStatus RSetAttrs(Handle h, int32_t attrs) {
 }
 
 // Ids from the counter rise across files and types; the id isn't reserved.
+// Ids waiting to be added count as taken, without a merge, so that a loop of RUniqueID and
+// RAdd stays a run of adds.
 int32_t RUniqueID(ResFile id, ResType type) {
     ResFileEntry* entry;
-    if (RLookupFile(id, &entry)) return 0;
+    if (FindFile(id, &entry)) return 0;
     if (MapEmpty(entry->map)) return kFirstCountedId;
     Ptr typeList = TypeListOf(entry->map);
     int32_t result = gNextResId;
-    if (ResTypeEntry* t = RFindType(typeList, type)) {
+    ResTypeEntry* t = RFindType(typeList, type);
+    if (t || PendingHasType(entry, type)) {
         for (;; ++result) {
             if (result > kLastCountedId) return 0;
-            if (!RFindId(typeList, t, result)) break;
+            if (!(t && RFindId(typeList, t, result)) && !PendingFind(entry, type, result)) break;
         }
     }
     gNextResId = gNextResId < kFirstCountedId ? kFirstCountedId : gNextResId + 1;

@@ -157,6 +157,8 @@ namespace rsrc {
 
 bool IndexReady() {
     if (gLive) return true;
+    // The walk reads the maps alone: adds that wait reach their map first.
+    PendingMergeAll();
     gLive = true;
     const bool built = EachLoadedRef([](ResFileEntry* e, ResTypeEntry* t, ResRefEntry* r) {
         if (MakePage(r->handle)) return false;

@@ -39,6 +39,29 @@ ResRefEntry* FindTokenById(Ptr typeList, ResTypeEntry* t, int32_t resId, uint32_
     return nullptr;
 }
 
+// The first reference of `type` named `name` (null: none), in id order, without regard to
+// case, with its index; 13 when there is no such file.
+MgStatus FindNamed(ResFile id, ResType type, ConstPStr name, ResFileEntry** entry, int32_t* index,
+                   ResRefEntry** ref) {
+    if (MgStatus status = RLookupFile(id, entry)) return status;
+    int32_t count;
+    RCount(id, type, &count);
+    const uint8_t empty = 0;
+    if (!name) name = &empty;
+    Ptr map = (*entry)->map;
+    const int32_t mapBytes = HeaderOf(map)->mapSize;
+    for (int32_t i = 1; i <= count; ++i) {
+        if (RGetByIndex(map, type, i, ref)) break;
+        ConstPStr refName = NameOf(map, mapBytes, *ref);
+        if (refName && refName[0] == name[0] && PStringSameNoCase(refName, name)) {
+            *index = i;
+            return MgNoError;
+        }
+    }
+    *ref = nullptr;
+    return MgNoError;
+}
+
 MgStatus Found(ResFileEntry* e, ResRefEntry* r, ResType t, ResFileEntry** entry, ResRefEntry** ref,
                ResType* type) {
     if (entry) *entry = e;
@@ -55,14 +78,9 @@ void Remember(ResFile id, ResType type, Handle h, int32_t resId) {
 // from the file straight into the new handle. `type` is the type whose list holds `ref`.
 MgStatus LoadData(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* loaded) {
     MG_CHECK(ref->handle == 0);
-    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
-    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
-    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    int64_t at;
     int32_t size;
-    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
-    FlipBig32(&size);
-    if (size < 0 || int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
-    if (MgStatus status = CheckDataInFile(entry, at, size)) return status;
+    if (MgStatus status = CheckLoad(entry, ref, &at, &size)) return status;
     Handle h = MemNewHandle(size);
     if (!h) return MgNoMemory;
     MgStatus status = DataRead(entry, at + 4, size, *h);
@@ -126,6 +144,59 @@ void DisposeData(Handle h) {
         CompactDisposeHandle(h);
 }
 
+MgStatus FindResource(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type) {
+    if (!h) return MgResourceNotFound;
+    const uint32_t token = MemHandleToken(h);
+    ResFileEntry* e;
+    // A file with id 0 lives in memory only, in a slot that looks free: it is never searched.
+    if (h == RLastGot.handle && RLastGot.fileId != 0 && token != 0 &&
+        FindFile(RLastGot.fileId, &e) == MgNoError && !MapEmpty(e->map)) {
+        Ptr typeList = TypeListOf(e->map);
+        ResTypeEntry* t = RFindType(typeList, RLastGot.type);
+        ResRefEntry* r = t ? RFindId(typeList, t, RLastGot.resId) : nullptr;
+        if (r && r->handle == token) return Found(e, r, t->type, entry, ref, type);
+        r = PendingFind(e, RLastGot.type, RLastGot.resId);
+        if (r && r->handle == token) return Found(e, r, RLastGot.type, entry, ref, type);
+    }
+    if (!RFileTable) return MgBadResourceFile;
+    if (token == 0) return MgResourceNotFound;
+    // The index stands in for a walk of every reference of every open file: it names the
+    // one reference that can hold the handle, which is then checked against its map, or
+    // against the adds that wait for it. Without memory for it, the walk answers.
+    if (!IndexReady()) {
+        ResRefEntry* r;
+        ResType t;
+        if (RFindHandleByWalk(token, &e, &r, &t)) return MgResourceNotFound;
+        return Found(e, r, t, entry, ref, type);
+    }
+    RefLocator where;
+    if (!IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
+    if (FindFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
+        return MgResourceNotFound;
+    Ptr typeList = TypeListOf(e->map);
+    ResTypeEntry* t = RFindType(typeList, where.type);
+    ResRefEntry* r = t ? FindTokenById(typeList, t, where.resId, token) : nullptr;
+    if (r) return Found(e, r, t->type, entry, ref, type);
+    r = PendingFind(e, where.type, where.resId);
+    if (r && r->handle == token) return Found(e, r, where.type, entry, ref, type);
+    return MgResourceNotFound;
+}
+
+MgStatus CheckLoad(const ResFileEntry* entry, const ResRefEntry* ref, int64_t* at, int32_t* size) {
+    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
+    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
+    *at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    if (MgStatus status = DataRead(entry, *at, 4, size)) return status;
+    FlipBig32(size);
+    if (*size < 0 || int64_t{ref->dataOffset} + *size + 4 > dataSize) return MgEndOfFile;
+    return CheckDataInFile(entry, *at, *size);
+}
+
+ConstPStr NameOfResource(const ResFileEntry* entry, const ResRefEntry* ref) {
+    if (PendingHolds(ref)) return PendingName(ref);
+    return NameOf(entry->map, HeaderOf(entry->map)->mapSize, ref);
+}
+
 ResTypeEntry* TypeOfRef(Ptr map, const ResRefEntry* ref) {
     Ptr typeList = TypeListOf(map);
     const int32_t types = TypeCount(typeList);
@@ -169,40 +240,17 @@ MgStatus RGetByIndex(Ptr map, ResType type, int32_t index, ResRefEntry** ref) {
     return MgNoError;
 }
 
+// A handle whose add waits is merged into its map first, as the caller may read the map.
 MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type) {
-    if (!h) return MgResourceNotFound;
-    const uint32_t token = MemHandleToken(h);
     ResFileEntry* e;
-    // A file with id 0 lives in memory only, in a slot that looks free: it is never searched.
-    if (h == RLastGot.handle && RLastGot.fileId != 0 &&
-        RLookupFile(RLastGot.fileId, &e) == MgNoError && !MapEmpty(e->map)) {
-        Ptr typeList = TypeListOf(e->map);
-        if (ResTypeEntry* t = RFindType(typeList, RLastGot.type)) {
-            ResRefEntry* r = RFindId(typeList, t, RLastGot.resId);
-            if (r && token != 0 && r->handle == token)
-                return Found(e, r, t->type, entry, ref, type);
-        }
+    ResRefEntry* r;
+    MgStatus status = FindResource(h, &e, &r, type);
+    if (!status && PendingHolds(r)) {
+        PendingObserve(e);
+        status = FindResource(h, &e, &r, type);
     }
-    if (!RFileTable) return MgBadResourceFile;
-    if (token == 0) return MgResourceNotFound;
-    // The index stands in for a walk of every reference of every open file: it names the
-    // one reference that can hold the handle, which is then checked against its map. Without
-    // memory for it, the walk answers.
-    if (!IndexReady()) {
-        ResRefEntry* r;
-        ResType t;
-        if (RFindHandleByWalk(token, &e, &r, &t)) return MgResourceNotFound;
-        return Found(e, r, t, entry, ref, type);
-    }
-    RefLocator where;
-    if (!IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
-    if (RLookupFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
-        return MgResourceNotFound;
-    Ptr typeList = TypeListOf(e->map);
-    ResTypeEntry* t = RFindType(typeList, where.type);
-    ResRefEntry* r = t ? FindTokenById(typeList, t, where.resId, token) : nullptr;
-    if (!r) return MgResourceNotFound;
-    return Found(e, r, t->type, entry, ref, type);
+    if (!status) Found(e, r, 0, entry, ref, nullptr);
+    return status;
 }
 
 MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
@@ -267,20 +315,29 @@ MgStatus RGet(ResFile id, ResType type, int32_t resId, Handle* h) {
 MgStatus RGetNamed(ResFile id, ResType type, ConstPStr name, Handle* h) {
     *h = nullptr;
     ResFileEntry* entry;
-    if (MgStatus status = RLookupFile(id, &entry)) return status;
-    int32_t count;
-    RCount(id, type, &count);
-    const uint8_t empty = 0;
-    if (!name) name = &empty;
-    const int32_t mapBytes = HeaderOf(entry->map)->mapSize;
-    for (int32_t i = 1; i <= count; ++i) {
-        ResRefEntry* ref;
-        if (RGetByIndex(entry->map, type, i, &ref)) break;
-        ConstPStr refName = NameOf(entry->map, mapBytes, ref);
-        if (refName && refName[0] == name[0] && PStringSameNoCase(refName, name))
-            return Deliver(entry, type, ref, h);
+    int32_t index;
+    ResRefEntry* ref = nullptr;
+    if (MgStatus status = FindNamed(id, type, name, &entry, &index, &ref)) return status;
+    return ref ? Deliver(entry, type, ref, h) : MgResourceNotFound;
+}
+
+// The place of the data is checked as a load checks it; the data isn't read.
+MgStatus RFindNamed(ResFile id, ResType type, ConstPStr name, int32_t* index, int32_t* resId) {
+    *index = 0;
+    *resId = 0;
+    ResFileEntry* entry;
+    ResRefEntry* ref = nullptr;
+    int32_t at;
+    if (MgStatus status = FindNamed(id, type, name, &entry, &at, &ref)) return status;
+    if (!ref) return MgResourceNotFound;
+    int64_t where;
+    int32_t size;
+    if (!ref->handle) {
+        if (MgStatus status = CheckLoad(entry, ref, &where, &size)) return status;
     }
-    return MgResourceNotFound;
+    *index = at;
+    *resId = ref->id;
+    return MgNoError;
 }
 
 MgStatus RExists(ResFile id, ResType type, int32_t resId, int32_t* found) {
@@ -303,11 +360,11 @@ MgStatus RGetInfo(Handle h, int32_t* resId, ResType* type, PStr name) {
     ResFileEntry* entry;
     ResRefEntry* ref;
     ResType t;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, &t)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, &t)) return status;
     if (resId) *resId = ref->id;
     if (type) *type = t;
     if (name) {
-        ConstPStr n = NameOf(entry->map, HeaderOf(entry->map)->mapSize, ref);
+        ConstPStr n = NameOfResource(entry, ref);
         if (n) PStringCopy(name, n);
     }
     return MgNoError;
@@ -315,7 +372,7 @@ MgStatus RGetInfo(Handle h, int32_t* resId, ResType* type, PStr name) {
 
 MgStatus RGetAttrs(Handle h, int32_t* attrs) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     *attrs = ref->attrs;
     return MgNoError;
 }
@@ -324,7 +381,7 @@ MgStatus RGetSize(Handle h, int32_t* size) {
     *size = -1;
     ResFileEntry* entry;
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, &entry, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, &entry, &ref, nullptr)) return status;
     if (*h) {
         *size = DataSize(h);
         return MgNoError;
@@ -333,7 +390,7 @@ MgStatus RGetSize(Handle h, int32_t* size) {
 }
 
 int32_t RIsResource(Handle h) {
-    return RFindHandle(h, nullptr, nullptr, nullptr) == MgNoError;
+    return FindResource(h, nullptr, nullptr, nullptr) == MgNoError;
 }
 
 MgStatus RCheckResource(Handle h) {
@@ -343,7 +400,7 @@ MgStatus RCheckResource(Handle h) {
 // A changed resource can't be let go: its data would be lost before the write-back.
 MgStatus RRelease(Handle h) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     MG_CHECK(!(ref->attrs & RAttrChanged));
     DetachHandle(ref);
     DisposeData(h);
@@ -352,7 +409,7 @@ MgStatus RRelease(Handle h) {
 
 MgStatus RDetach(Handle h) {
     ResRefEntry* ref;
-    if (MgStatus status = RFindHandle(h, nullptr, &ref, nullptr)) return status;
+    if (MgStatus status = FindResource(h, nullptr, &ref, nullptr)) return status;
     MG_CHECK(!(ref->attrs & RAttrChanged));
     DetachHandle(ref);
     return MgNoError;

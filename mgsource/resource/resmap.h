@@ -172,4 +172,37 @@ void DataCacheDrop(ResFile id);
 // The type entry that holds `ref`, or null.
 ResTypeEntry* TypeOfRef(Ptr map, const ResRefEntry* ref);
 
+// The slot of an open file, as RLookupFile finds it, without merging adds that wait: for the
+// manager's own steps that don't observe the map's layout (table.cpp).
+MgStatus FindFile(ResFile id, ResFileEntry** entry);
+// The resource of a handle, as RFindHandle finds it, but a reference whose add waits is given
+// as its record (PendingHolds), not merged first; for steps that only read or set a
+// reference's own words (lookup.cpp).
+MgStatus FindResource(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType* type);
+// The checks of a load before memory is taken for it: the data's place in the data section
+// and the file (4 when it can't lie there); gives the position of its size word and the size.
+MgStatus CheckLoad(const ResFileEntry* entry, const ResRefEntry* ref, int64_t* at, int32_t* size);
+// The name of a reference found by FindResource, or null.
+ConstPStr NameOfResource(const ResFileEntry* entry, const ResRefEntry* ref);
+
+// Adds that wait (pending.cpp). PendingAdd checks and makes the add of `h` (with the statuses
+// of RAddToMap) and sets `waits` when it waits; when it gives 0 without waiting, the add is
+// for RAddToMap to make at once. Names may not be null.
+MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, ConstPStr name,
+                    bool* waits);
+// Merges the adds that wait into `entry`'s map, if they are its.
+void PendingMerge(ResFileEntry* entry);
+// The same for a step that observes the map, which also ends a run of adds to it: the next
+// add goes in at once.
+void PendingObserve(ResFileEntry* entry);
+// Merges the adds that wait, whichever file they are for.
+void PendingMergeAll();
+// The waiting reference of (type, id) in `entry`, or null.
+ResRefEntry* PendingFind(const ResFileEntry* entry, ResType type, int32_t resId);
+// Whether `type`, which the map doesn't have, has waiting references in `entry`.
+bool PendingHasType(const ResFileEntry* entry, ResType type);
+// Whether `ref` is the record of a waiting reference, and the name of one.
+bool PendingHolds(const ResRefEntry* ref);
+ConstPStr PendingName(const ResRefEntry* ref);
+
 }  // namespace rsrc

@@ -22,27 +22,9 @@ int32_t gLastSlot = 0;
 
 }  // namespace
 
-extern "C" {
+namespace rsrc {
 
-Handle RFileTable = nullptr;
-int32_t RFileTableSize = 0;
-
-MgStatus RInit(void) {
-    RFileTableSize = kInitialSlots;
-    RFileTable = MemNewHandleClear(kInitialSlots * static_cast<int32_t>(sizeof(ResFileEntry)));
-    return RFileTable ? MgNoError : MgNoMemory;
-}
-
-// Files still open are left as they are; only the table goes.
-MgStatus RExit(void) {
-    MgStatus status = MemDisposeHandle(RFileTable);
-    RFileTable = nullptr;
-    RFileTableSize = 0;
-    return status;
-}
-
-// Id 0 finds a free slot like any other value: callers must not pass it.
-MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
+MgStatus FindFile(ResFile id, ResFileEntry** entry) {
     *entry = nullptr;
     if (!RFileTable) return MgBadResourceFile;
     ResFileEntry* slots = Slots();
@@ -58,6 +40,37 @@ MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
         }
     }
     return MgBadResourceFile;
+}
+
+}  // namespace rsrc
+
+extern "C" {
+
+Handle RFileTable = nullptr;
+int32_t RFileTableSize = 0;
+
+MgStatus RInit(void) {
+    RFileTableSize = kInitialSlots;
+    RFileTable = MemNewHandleClear(kInitialSlots * static_cast<int32_t>(sizeof(ResFileEntry)));
+    return RFileTable ? MgNoError : MgNoMemory;
+}
+
+// Files still open are left as they are; only the table goes, after any adds that wait have
+// reached their map.
+MgStatus RExit(void) {
+    PendingMergeAll();
+    MgStatus status = MemDisposeHandle(RFileTable);
+    RFileTable = nullptr;
+    RFileTableSize = 0;
+    return status;
+}
+
+// Id 0 finds a free slot like any other value: callers must not pass it. Whoever finds a file
+// here may read its map, so adds that wait for it are merged first.
+MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
+    MgStatus status = FindFile(id, entry);
+    if (!status) PendingObserve(*entry);
+    return status;
 }
 
 MgStatus RRegisterFile(ResFile* id, FileRef fileRef, Handle mapHandle, Ptr map) {

@@ -88,9 +88,37 @@ MgStatus RWriteData(FileRef fileRef, Handle h, int32_t size, int32_t position, i
     return MgNoError;
 }
 
+// Writes `size` bytes of data from position `from` of `in` behind a size word at `at` of
+// `out`, a piece at a time, with the pad zero: the bytes RWriteData gives, for data too large to
+// be held whole. `out` may be `in`, with `at` not behind `from`: every piece is read before
+// anything is written over it.
+MgStatus MoveInPieces(FileRef in, int32_t from, FileRef out, int32_t at, int32_t size,
+                      int32_t* written) {
+    *written = (size + 7) & ~3;
+    Ptr buffer = MemNewPtr(kCopyChunk);
+    if (!buffer) return MgNoMemory;
+    int32_t word = size;
+    FlipBig32(&word);
+    MgStatus status = FMSeek(out, at, FMSeekStart);
+    if (!status) status = FMWriteBytes(out, 4, nullptr, &word);
+    for (int32_t done = 0; !status && done < size;) {
+        const int32_t n = size - done < kCopyChunk ? size - done : kCopyChunk;
+        if (!(status = FMSeek(in, from + done, FMSeekStart)) &&
+            !(status = FMRead(in, n, nullptr, buffer)) &&
+            !(status = FMSeek(out, at + 4 + done, FMSeekStart)))
+            status = FMWriteBytes(out, n, nullptr, buffer);
+        done += n;
+    }
+    const uint8_t zeros[3] = {};
+    if (!status && (size & 3)) status = FMWriteBytes(out, 4 - (size & 3), nullptr, zeros);
+    MemDisposePtr(buffer);
+    return status;
+}
+
 // Writes one resource at file position `at` of `out`, from its handle or, when it isn't
 // loaded, through a temporary handle read from the file as it stands, which goes again
-// afterwards. The reference itself isn't changed here.
+// afterwards; data larger than a copy piece goes over in pieces instead, so that a pass holds
+// no more of it in memory than a piece. The reference itself isn't changed here.
 MgStatus RMoveData(ResFileEntry* entry, FileRef out, ResRefEntry* ref, int32_t at,
                    int32_t* written) {
     Handle h = DataHandle(ref);
@@ -103,6 +131,9 @@ MgStatus RMoveData(ResFileEntry* entry, FileRef out, ResRefEntry* ref, int32_t a
         const int64_t from = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
         if (size < 0) return MgEndOfFile;
         if ((status = CheckDataInFile(entry, from, size))) return status;
+        if (size > kCopyChunk)
+            return MoveInPieces(entry->fileRef, static_cast<int32_t>(from + 4), out, at, size,
+                                written);
         temporary = h = MemNewHandle(size);
         if (!h) return MgNoMemory;
         status = FMRead(entry->fileRef, size, nullptr, *h);
@@ -327,6 +358,7 @@ int32_t RTotalResources(Handle mapHandle) {
 // the file holds them; a failed pass leaves file and map as they were, with the dirty bit.
 MgStatus RWriteBack(ResFile id, ResFileEntry* entry) {
     (void)id;
+    PendingObserve(entry);
     Ptr map = entry->map;
     if (!(Word(map, kMapFileAttrs) & RFileDirty)) return MgNoError;
     DataCacheInvalidateAll();

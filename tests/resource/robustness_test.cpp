@@ -82,7 +82,8 @@ TEST_F(RobustnessTest, OutOfMemoryAtEveryAllocation) {
     EXPECT_GE(total, 5);
 }
 
-// What RFindHandle must answer: the first reference of any open file holding the handle.
+// What RFindHandle must answer: the first reference of any open file holding the handle,
+// each map reached through RLookupFile as its readers reach it.
 struct WalkResult {
     ResFile file = 0;
     ResRefEntry* ref = nullptr;
@@ -93,6 +94,8 @@ WalkResult Walk(Handle h) {
     const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
     for (int32_t i = 0; i < RFileTableSize; ++i) {
         if (slots[i].fileId == 0 || slots[i].reserved != 0) continue;
+        ResFileEntry* entry = nullptr;
+        EXPECT_EQ(RLookupFile(slots[i].fileId, &entry), MgNoError);
         Ptr map = slots[i].map;
         if (reinterpret_cast<ResFileHeader*>(map)->mapSize <= 32) continue;
         Ptr typeList = map + *reinterpret_cast<int32_t*>(map + 44);

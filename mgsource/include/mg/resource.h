@@ -109,6 +109,11 @@ MgStatus RCount(ResFile id, ResType type, int32_t* count);
 MgStatus RGetInd(ResFile id, ResType type, int32_t index, Handle* h);
 MgStatus RGet(ResFile id, ResType type, int32_t resId, Handle* h);
 MgStatus RGetNamed(ResFile id, ResType type, ConstPStr name, Handle* h);
+// The resource RGetNamed would give, without loading it: its index in the type's list and its
+// id (both 0 on failure). The checks a load makes of the data's place in the file are made
+// (4 when it can't lie there), so the statuses are RGetNamed's but those of reading the data
+// and of memory for it.
+MgStatus RFindNamed(ResFile id, ResType type, ConstPStr name, int32_t* index, int32_t* resId);
 MgStatus RExists(ResFile id, ResType type, int32_t resId, int32_t* found);
 MgStatus RGetInfo(Handle h, int32_t* resId, ResType* type, PStr name);
 MgStatus RGetAttrs(Handle h, int32_t* attrs);
@@ -137,6 +142,10 @@ MgStatus RGetPath(ResFile id, ResType type, int32_t resId, Path* out);
 MgStatus RAdd(Handle h, ResFile id, ResType type, int32_t resId, ConstPStr name);
 MgStatus RAddToMap(ResFileEntry* entry, Handle h, ResType type, int32_t resId, ConstPStr name);
 MgStatus RRemove(Handle h, ResFile id);
+// Takes the resource at `index` of `type`'s list out of the map as RRemove does (15 for no such
+// index, then RRemove's statuses), without loading its data. A loaded handle stays allocated
+// for whoever holds it.
+MgStatus RRemoveInd(ResFile id, ResType type, int32_t index);
 MgStatus RChanged(Handle h);
 MgStatus RSetAttrs(Handle h, int32_t attrs);
 int32_t RUniqueID(ResFile id, ResType type);
