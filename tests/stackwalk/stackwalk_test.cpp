@@ -156,3 +156,37 @@ TEST(StackDecoder, NamesByMode) {
 }
 
 }  // namespace
+
+// Functions that no program exports, whatever its link: a static one, called from one in an
+// anonymous namespace. This program is linked as a host's would be, without its symbols
+// exported.
+[[gnu::noinline]] static int CaptureInStatic(StackTrace& trace) {
+    trace.Capture(1);
+    return trace.Count() + 1;
+}
+
+namespace {
+
+[[gnu::noinline]] int CallsStatic(StackTrace& trace) {
+    return CaptureInStatic(trace) + 1;
+}
+
+TEST(StackTrace, NamesFunctionsThatAreNotExported) {
+    if (!plat::NamesInternalFunctions())
+        GTEST_SKIP() << "this build names exported functions alone";
+    ExceptStackTrace trace;
+    CallsStatic(trace);
+    const std::vector<std::string> lines = Dump(&trace);
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_NE(
+        lines[0].find(" - " + TracedFrameName("test_stackwalk", "CaptureInStatic", "StackTrace&")),
+        std::string::npos)
+        << lines[0];
+    EXPECT_NE(
+        lines[1].find(" - " + TracedFrameName("test_stackwalk", InAnonymousNamespace("CallsStatic"),
+                                              "StackTrace&")),
+        std::string::npos)
+        << lines[1];
+}
+
+}  // namespace

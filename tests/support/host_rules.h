@@ -72,3 +72,16 @@ inline std::string TracedFunctionName(const std::string& qualified, const std::s
 inline std::string ConsoleTextInStandardOutput(const std::string& text) {
     return WindowsHost() ? "" : text;
 }
+
+// How a stack trace qualifies a function of an anonymous namespace: the Windows symbol
+// library leaves the namespace out.
+inline std::string InAnonymousNamespace(const std::string& name) {
+    return WindowsHost() ? name : "(anonymous namespace)::" + name;
+}
+
+// How a trace line names a function of the program `module`: "module symbol", cut as a
+// decoded frame's field cuts it, to 49 characters.
+inline std::string TracedFrameName(const std::string& module, const std::string& qualified,
+                                   const std::string& parameters) {
+    return (module + " " + TracedFunctionName(qualified, parameters)).substr(0, 49);
+}
