@@ -143,6 +143,8 @@ bool ExactLeafName(const char* name, char* leaf, int32_t size);
 bool FollowLinks(const char* name, char* out, int32_t size);
 // Moves or renames; never replaces an existing entry.
 bool MoveEntry(const char* from, const char* to);
+// Renames a file, replacing a file already named `to` (never a directory) in one step.
+bool RenameReplacing(const char* from, const char* to);
 // Copies a file with its dates and permissions; never replaces an existing file.
 bool CopyFileNew(const char* from, const char* to);
 bool DeleteFileEntry(const char* name);
