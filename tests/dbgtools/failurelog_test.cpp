@@ -139,15 +139,20 @@ TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
 
 }  // namespace
 
-// A check that fails in a function no program exports, called from another.
-[[gnu::noinline]] static void FailInStatic() {
+// A check that fails in a function no program exports, called from another. The volatile
+// reads behind the calls keep them from becoming tail calls.
+[[gnu::noinline]] static int FailInStatic() {
+    volatile int after = 1;
     FailInFormatDate();
+    return after;
 }
 
 namespace {
 
-[[gnu::noinline]] void CallsStatic() {
-    FailInStatic();
+[[gnu::noinline]] int CallsStatic() {
+    volatile int after = 1;
+    const int r = FailInStatic();
+    return r + after;
 }
 
 TEST_F(FailureLog, StackLinesNameFunctionsThatAreNotExported) {
