@@ -160,15 +160,16 @@ TEST(StackDecoder, NamesByMode) {
 // Functions that no program exports, whatever its link: a static one, called from one in an
 // anonymous namespace. This program is linked as a host's would be, without its symbols
 // exported.
+// The volatile reads behind the calls keep them from becoming tail calls, also where the
+// optimiser drops the unused results.
 [[gnu::noinline]] static int CaptureInStatic(StackTrace& trace) {
+    volatile int after = 1;
     trace.Capture(1);
-    return trace.Count() + 1;
+    return after;
 }
 
 namespace {
 
-// The volatile read behind the call keeps it from becoming a tail call, also where the
-// optimiser drops the unused result.
 [[gnu::noinline]] int CallsStatic(StackTrace& trace) {
     volatile int after = 1;
     const int r = CaptureInStatic(trace);
