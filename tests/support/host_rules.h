@@ -78,10 +78,3 @@ inline std::string ConsoleTextInStandardOutput(const std::string& text) {
 inline std::string InAnonymousNamespace(const std::string& name) {
     return WindowsHost() ? name : "(anonymous namespace)::" + name;
 }
-
-// How a trace line names a function of the program `module`: "module symbol", cut as a
-// decoded frame's field cuts it, to 49 characters.
-inline std::string TracedFrameName(const std::string& module, const std::string& qualified,
-                                   const std::string& parameters) {
-    return (module + " " + TracedFunctionName(qualified, parameters)).substr(0, 49);
-}
