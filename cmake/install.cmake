@@ -59,7 +59,7 @@ else()
     # symbol must be asked for before the archive is read.
     set(MG_PC_FIRST_FLAGS " -Wl,--undefined=MXNewHandler")
     # The library that names stack traces (libdw, or the dynamic linker's where it needs one).
-    if(MG_LIBDW AND MG_LIBDW_INCLUDE)
+    if(MG_NAMES_LIBDW)
         set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -ldw")
     elseif(CMAKE_DL_LIBS)
         set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -l${CMAKE_DL_LIBS}")
