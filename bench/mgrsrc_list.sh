@@ -16,20 +16,7 @@ tool=${1:-build/release/mgrsrc}
 runs=${2:-15}
 count=${COUNT:-100000}
 
-if [ ! -x "$tool" ]; then
-    echo "mgrsrc_list: no mgrsrc at $tool (build it first)" >&2
-    exit 1
-fi
-if ! command -v python3 >/dev/null 2>&1; then
-    echo "mgrsrc_list: skipped, python3 is needed to make the file" >&2
-    exit 0
-fi
-case $(date +%N) in
-*[!0-9]* | "")
-    echo "mgrsrc_list: skipped, this date(1) has no nanoseconds" >&2
-    exit 0
-    ;;
-esac
+check_mgrsrc_bench mgrsrc_list "$tool"
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/mgrsrc.XXXXXX") || exit 1
 trap 'rm -rf "$work"' EXIT

@@ -22,3 +22,23 @@ median() {
 ms() {
     awk -v ns="$1" 'BEGIN { printf "%.1f", ns / 1e6 }'
 }
+
+# The mgrsrc scripts' checks, as `check_mgrsrc_bench NAME TOOL`: ends the script when the
+# tool isn't built (status 1), or python3 or a date(1) with nanoseconds is missing (skipped,
+# status 0).
+check_mgrsrc_bench() {
+    if [ ! -x "$2" ]; then
+        echo "$1: no mgrsrc at $2 (build it first)" >&2
+        exit 1
+    fi
+    if ! command -v python3 >/dev/null 2>&1; then
+        echo "$1: skipped, python3 is needed to make the input" >&2
+        exit 0
+    fi
+    case $(date +%N) in
+    *[!0-9]* | "")
+        echo "$1: skipped, this date(1) has no nanoseconds" >&2
+        exit 0
+        ;;
+    esac
+}

@@ -18,7 +18,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(MG_PACKAGE_VERSION 1.0.0)
+set(MG_PACKAGE_VERSION ${PROJECT_VERSION})
 set(MG_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/mg)
 
 set_target_properties(mg PROPERTIES EXPORT_NAME mg)
@@ -90,6 +90,6 @@ if(MG_TESTS)
     # The manual pages render with no warning; skipped where groff is missing.
     add_test(NAME manpage
              COMMAND ${CMAKE_COMMAND} -DDOC_DIR=${CMAKE_CURRENT_SOURCE_DIR}/doc
-                     -P ${CMAKE_CURRENT_SOURCE_DIR}/cmake/manpage_check.cmake)
+                     -DVERSION=${PROJECT_VERSION} -P ${CMAKE_CURRENT_SOURCE_DIR}/cmake/manpage_check.cmake)
     set_tests_properties(manpage PROPERTIES SKIP_REGULAR_EXPRESSION "groff not found")
 endif()

@@ -1,6 +1,13 @@
-# Run by ctest (manpage): every manual page renders with every groff warning on and not one
+# Run by ctest (manpage): every manual page names the project's version in its title line
+# (".TH ... "mxsbutil VERSION" ..."), and renders with every groff warning on and not one
 # printed. Says "groff not found" (ctest counts the case as skipped) where groff is missing.
-# Argument: DOC_DIR, the folder of the pages.
+# Arguments: DOC_DIR, the folder of the pages; VERSION, the project's version.
+foreach(page mxsbutil.1 mgrsrc.1)
+    file(STRINGS ${DOC_DIR}/${page} title REGEX "^\\.TH ")
+    if(NOT title MATCHES "\"mxsbutil ${VERSION}\"")
+        message(FATAL_ERROR "${page}: the title line doesn't name version ${VERSION}: ${title}")
+    endif()
+endforeach()
 find_program(GROFF groff)
 if(NOT GROFF)
     message("groff not found")

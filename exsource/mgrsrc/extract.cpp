@@ -24,20 +24,10 @@ const char kHelp[] =
     "written %HH, so that the names are safe on every host; a name met twice (ids repeated,\n"
     "or types that differ only in case) gets ~2, ~3, ... before .bin.\n"
     "\n"
+    "Says on standard output what it wrote, unless that is where the data went.\n"
+    "\n"
     "exit status: 0 written, 1 bad command line, 2 unreadable or unsound file, no such\n"
     "resource, data that can't be loaded, or an output that can't be written.\n";
-
-bool WriteBytes(const std::string& path, const uint8_t* data, int32_t size) {
-    if (path == "-") {
-        return plat::BinaryStandardOutput() &&
-               std::fwrite(data, 1, size_t(size), stdout) == size_t(size) &&
-               std::fflush(stdout) == 0;
-    }
-    std::ofstream out(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(data), size);
-    out.close();
-    return bool(out);
-}
 
 bool WriteResource(const Image& image, const Resource& r, const std::string& to) {
     if (r.size < 0) {
@@ -60,21 +50,14 @@ int ExtractAll(const Image& image, const std::string& dir) {
                      error.message().c_str());
         return kExitFailed;
     }
-    std::set<std::string> used;  // lower-cased: some hosts don't tell case apart
+    const std::vector<std::string> names = DataFileNames(image);
     int status = kExitOk;
-    for (const Resource& r : image.resources) {
-        const std::string base = SafeFileName(r.type, r.id);
-        std::string name = base;
-        for (int n = 2;; ++n) {
-            std::string folded = name;
-            for (char& c : folded)
-                if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
-            if (used.insert(folded).second) break;
-            name = base.substr(0, base.size() - 4) + '~' + std::to_string(n) + ".bin";
-        }
-        const std::string to = (std::filesystem::path(dir) / name).string();
-        if (!WriteResource(image, r, to)) status = kExitFailed;
+    for (size_t i = 0; i < names.size(); ++i) {
+        const std::string to = (std::filesystem::path(dir) / names[i]).string();
+        if (!WriteResource(image, image.resources[i], to)) status = kExitFailed;
     }
+    if (status == kExitOk)
+        std::printf("wrote %s into %s\n", Count(names.size(), "resource").c_str(), dir.c_str());
     return status;
 }
 
@@ -102,6 +85,34 @@ const Resource* Find(const Image& image, ResType type, const std::string& key, b
 
 }  // namespace
 
+bool WriteBytes(const std::string& path, const uint8_t* data, int32_t size) {
+    if (path == "-") {
+        return plat::BinaryStandardOutput() &&
+               std::fwrite(data, 1, size_t(size), stdout) == size_t(size) &&
+               std::fflush(stdout) == 0;
+    }
+    std::ofstream out(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(data), size);
+    out.close();
+    return bool(out);
+}
+
+std::vector<std::string> DataFileNames(const Image& image) {
+    std::vector<std::string> names;
+    names.reserve(image.resources.size());
+    std::set<std::string> used;  // lower-cased: some hosts don't tell case apart
+    for (const Resource& r : image.resources) {
+        const std::string base = SafeFileName(r.type, r.id);
+        std::string name = base;
+        for (int n = 2;; ++n) {
+            if (used.insert(FoldedFileName(name)).second) break;
+            name = base.substr(0, base.size() - 4) + '~' + std::to_string(n) + ".bin";
+        }
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
 int ExtractCommand(const std::vector<std::string>& args) {
     CommandLine line;
     if (int done = SplitArgs("extract", kHelp, args, {"--all", "--name"}, {"-o"}, &line); done >= 0)
@@ -125,6 +136,11 @@ int ExtractCommand(const std::vector<std::string>& args) {
         return kExitFailed;
     }
     const std::string* out = line.Value("-o");
-    return WriteResource(image, *r, out ? *out : SafeFileName(r->type, r->id)) ? kExitOk
-                                                                               : kExitFailed;
+    const std::string to = out ? *out : SafeFileName(r->type, r->id);
+    if (!WriteResource(image, *r, to)) return kExitFailed;
+    // Standard output holds the data itself when it is the output.
+    if (to != "-")
+        std::printf("wrote %s %d, %s, to %s\n", TypeText(r->type).c_str(), r->id,
+                    Count(size_t(r->size), "byte").c_str(), to.c_str());
+    return kExitOk;
 }

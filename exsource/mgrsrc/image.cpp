@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "mgrsrc/mgrsrc.h"
+#include "mgrsrc/resfile.h"
 
 namespace {
 
@@ -31,6 +32,7 @@ void KeepResource(void* context, const RCheckedRef* ref) {
     r.attrs = ref->attrs;
     r.named = ref->name != nullptr;
     if (ref->name) r.name.assign(reinterpret_cast<const char*>(ref->name + 1), ref->name[0]);
+    if (ref->name) r.nameAt = ref->name - loading->image->bytes.get();
     r.entryAt = ref->entryAt;
     r.dataAt = ref->dataAt;
     r.size = ref->size;
@@ -62,7 +64,8 @@ bool LoadImage(const std::string& command, const std::string& path, bool keepFin
         }
     }
     if (!in) {
-        std::fprintf(stderr, "mgrsrc %s: cannot read %s\n", command.c_str(), path.c_str());
+        std::fprintf(stderr, "mgrsrc %s: cannot read %s: %s\n", command.c_str(), path.c_str(),
+                     WhyUnreadable(path).c_str());
         return false;
     }
     Loading loading{image, keepFindings, &each};

@@ -2,6 +2,7 @@
 // them (types in type-list order, each type's references as its list stands in the file).
 #include <charconv>
 
+#include "mgrsrc/json.h"
 #include "mgrsrc/mgrsrc.h"
 
 namespace {
@@ -9,10 +10,11 @@ namespace {
 const char kHelp[] =
     "usage: mgrsrc list [--json] FILE\n"
     "\n"
-    "Prints the header's fields (version, file type, creator, data and map sizes and\n"
-    "offsets), then one line per resource: type, id, name (- for none), size in bytes\n"
-    "(? when the data can't be loaded) and attributes in words, in the order the map holds\n"
-    "them. --json prints the same as one JSON object.\n"
+    "Prints the header's fields (version, file type, creator, data and map sizes, where an\n"
+    "embedded file starts, the number of resources), a line that names the columns, then one\n"
+    "line per resource: type, id, name (- for none), size in bytes (? when the data can't be\n"
+    "loaded) and attributes in words, in the order the map holds them. --json prints the same\n"
+    "as one JSON object, with the data and map offsets as well.\n"
     "\n"
     "exit status: 0 listed, 1 bad command line, 2 unreadable or unsound file.\n";
 
@@ -58,50 +60,40 @@ std::string Head(const Image& image) {
     AppendField(&out, "map size   ", h.mapSize);
     if (image.summary.base) AppendField(&out, "embedded at ", image.summary.base);
     AppendField(&out, "resources  ", image.summary.resources);
-    return out;
+    return out + "type id name size attributes\n";
 }
 
 void AppendJsonLine(std::string* out, const RCheckedRef& r, bool first) {
-    *out += first ? "\n{\"type\":" : ",\n{\"type\":";
-    AppendJsonString(out, reinterpret_cast<const char*>(&r.type), 4);
-    *out += ",\"id\":";
-    AppendNumber(out, r.id);
-    *out += ",\"name\":";
-    if (r.name)
-        AppendJsonString(out, reinterpret_cast<const char*>(r.name + 1), r.name[0]);
-    else
-        *out += "null";
-    *out += ",\"size\":";
-    if (r.size < 0)
-        *out += "null";
-    else
-        AppendNumber(out, r.size);
-    *out += ",\"attributes\":[";
-    if (r.attrs & RAttrProtected) *out += "\"protected\"";
-    if (r.attrs & RAttrChanged) *out += (r.attrs & RAttrProtected) ? ",\"changed\"" : "\"changed\"";
-    *out += "],\"attributeBits\":";
-    AppendNumber(out, uint32_t(r.attrs));
-    *out += '}';
+    Json attributes = Json::array();
+    if (r.attrs & RAttrProtected) attributes.push_back("protected");
+    if (r.attrs & RAttrChanged) attributes.push_back("changed");
+    const Json line = {
+        {"type", JsonText(reinterpret_cast<const char*>(&r.type), 4)},
+        {"id", r.id},
+        {"name", r.name ? JsonText(reinterpret_cast<const char*>(r.name + 1), r.name[0]) : Json()},
+        {"size", r.size < 0 ? Json() : Json(r.size)},
+        {"attributes", std::move(attributes)},
+        {"attributeBits", uint32_t(r.attrs)},
+    };
+    *out += first ? "\n" : ",\n";
+    *out += JsonLine(line);
 }
 
+// The header's fields, and the start of the list of resources that follows in pieces.
 std::string JsonHead(const Image& image) {
     const ResFileHeader& h = image.summary.header;
-    std::string out = "{\"version\":";
-    AppendNumber(&out, h.version);
-    out +=
-        ",\"fileType\":" + JsonString(std::string(reinterpret_cast<const char*>(&h.fileType), 4));
-    out += ",\"creator\":" + JsonString(std::string(reinterpret_cast<const char*>(&h.creator), 4));
-    const std::pair<const char*, int64_t> fields[] = {{"dataOffset", h.dataOffset},
-                                                      {"dataSize", h.dataSize},
-                                                      {"mapOffset", h.mapOffset},
-                                                      {"mapSize", h.mapSize},
-                                                      {"embeddedAt", image.summary.base}};
-    for (const auto& [name, value] : fields) {
-        out += ",\"";
-        out += name;
-        out += "\":";
-        AppendNumber(&out, value);
-    }
+    const Json head = {
+        {"version", h.version},
+        {"fileType", JsonText(reinterpret_cast<const char*>(&h.fileType), 4)},
+        {"creator", JsonText(reinterpret_cast<const char*>(&h.creator), 4)},
+        {"dataOffset", h.dataOffset},
+        {"dataSize", h.dataSize},
+        {"mapOffset", h.mapOffset},
+        {"mapSize", h.mapSize},
+        {"embeddedAt", image.summary.base},
+    };
+    std::string out = JsonLine(head);
+    out.pop_back();
     return out + ",\"resources\":[";
 }
 

@@ -24,6 +24,7 @@ struct Resource {
     int32_t attrs = 0;
     bool named = false;
     std::string name;
+    int64_t nameAt = -1;  // of its count byte; -1: no name
     int64_t entryAt = 0;
     int64_t dataAt = -1;  // -1: the data can't be loaded
     int32_t size = -1;
@@ -48,6 +49,8 @@ bool LoadImage(const std::string& command, const std::string& path, bool keepFin
                Image* image, const EachResource& each = nullptr);
 // False, with a message naming the first fault, when the reader wouldn't open the file.
 bool RequireSound(const std::string& command, const Image& image);
+// False, with a message naming the first fault, when verify would call the file unsound.
+bool RequireVerified(const std::string& command, const Image& image);
 // The first fault of an image, as a text with its offset.
 std::string FirstFault(const Image& image);
 
@@ -57,13 +60,17 @@ std::string TypeText(ResType type);
 void AppendType(std::string* out, ResType type);
 void AppendName(std::string* out, const uint8_t* pstr);  // "name", or - for null
 void AppendAttrWords(std::string* out, int32_t attrs);
-void AppendJsonString(std::string* out, const char* bytes, size_t n);
 std::string QuotedName(const Resource& r);  // "name" with escapes, or - for none
 std::string AttrWords(int32_t attrs);       // none, or e.g. protected,changed,0x40
-std::string JsonString(const std::string& bytes);
+// Attributes as AttrWords writes them, or as numbers (0x for hexadecimal), joined by commas.
+bool ParseAttrs(const std::string& text, int32_t* attrs);
 // A file name from type and id that every host accepts: TYPE_ID.bin with every byte of the
 // type outside [A-Za-z0-9-] as %HH; never a reserved device name, never a separator.
 std::string SafeFileName(ResType type, int32_t id);
+// A file name as hosts that don't tell case apart see it: A-Z lower-cased.
+std::string FoldedFileName(std::string name);
+// "1 resource", "2 resources".
+std::string Count(size_t n, const char* noun);
 // A TYPE argument: up to four characters, blanks fill. False when longer or empty.
 bool ParseType(const std::string& text, ResType* type);
 bool ParseId(const std::string& text, int32_t* id);
@@ -73,6 +80,17 @@ int ListCommand(const std::vector<std::string>& args);
 int ExtractCommand(const std::vector<std::string>& args);
 int VerifyCommand(const std::vector<std::string>& args);
 int DiffCommand(const std::vector<std::string>& args);
+int UnpackCommand(const std::vector<std::string>& args);
+int PackCommand(const std::vector<std::string>& args);
+int AddCommand(const std::vector<std::string>& args);
+int RemoveCommand(const std::vector<std::string>& args);
+int SetCommand(const std::vector<std::string>& args);
+
+// extract --all and unpack: the file name of each resource's data, in the order of
+// image.resources.
+std::vector<std::string> DataFileNames(const Image& image);
+// Writes `size` bytes to the file `path`, or to standard output for "-".
+bool WriteBytes(const std::string& path, const uint8_t* data, int32_t size);
 
 // Usage errors: the message and a pointer to --help on standard error; returns kExitUsage.
 int UsageError(const std::string& command, const std::string& message);

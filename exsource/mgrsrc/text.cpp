@@ -1,4 +1,4 @@
-// Text forms of types, names and attributes, JSON strings, and file names for extraction.
+// Text forms of types, names and attributes, and file names for extraction.
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -83,30 +83,6 @@ std::string AttrWords(int32_t attrs) {
     return out;
 }
 
-// Bytes above 7F are taken as the code points of the same number: the format's text is
-// 8-bit, and no code page is recorded in the file.
-void AppendJsonString(std::string* out, const char* bytes, size_t n) {
-    *out += '"';
-    for (size_t i = 0; i < n; ++i) {
-        const uint8_t c = uint8_t(bytes[i]);
-        if (c == '"' || c == '\\') {
-            *out += '\\';
-            *out += char(c);
-        } else if (c < 0x20 || c > 0x7E) {
-            AppendHex(out, "\\u00", c);
-        } else {
-            *out += char(c);
-        }
-    }
-    *out += '"';
-}
-
-std::string JsonString(const std::string& bytes) {
-    std::string out;
-    AppendJsonString(&out, bytes.data(), bytes.size());
-    return out;
-}
-
 std::string SafeFileName(ResType type, int32_t id) {
     std::string out;
     const auto* bytes = reinterpret_cast<const uint8_t*>(&type);
@@ -118,6 +94,16 @@ std::string SafeFileName(ResType type, int32_t id) {
     }
     // The "_id" keeps the stem from ever being a device name such as CON or COM1.
     return out + '_' + std::to_string(id) + ".bin";
+}
+
+std::string Count(size_t n, const char* noun) {
+    return std::to_string(n) + ' ' + noun + (n == 1 ? "" : "s");
+}
+
+std::string FoldedFileName(std::string name) {
+    for (char& c : name)
+        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+    return name;
 }
 
 bool ParseType(const std::string& text, ResType* type) {
@@ -132,4 +118,33 @@ bool ParseId(const std::string& text, int32_t* id) {
     const char* end = text.data() + text.size();
     auto [at, error] = std::from_chars(text.data(), end, *id);
     return !text.empty() && error == std::errc() && at == end;
+}
+
+// The words of AppendAttrWords, and numbers (decimal or 0x hexadecimal), joined by commas.
+bool ParseAttrs(const std::string& text, int32_t* attrs) {
+    uint32_t bits = 0;
+    size_t from = 0;
+    do {
+        size_t end = text.find(',', from);
+        if (end == std::string::npos) end = text.size();
+        const std::string word = text.substr(from, end - from);
+        uint32_t value = 0;
+        const bool hex = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
+        const char* first = word.data() + (hex ? 2 : 0);
+        const char* last = word.data() + word.size();
+        if (word == "none") {
+        } else if (word == "protected") {
+            bits |= RAttrProtected;
+        } else if (word == "changed") {
+            bits |= RAttrChanged;
+        } else if (auto [at, error] = std::from_chars(first, last, value, hex ? 16 : 10);
+                   first != last && error == std::errc() && at == last) {
+            bits |= value;
+        } else {
+            return false;
+        }
+        from = end + 1;
+    } while (from <= text.size());
+    *attrs = int32_t(bits);
+    return true;
 }

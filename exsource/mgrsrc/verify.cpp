@@ -48,3 +48,10 @@ int VerifyCommand(const std::vector<std::string>& args) {
     if (!WriteOut(out)) return kExitFailed;
     return s.faults ? kExitFailed : kExitOk;
 }
+
+bool RequireVerified(const std::string& command, const Image& image) {
+    if (!image.summary.faults) return true;
+    std::fprintf(stderr, "mgrsrc %s: %s is not a sound resource file: %s\n", command.c_str(),
+                 image.path.c_str(), FirstFault(image).c_str());
+    return false;
+}

@@ -14,7 +14,7 @@ namespace mgmem {
 
 // A new block must be 4-aligned, and the zone must still be sound; a check that allocates
 // does not start another.
-void CheckNewBlock(const void* handle, const void* block) {
+void CheckNewBlockChecked(const void* handle, const void* block) {
     if (!gMemChecking || (!handle && !block)) return;
     if ((reinterpret_cast<uintptr_t>(handle) | reinterpret_cast<uintptr_t>(block)) & 3) MG_FAIL();
     if (gMemStatsBusy) return;

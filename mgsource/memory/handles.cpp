@@ -5,6 +5,7 @@
 #include "memory/zone.h"
 #include "mg/dbgtools.h"
 #include "platform/platform.h"
+#include "platform/smallblocks.h"
 
 MG_SOURCE_IDENTITY("mgsource\\memory\\handles.cpp", "$Revision: 1 $");
 
@@ -29,7 +30,7 @@ Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
         if (master) {
             // A negative size cannot hold the header; it fails like an allocation.
             if (size >= 0 && total <= INT32_MAX) {
-                block = static_cast<uint8_t*>(plat::Malloc(static_cast<size_t>(total)));
+                block = static_cast<uint8_t*>(plat::MallocSized(static_cast<size_t>(total)));
             }
             AddBytesAllocated(total);
         }
@@ -48,8 +49,9 @@ Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear) {
 
 void ZoneDisposeHandle(MemZone* zone, Handle h) {
     uint8_t* block = BlockOf(zone, h);
-    AddBytesAllocated(-(static_cast<int64_t>(*SizeWord(block)) + zone->headerSize));
-    plat::Free(block);
+    const int64_t total = static_cast<int64_t>(*SizeWord(block)) + zone->headerSize;
+    AddBytesAllocated(-total);
+    plat::FreeSized(block, static_cast<size_t>(total));
     ReleaseMasterPointer(zone, h);
 }
 
@@ -65,7 +67,8 @@ MgStatus ZoneResize(MemZone* zone, Handle h, int32_t size, bool clear) {
         const int64_t newTotal = static_cast<int64_t>(size) + zone->headerSize;
         uint8_t* moved = nullptr;
         if (TotalIsAllocatable(newTotal)) {
-            moved = static_cast<uint8_t*>(plat::Realloc(block, static_cast<size_t>(newTotal)));
+            moved = static_cast<uint8_t*>(plat::ReallocSized(block, static_cast<size_t>(oldTotal),
+                                                             static_cast<size_t>(newTotal)));
         }
         if (moved != block) ++zone->moves;
         // Counted on failure too: the figure drifts by the change and is never corrected.

@@ -29,7 +29,9 @@ inline uint8_t* FreeLink(uint8_t** next) {
 
 }  // namespace
 
-uint8_t** TakeMasterPointer(MemZone* zone) {
+// The free list checked before and after, as the checks ask; the inline form in zone.h comes
+// here only with checking on or an empty list.
+uint8_t** TakeMasterPointerChecked(MemZone* zone) {
     for (;;) {
         if (gMemChecking && MemCheckFreeList(zone) != MgNoError) return nullptr;
         if (zone->freeMasters) break;
@@ -42,12 +44,6 @@ uint8_t** TakeMasterPointer(MemZone* zone) {
     if (gMemChecking && MemCheckFreeList(zone) != MgNoError) return nullptr;
     *master = nullptr;
     return master;
-}
-
-void ReleaseMasterPointer(MemZone* zone, uint8_t** master) {
-    *master = FreeLink(zone->freeMasters);
-    zone->freeMasters = master;
-    ++zone->freeMasterCount;
 }
 
 }  // namespace mgmem

@@ -44,10 +44,14 @@ struct MemZone {
     int32_t resizes;
     int32_t moves;
     // Beyond the record proper: the zone's number in handle tokens, and its master blocks in
-    // creation order so that a token finds its block in constant time.
+    // creation order so that a token finds its block in constant time; the two blocks whose
+    // index a token asked for last, with their indices, so that making a token of a handle
+    // from a run costs no search of the table.
     int32_t tokenZone;
     int32_t blockTableCapacity;
     mgmem::MasterBlock** blockTable;
+    mgmem::MasterBlock* tokenBlock[2];
+    int32_t tokenIndex[2];
 };
 
 namespace mgmem {
@@ -96,18 +100,37 @@ inline int32_t HandleSizeOf(const MemZone* zone, Handle h) {
 }
 
 // Adds to gBytesAllocated with the wrap-around of a 32-bit counter.
-void AddBytesAllocated(int64_t delta);
+inline void AddBytesAllocated(int64_t delta) {
+    gBytesAllocated =
+        static_cast<int32_t>(static_cast<uint32_t>(gBytesAllocated) + static_cast<uint32_t>(delta));
+}
 
 // Runs the grow callback for a failed allocation of `size`; true asks the caller to retry.
 // Giving up records the size as the failed allocation.
 bool OutOfMemoryRetry(MemZone* zone, int64_t size);
 
 // With checking on: a new block must be 4-aligned, and the main zone is checked.
-void CheckNewBlock(const void* handle, const void* block);
+void CheckNewBlockChecked(const void* handle, const void* block);
+inline void CheckNewBlock(const void* handle, const void* block) {
+    if (gMemChecking) CheckNewBlockChecked(handle, block);
+}
 
 // Takes a master pointer off the zone's free list, adding a block when it is empty.
-uint8_t** TakeMasterPointer(MemZone* zone);
-void ReleaseMasterPointer(MemZone* zone, uint8_t** master);
+uint8_t** TakeMasterPointerChecked(MemZone* zone);
+inline uint8_t** TakeMasterPointer(MemZone* zone) {
+    uint8_t** master = zone->freeMasters;
+    if (gMemChecking || !master) return TakeMasterPointerChecked(zone);
+    zone->freeMasters =
+        reinterpret_cast<uint8_t**>(reinterpret_cast<uintptr_t>(*master) & ~uintptr_t{1});
+    --zone->freeMasterCount;
+    *master = nullptr;
+    return master;
+}
+inline void ReleaseMasterPointer(MemZone* zone, uint8_t** master) {
+    *master = reinterpret_cast<uint8_t*>(reinterpret_cast<uintptr_t>(zone->freeMasters) | 1);
+    zone->freeMasters = master;
+    ++zone->freeMasterCount;
+}
 
 Handle ZoneNewHandle(MemZone* zone, int32_t size, bool clear);
 // Both take a handle already found valid.

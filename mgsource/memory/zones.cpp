@@ -29,11 +29,6 @@ MasterBlock* WalkMasterBlocks(MemZone* zone, uintptr_t address) {
     return nullptr;
 }
 
-void AddBytesAllocated(int64_t delta) {
-    gBytesAllocated =
-        static_cast<int32_t>(static_cast<uint32_t>(gBytesAllocated) + static_cast<uint32_t>(delta));
-}
-
 namespace {
 
 void InitZone(MemZone* zone, int32_t headerSize, int32_t tokenZone) {

@@ -73,11 +73,6 @@ void ResetFaults() {
     gFaults = FaultState{};
 }
 
-bool AllocationShouldFail() {
-    ++gFaults.allocCount;
-    return gFaults.failAllocAt > 0 && gFaults.allocCount == gFaults.failAllocAt;
-}
-
 void FailFileOpAt(FileOp op, int64_t n, int32_t status) {
     gFaults.failFileAt[op] = n;
     gFaults.failFileStatus[op] = status;

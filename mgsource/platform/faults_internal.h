@@ -26,8 +26,12 @@ extern FaultState gFaults;
 // Blocks allocated and not freed; kept apart from gFaults, which ResetFaults clears.
 extern int64_t gLiveBlocks;
 
-// Counts one allocation and says whether it is the one armed to fail.
-bool AllocationShouldFail();
+// Counts one allocation and says whether it is the one armed to fail. Inline, since every
+// small block asks.
+inline bool AllocationShouldFail() {
+    ++gFaults.allocCount;
+    return gFaults.failAllocAt > 0 && gFaults.allocCount == gFaults.failAllocAt;
+}
 // Counts one call of `op`; when it is the one armed to fail, gives the status to report, else 0.
 int32_t FileOpShouldFail(FileOp op);
 // Counts one call of operator new and says whether it is the one armed to fail.

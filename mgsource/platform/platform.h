@@ -20,6 +20,12 @@ void Free(void* block);
 // which spares one page fault and one page clear for every small page of it. A hint only:
 // the block's bytes and size are the same either way.
 void AdviseLargeBlock(void* block, size_t size);
+// Blocks whose size the caller states again when it resizes or frees them are in
+// platform/smallblocks.h.
+// Memory for the slabs: `size` bytes (a power of two) aligned to `size`, outside the fault hook
+// and the live-block count; null when there is none.
+void* AlignedBlock(size_t size);
+void FreeAlignedBlock(void* block);
 
 // Writes the current directory, NUL-terminated, into `buffer` of `size` bytes; returns its
 // length, or 0 when it does not fit or cannot be read.

@@ -7,6 +7,8 @@
 // any file it drops every window (a file may be open twice, under two ids), and a file's
 // window goes when it closes, as its id may come back for another file. A window that can't
 // be allocated simply isn't used: reads then go straight to the file.
+#include <string.h>
+
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
@@ -19,18 +21,11 @@ using namespace rsrc;
 
 namespace {
 
-struct Window {
-    ResFile fileId;  // 0: slot unused
-    Ptr bytes;       // kDataWindowSize bytes, or null
-    int64_t start;   // file position of bytes[0]
-    int32_t length;  // valid bytes; 0: nothing cached
-    uint64_t lastUse;
-};
+using Window = DataWindow;
 
 constexpr int32_t kWindows = 4;
 
 Window gWindows[kWindows];
-uint64_t gUseClock = 0;
 
 Window* Find(ResFile id) {
     for (Window& w : gWindows)
@@ -58,7 +53,7 @@ Window* Claim(ResFile id) {
         w->fileId = 0;
         return nullptr;
     }
-    w->lastUse = ++gUseClock;
+    w->lastUse = ++gDataUseClock;
     return w;
 }
 
@@ -102,7 +97,10 @@ MgStatus Fill(Window* w, FileRef fileRef, int64_t low, int64_t high, int64_t at,
 
 namespace rsrc {
 
-MgStatus DataRead(const ResFileEntry* entry, int64_t at, int32_t count, void* dst) {
+DataWindow* gDataLastServed = nullptr;
+uint64_t gDataUseClock = 0;
+
+MgStatus DataReadMiss(const ResFileEntry* entry, int64_t at, int32_t count, void* dst) {
     const ResFileHeader* header = HeaderOf(entry->map);
     const int64_t low = header->dataOffset;
     const int64_t high = low + header->dataSize;
@@ -114,8 +112,9 @@ MgStatus DataRead(const ResFileEntry* entry, int64_t at, int32_t count, void* ds
         if (!(w = Claim(entry->fileId))) return ReadDirect(entry->fileRef, at, count, dst);
         if (MgStatus status = Fill(w, entry->fileRef, low, high, at, count)) return status;
     }
-    w->lastUse = ++gUseClock;
-    BlockMove(w->bytes + (at - w->start), dst, count);
+    w->lastUse = ++gDataUseClock;
+    gDataLastServed = w;
+    memcpy(dst, w->bytes + (at - w->start), static_cast<size_t>(count));
     return MgNoError;
 }
 
@@ -128,6 +127,7 @@ void DataCacheDrop(ResFile id) {
     if (Window* w = Find(id)) {
         if (w->bytes) MemDisposePtr(w->bytes);
         *w = Window{};
+        if (w == gDataLastServed) gDataLastServed = nullptr;
     }
 }
 

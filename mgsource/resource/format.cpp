@@ -28,14 +28,6 @@ bool Fits(int64_t start, int64_t length, int64_t size) {
 
 namespace rsrc {
 
-void FlipBig32(void* p) {
-    if constexpr (std::endian::native == std::endian::little) Swap32(p);
-}
-
-void FlipBig16(void* p) {
-    if constexpr (std::endian::native == std::endian::little) Swap16(p);
-}
-
 bool HeaderPasses(const ResFileHeader* h) {
     if (memcmp(h->signature, kSignature, 4) != 0) return false;
     if (h->version == 2) return true;

@@ -51,12 +51,37 @@ void Remember(ResFile id, ResType type, Handle h, int32_t resId) {
     RLastGot = RLastGotRecord{id, type, h, resId};
 }
 
+// Size word and data come through the file's read window; data too large for it is read
+// from the file straight into the new handle. `type` is the type whose list holds `ref`.
+MgStatus LoadData(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* loaded) {
+    MG_CHECK(ref->handle == 0);
+    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
+    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
+    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
+    int32_t size;
+    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
+    FlipBig32(&size);
+    if (size < 0 || int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
+    if (MgStatus status = CheckDataInFile(entry, at, size)) return status;
+    Handle h = MemNewHandle(size);
+    if (!h) return MgNoMemory;
+    MgStatus status = DataRead(entry, at + 4, size, *h);
+    if (!status) status = AttachNewHandle(entry, type, ref, MemHandleToken(h));
+    if (status) {
+        MemDisposeHandle(h);
+        return status;
+    }
+    *loaded = h;
+    return MgNoError;
+}
+
 // Loads `ref` when needed and gives its handle.
 MgStatus Deliver(ResFileEntry* entry, ResType type, ResRefEntry* ref, Handle* h) {
     if (!ref->handle) {
-        if (MgStatus status = RLoadData(entry, ref)) return status;
+        if (MgStatus status = LoadData(entry, type, ref, h)) return status;
+    } else {
+        *h = DataHandle(ref);
     }
-    *h = DataHandle(ref);
     Remember(entry->fileId, type, *h, ref->id);
     return MgNoError;
 }
@@ -159,10 +184,18 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
         }
     }
     if (!RFileTable) return MgBadResourceFile;
+    if (token == 0) return MgResourceNotFound;
     // The index stands in for a walk of every reference of every open file: it names the
-    // one reference that can hold the handle, which is then checked against its map.
+    // one reference that can hold the handle, which is then checked against its map. Without
+    // memory for it, the walk answers.
+    if (!IndexReady()) {
+        ResRefEntry* r;
+        ResType t;
+        if (RFindHandleByWalk(token, &e, &r, &t)) return MgResourceNotFound;
+        return Found(e, r, t, entry, ref, type);
+    }
     RefLocator where;
-    if (token == 0 || !IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
+    if (!IndexFind(token, &where) || where.fileId == 0) return MgResourceNotFound;
     if (RLookupFile(where.fileId, &e) != MgNoError || e->reserved != 0 || MapEmpty(e->map))
         return MgResourceNotFound;
     Ptr typeList = TypeListOf(e->map);
@@ -172,30 +205,10 @@ MgStatus RFindHandle(Handle h, ResFileEntry** entry, ResRefEntry** ref, ResType*
     return Found(e, r, t->type, entry, ref, type);
 }
 
-// Size word and data come through the file's read window; data too large for it is read
-// from the file straight into the new handle.
 MgStatus RLoadData(ResFileEntry* entry, ResRefEntry* ref) {
-    MG_CHECK(ref->handle == 0);
-    const int32_t dataSize = HeaderOf(entry->map)->dataSize;
-    if (int64_t{ref->dataOffset} + 4 > dataSize) return MgEndOfFile;
-    const int64_t at = int64_t{HeaderOf(entry->map)->dataOffset} + ref->dataOffset;
-    int32_t size;
-    if (MgStatus status = DataRead(entry, at, 4, &size)) return status;
-    FlipBig32(&size);
-    if (size < 0 || int64_t{ref->dataOffset} + size + 4 > dataSize) return MgEndOfFile;
-    if (MgStatus status = CheckDataInFile(entry, at, size)) return status;
-    Handle h = MemNewHandle(size);
-    if (!h) return MgNoMemory;
-    const uint32_t token = MemHandleToken(h);
-    MgStatus status = IndexReserve(token);
-    if (!status) status = DataRead(entry, at + 4, size, *h);
-    if (status) {
-        MemDisposeHandle(h);
-        return status;
-    }
     ResTypeEntry* t = TypeOfRef(entry->map, ref);
-    AttachHandle(entry, t ? t->type : 0, ref, token);
-    return MgNoError;
+    Handle loaded;
+    return LoadData(entry, t ? t->type : 0, ref, &loaded);
 }
 
 MgStatus RCountTypes(ResFile id, int32_t* count) {

@@ -6,6 +6,10 @@
 // on the type list standing at 52 and on those lists being contiguous ("canonical" below).
 #pragma once
 
+#include <string.h>
+
+#include <bit>
+
 #include "mg/resource.h"
 
 namespace rsrc {
@@ -52,9 +56,23 @@ inline void SetDirty(Ptr map) {
 }
 
 // Converts a 32- or 16-bit word between big-endian and host order; the same call serves both
-// directions.
-void FlipBig32(void* p);
-void FlipBig16(void* p);
+// directions. Inline: a map's conversion flips four words of every reference.
+inline void FlipBig32(void* p) {
+    if constexpr (std::endian::native == std::endian::little) {
+        uint32_t v;
+        memcpy(&v, p, 4);
+        v = __builtin_bswap32(v);
+        memcpy(p, &v, 4);
+    }
+}
+inline void FlipBig16(void* p) {
+    if constexpr (std::endian::native == std::endian::little) {
+        uint16_t v;
+        memcpy(&v, p, 2);
+        v = __builtin_bswap16(v);
+        memcpy(p, &v, 2);
+    }
+}
 
 // The name of a reference, or null when it has none or its position lies outside the block.
 ConstPStr NameOf(Ptr map, int32_t mapBytes, const ResRefEntry* ref);
@@ -81,14 +99,21 @@ MgStatus ValidateFileMap(const uint8_t* raw, int32_t mapSize);
 using MapFaultProc = bool (*)(void* context, int64_t at, const char* what);
 MgStatus CheckMapLists(const uint8_t* raw, int32_t mapSize, MapFaultProc proc, void* context);
 
-// Index from a data handle's token to its reference. Every reference with a nonzero handle
-// word is in it; entries are hints, checked against the map on every use.
+// Index from a data handle's token to its reference. While it is live, every reference with a
+// nonzero handle word is in it; entries are hints, checked against the map on every use.
 struct RefLocator {
     ResFile fileId;
     ResType type;
     int32_t resId;
 };
-// Makes room for the entry of `token` (nonzero), so that the insert that follows can't fail.
+// True when the index is live, building it from the open maps if it was dormant; false when
+// memory ran out, and the index stays dormant.
+bool IndexReady();
+// The walk that the index stands in for: the first reference of the open files that holds
+// `token`; 15 when none does.
+MgStatus RFindHandleByWalk(uint32_t token, ResFileEntry** entry, ResRefEntry** ref, ResType* type);
+// Makes room for the entry of `token` (nonzero), so that the insert that follows can't fail;
+// nothing to do while the index is dormant.
 MgStatus IndexReserve(uint32_t token);
 void IndexInsert(uint32_t token, const RefLocator& where);
 void IndexErase(uint32_t token);
@@ -97,6 +122,9 @@ int32_t IndexCount();
 // Stores the token of a data handle in `ref` and in the index; IndexReserve must have
 // succeeded for it first.
 void AttachHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, uint32_t token);
+// Both steps in one, for a handle that nothing else knows yet; 2 when the index has no room,
+// with nothing changed.
+MgStatus AttachNewHandle(ResFileEntry* entry, ResType type, ResRefEntry* ref, uint32_t token);
 // Clears the handle word of `ref` and drops it from the index.
 void DetachHandle(ResRefEntry* ref);
 
@@ -113,7 +141,30 @@ MgStatus CheckDataInFile(const ResFileEntry* entry, int64_t at, int32_t size);
 // Every write or truncation of a resource file must be preceded by DataCacheInvalidateAll, and
 // a closing file's id is dropped with DataCacheDrop.
 constexpr int32_t kDataWindowSize = 64 * 1024;
-MgStatus DataRead(const ResFileEntry* entry, int64_t at, int32_t count, void* dst);
+struct DataWindow {
+    ResFile fileId;  // 0: slot unused
+    Ptr bytes;       // kDataWindowSize bytes, or null
+    int64_t start;   // file position of bytes[0]
+    int32_t length;  // valid bytes; 0: nothing cached
+    uint64_t lastUse;
+};
+// The window that served the last read, and the clock of uses; a run of loads from one file
+// asks it first, inline, since it is one copy per resource.
+extern DataWindow* gDataLastServed;
+extern uint64_t gDataUseClock;
+MgStatus DataReadMiss(const ResFileEntry* entry, int64_t at, int32_t count, void* dst);
+// A window holds only bytes of its file's data section, so one that covers the range answers
+// for it.
+inline MgStatus DataRead(const ResFileEntry* entry, int64_t at, int32_t count, void* dst) {
+    DataWindow* w = gDataLastServed;
+    if (w && w->fileId == entry->fileId && entry->fileId != 0 && at >= w->start &&
+        at + count <= w->start + w->length) {
+        w->lastUse = ++gDataUseClock;
+        memcpy(dst, w->bytes + (at - w->start), static_cast<size_t>(count));
+        return MgNoError;
+    }
+    return DataReadMiss(entry, at, count, dst);
+}
 void DataCacheInvalidateAll();
 void DataCacheDrop(ResFile id);
 

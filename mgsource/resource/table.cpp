@@ -16,6 +16,10 @@ ResFileEntry* Slots() {
     return reinterpret_cast<ResFileEntry*>(*RFileTable);
 }
 
+// The slot of the last nonzero id found, asked first. It stays the first slot with that id
+// until a registration fills a slot, which may lie before it; slot 0 is first in any case.
+int32_t gLastSlot = 0;
+
 }  // namespace
 
 extern "C" {
@@ -42,8 +46,13 @@ MgStatus RLookupFile(ResFile id, ResFileEntry** entry) {
     *entry = nullptr;
     if (!RFileTable) return MgBadResourceFile;
     ResFileEntry* slots = Slots();
+    if (id != 0 && gLastSlot < RFileTableSize && slots[gLastSlot].fileId == id) {
+        *entry = &slots[gLastSlot];
+        return MgNoError;
+    }
     for (int32_t i = 0; i < RFileTableSize; ++i) {
         if (slots[i].fileId == id) {
+            if (id != 0) gLastSlot = i;
             *entry = &slots[i];
             return MgNoError;
         }
@@ -62,6 +71,7 @@ MgStatus RRegisterFile(ResFile* id, FileRef fileRef, Handle mapHandle, Ptr map) 
         if (status) return status;
         RFileTableSize = grown;
     }
+    gLastSlot = 0;  // the new slot may come before the one remembered
     ResFileEntry* e = &Slots()[slot];
     e->fileId = fileRef;
     e->reserved = 0;

@@ -117,7 +117,7 @@ TEST(MgrsrcPackage, ListEscapesTypesAndNames) {
     EXPECT_EQ(Lines(list.out).back(), "T\\x01\\\\\" 1 \"a\\\"b\\\\ \\x1F~\" 1 none");
     ToolResult json = Mgrsrc({"list", "--json", "f"}, dir.path);
     EXPECT_NE(
-        json.out.find("{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001F~\""),
+        json.out.find("{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001f~\""),
         std::string::npos)
         << json.out;
 }
@@ -199,7 +199,8 @@ TEST(MgrsrcCommandLine, UsageAndHelp) {
     }
     ToolResult missing = Mgrsrc({"list", "no-such-file"}, dir.path);
     EXPECT_EQ(missing.status, 2);
-    EXPECT_EQ(missing.err, Lined("mgrsrc list: cannot read no-such-file\n"));
+    EXPECT_EQ(missing.err,
+              Lined("mgrsrc list: cannot read no-such-file: no such file or directory\n"));
 }
 
 }  // namespace

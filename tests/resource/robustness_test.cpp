@@ -210,4 +210,45 @@ TEST_F(RobustnessTest, HandleIndexAgreesWithTheWalk) {
     for (Handle h : seen) MemDisposeHandle(h);
 }
 
+// Opening and loading 1,000 resources of many sizes with the Nth allocation failing: each step
+// succeeds or gives 2, whatever loads holds its bytes, and the close gives back every block
+// the open and the loads took.
+TEST_F(RobustnessTest, OutOfMemoryAtEveryAllocationOfALoad) {
+    constexpr int32_t kCount = 1000;
+    TypeLayout t{"DATA", {}};
+    for (int32_t id = 1; id <= kCount; ++id)
+        t.refs.push_back({id, "", Bytes(size_t(id * 7 % 1100), uint8_t(id))});
+    WriteFile("m", BuildFile({t}));
+    Path path = MakePath("m");
+    int64_t live = -1;
+    for (int64_t n = 0;; ++n) {  // 0: a first pass without faults makes what stays for good
+        plat::ResetFaults();
+        plat::FailAllocationAt(n);
+        int32_t loaded = 0;
+        ResFile f = 0;
+        MgStatus s = ROpenFile(path, FMModeRead, &f, nullptr, nullptr);
+        ASSERT_TRUE(Ok(s)) << n << " open " << s;
+        for (int32_t i = 1; s == MgNoError && i <= kCount; ++i) {
+            Handle h = nullptr;
+            const MgStatus got = RGetInd(f, T("DATA"), i, &h);
+            ASSERT_TRUE(Ok(got)) << n << " load " << i << " " << got;
+            if (got) continue;
+            ASSERT_EQ(Bytes(*h, *h + MemHandleSize(h)), t.refs[size_t(i - 1)].data) << n;
+            ++loaded;
+        }
+        if (s == MgNoError) {
+            ASSERT_EQ(RCloseFile(f), MgNoError) << n;
+        }
+        const bool failed = plat::AllocationCount() >= n && n > 0;
+        plat::ResetFaults();
+        if (live < 0) live = plat::LiveBlockCount();
+        ASSERT_EQ(plat::LiveBlockCount(), live) << n;
+        if (n > 0 && !failed) {
+            EXPECT_EQ(loaded, kCount);
+            EXPECT_GT(n, kCount);
+            break;
+        }
+    }
+}
+
 }  // namespace

@@ -36,6 +36,14 @@ enum {
     MgBadFlatPath = 74,
 };
 
+MG_EXTERN_C_BEGIN
+// A status in words, for messages: what it means, and what the resource manager means by it
+// where that differs ("the resource exists already"); "unknown status" for a number the table
+// doesn't hold. MgStatusName gives the constant's name ("MgResourceDuplicate"), or "unknown".
+const char* MgStatusText(MgStatus status);
+const char* MgStatusName(MgStatus status);
+MG_EXTERN_C_END
+
 typedef uint8_t* Ptr;
 typedef uint8_t** Handle;
 

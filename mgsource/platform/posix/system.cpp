@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <limits.h>
 #include <locale.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -25,6 +26,15 @@ void AdviseLargeBlock(void* block, size_t size) {
     (void)block;
     (void)size;
 #endif
+}
+
+void* AlignedBlock(size_t size) {
+    void* block = nullptr;
+    return posix_memalign(&block, size, size) == 0 ? block : nullptr;
+}
+
+void FreeAlignedBlock(void* block) {
+    free(block);
 }
 
 int32_t CurrentDirectory(char* buffer, int32_t size) {

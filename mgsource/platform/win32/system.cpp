@@ -16,6 +16,18 @@ void AdviseLargeBlock(void* block, size_t size) {
     (void)size;
 }
 
+// Fresh pages come aligned to the allocation granularity (64 KiB), which is all the slabs ask.
+void* AlignedBlock(size_t size) {
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    if (size > info.dwAllocationGranularity) return nullptr;
+    return VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+}
+
+void FreeAlignedBlock(void* block) {
+    VirtualFree(block, 0, MEM_RELEASE);
+}
+
 int32_t CurrentDirectory(char* buffer, int32_t size) {
     int32_t length = 0;
     if (CurrentDirectoryOverride(buffer, size, &length)) return length;
