@@ -7,11 +7,12 @@ RUN_DIR     := build/run
 WIN_DIR     := build/mingw32
 GCC_DIR     := build/test-release
 SOFT_DIR    := build/test-soft
+WIN64_DIR   := build/mingw64
 GEN         := -G Ninja
 # Two build jobs: the machines this runs on have two cores.
 JOBS        ?= 2
 
-.PHONY: run test test-clang test-release test-soft test-windows fuzz-ci install bench format clean
+.PHONY: run test test-clang test-release test-soft test-windows test-windows64 fuzz-ci install bench format clean
 
 run:
 	cmake -S . -B $(RELEASE_DIR) $(GEN) -DCMAKE_BUILD_TYPE=Release -DMG_TESTS=OFF
@@ -67,6 +68,14 @@ test-windows:
 	cmake --build $(WIN_DIR) -j$(JOBS)
 	@env=$$(sh cmake/wine-env.sh build) || exit 1; eval "$$env"; \
 	ctest --test-dir $(WIN_DIR) --output-on-failure -j2; status=$$?; \
+	wineserver -k; exit $$status
+
+# The same for 64-bit Windows, with a 64-bit Wine prefix of its own.
+test-windows64:
+	cmake -S . -B $(WIN64_DIR) $(GEN) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw64.cmake -DCMAKE_BUILD_TYPE=Debug -DMG_WERROR=ON -DMG_BENCH=OFF
+	cmake --build $(WIN64_DIR) -j$(JOBS)
+	@env=$$(sh cmake/wine-env.sh build win64) || exit 1; eval "$$env"; \
+	ctest --test-dir $(WIN64_DIR) --output-on-failure -j2; status=$$?; \
 	wineserver -k; exit $$status
 
 bench:

@@ -58,6 +58,12 @@ else()
     # As mg::mg does: the layer's operator new wins also over a runtime linked before it. The
     # symbol must be asked for before the archive is read.
     set(MG_PC_FIRST_FLAGS " -Wl,--undefined=MXNewHandler")
+    # The library that names stack traces (libdw, or the dynamic linker's where it needs one).
+    if(MG_NAMES_LIBDW)
+        set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -ldw")
+    elseif(CMAKE_DL_LIBS)
+        set(MG_PC_LINK_FLAGS "${MG_PC_LINK_FLAGS} -l${CMAKE_DL_LIBS}")
+    endif()
 endif()
 # The prefix as seen from the .pc file, so that the installed tree can move (--prefix, DESTDIR).
 file(RELATIVE_PATH MG_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

@@ -1,9 +1,10 @@
 // The developer's print: switched off unless gDebugging is set. A line goes to the debugger
 // channel with LF, to dprintf.txt beside the program with CR LF, and, formatted on its own,
-// to the optional sink gDebugOutput.
+// to the optional sink gDebugOutput. dprintf.txt stays bounded (logbound.h).
 #include <stdarg.h>
 #include <string.h>
 
+#include "dbgtools/logbound.h"
 #include "mg/ansi.h"
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
@@ -23,19 +24,58 @@ constexpr int32_t kDPrintfPermissions = 0666;
 // end and a terminator.
 char gDPrintfLine[kTextLimit + 4];
 
-MgStatus CreateDPrintfFile() {
+// The path of `leaf` in the application directory; null when it can't be made.
+Path DPrintfPath(const char* leaf) {
     uint8_t name[256];
-    TextToPString("dprintf.txt", name);
+    TextToPString(leaf, name);
     Path path = FEmptyPath(nullptr);
-    if (!path) return MgNoMemory;
-    MgStatus status = MgNoMemory;
-    FileRef file = 0;
-    if (FApplicationDirectory(path) == MgNoError && FAppendName(path, name) == MgNoError) {
-        status = FMCreateOver(&file, path, kDPrintfPermissions, FMModeReadWrite, FMShareAll, 0);
+    if (path &&
+        (FApplicationDirectory(path) != MgNoError || FAppendName(path, name) != MgNoError)) {
+        FPathRelease(path);
+        path = nullptr;
     }
+    return path;
+}
+
+// Creates dprintf.txt anew, or with `append` opens it as it is, at its end.
+MgStatus OpenDPrintfFile(bool append) {
+    Path path = DPrintfPath("dprintf.txt");
+    if (!path) return MgNoMemory;
+    FileRef file = 0;
+    MgStatus status =
+        append ? FMOpen(&file, path, FMModeReadWrite, FMShareAll)
+               : FMCreateOver(&file, path, kDPrintfPermissions, FMModeReadWrite, FMShareAll, 0);
     FPathRelease(path);
+    if (status == MgNoError && append && (status = FMSeek(file, 0, FMSeekEnd)) != MgNoError)
+        FMClose(file);
     if (status == MgNoError) gDPrintfFile = file;
     return status;
+}
+
+// Renames dprintf.txt to dprintf.old.txt, replacing an older one.
+bool RetireDPrintfFile() {
+    Path path = DPrintfPath("dprintf.txt");
+    Path oldPath = DPrintfPath("dprintf.old.txt");
+    char name[FNativeNameBufferSize], oldName[FNativeNameBufferSize];
+    const bool renamed = path && oldPath && FPathToNativeName(path, name) == MgNoError &&
+                         FPathToNativeName(oldPath, oldName) == MgNoError &&
+                         plat::RenameReplacing(name, oldName);
+    FPathRelease(path);
+    FPathRelease(oldPath);
+    return renamed;
+}
+
+// A file beyond the bound is closed (a host may refuse to rename an open file) and becomes
+// dprintf.old.txt; the line then starts a new file. Where the rename fails, the same file is
+// opened again and the line goes to its end; if even that fails, the file is off, as after a
+// failed create, rather than be created anew over the lines it holds.
+void BoundDPrintfFile() {
+    int32_t size = 0;
+    if (FGetEOF(gDPrintfFile, &size) != MgNoError || static_cast<uint64_t>(size) <= kLogBound)
+        return;
+    FMClose(gDPrintfFile);
+    gDPrintfFile = 0;
+    if (OpenDPrintfFile(!RetireDPrintfFile()) != MgNoError) gDPrintfFileMode = 0;
 }
 
 }  // namespace
@@ -56,7 +96,7 @@ char gDPrintfText[kTextLimit + 1];
 // one more failed create whose own complaint the guard drops.
 void DOpenDPrintfFile(void) {
     if (gDPrintfFile != 0 || !gDebugging) return;
-    if (CreateDPrintfFile() != MgNoError) {
+    if (OpenDPrintfFile(false) != MgNoError) {
         DPrintf(" Can't create dprintf.txt");
         gDPrintfFileMode = 0;
     }
@@ -73,6 +113,8 @@ void DebugWriteLine(const char* text) {
     plat::DebuggerOutput(gDPrintfLine);
     if (gDPrintfFileMode == 0) return;
     if (gDPrintfFile == 0) DOpenDPrintfFile();
+    if (gDPrintfFile == 0) return;
+    BoundDPrintfFile();
     if (gDPrintfFile == 0) return;
     memcpy(gDPrintfLine + n - 1, "\r\n", 2);
     int32_t written = 0;

@@ -1,25 +1,40 @@
 // The failure log: a record with the date, the message, the failing file's revision and a
-// stack trace, appended to Meridax_Failure_Log.txt in the temporary directory.
+// stack trace, appended to Meridax_Failure_Log.txt in the temporary directory, which stays
+// bounded (logbound.h).
 #include <string.h>
 
 #include <memory>
 #include <new>
 
+#include "dbgtools/logbound.h"
 #include "mg/datetime.h"
 #include "mg/dbgtools.h"
 #include "mg/stackwalk.h"
 #include "mg/stringoutput.h"
+#include "platform/platform.h"
 
 namespace {
 
 // The walker's own frame and the reporting routines above the failing code.
 constexpr int32_t kReportFrames = 4;
 
+// A log beyond the bound becomes the old log before the record is appended; when the names
+// can't be built or the rename fails, the record goes to the end of the log as it is.
+void BoundLog(const OutputName* name) {
+    plat::FileFacts facts;
+    if (name == nullptr || !plat::GetFileFacts(name->GetName(), &facts) || facts.size <= kLogBound)
+        return;
+    OutputName* oldName = MakeOutputName(kOutputInTempDirectory, "Meridax_Failure_Log.old", 1);
+    if (oldName != nullptr) plat::RenameReplacing(name->GetName(), oldName->GetName());
+    delete oldName;
+}
+
 // The sink of the record; null when it can't be had, and then the record is lost. A name
 // that can't be built gives a sink that never opens.
 StringOutput* MakeLogSink(bool toFile) {
     if (!toFile) return new (std::nothrow) DPrintfOutput;
     OutputName* name = MakeOutputName(kOutputInTempDirectory, "Meridax_Failure_Log", 1);
+    BoundLog(name);
     StringOutput* sink = MakeFileOutput(name);
     if (sink) sink->Open(1);
     delete name;

@@ -162,6 +162,8 @@ bool ExactLeafName(const char* name, char* leaf, int32_t size);
 bool FollowLinks(const char* name, char* out, int32_t size);
 // Moves or renames; never replaces an existing entry.
 bool MoveEntry(const char* from, const char* to);
+// Renames a file, replacing a file already named `to` (never a directory) in one step.
+bool RenameReplacing(const char* from, const char* to);
 // Copies a file with its dates and permissions; never replaces an existing file.
 bool CopyFileNew(const char* from, const char* to);
 bool DeleteFileEntry(const char* name);
@@ -253,6 +255,15 @@ bool BinaryStandardOutput();
 // readable gives false and never faults, so that a broken frame chain only ends a walk.
 // Allocates nothing.
 bool ReadOwnMemory(uintptr_t address, void* out, size_t size);
+// The calling thread's return addresses from the host's unwind tables, where its code keeps no
+// frame-pointer chain to walk: those of the frames above the stack address `above` (an
+// address in the caller's own frame), so that the first is the one the caller returns to;
+// `skip` of them dropped, at most `limit` into `out`, their number in `*count`. False where
+// the frame-pointer chain serves, and the caller walks that. Allocates nothing.
+bool UnwindOwnStack(uintptr_t above, int32_t skip, uintptr_t* out, int32_t limit, int32_t* count);
+// Whether the naming below reaches the functions a program does not export (static ones,
+// those of anonymous namespaces); false where only exported symbols can be named.
+bool NamesInternalFunctions();
 // The platform's symbol library, loaded for one naming mode: 0 loads nothing, 1 the main
 // module's symbols alone, any other value every module's. Null when it cannot be allocated.
 struct SymbolLibrary;

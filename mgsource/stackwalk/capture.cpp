@@ -1,5 +1,6 @@
-// Capture: a walk along the frame-pointer chain. Each frame starts with the caller's frame
-// pointer and the return address into the caller. The frames are read through the platform,
+// Capture: a walk along the frame-pointer chain, or along the host's unwind tables where its
+// code keeps no usable chain. Each frame starts with the caller's frame pointer and the
+// return address into the caller. The frames are read through the platform,
 // which refuses an unreadable one instead of faulting, so a broken chain only ends the walk.
 // Nothing here allocates.
 #include "mg/stackwalk.h"
@@ -11,7 +12,6 @@ namespace {
 // the function that called it.
 [[gnu::noinline]] int32_t Walk(StackAddress* out, int32_t limit, StackAddress frame,
                                StackAddress pc, int32_t skip) {
-    if (frame == 0) frame = reinterpret_cast<StackAddress>(__builtin_frame_address(0));
     int32_t left = skip;
     int32_t n = 0;
     if (pc != 0) {
@@ -19,6 +19,15 @@ namespace {
             out[n++] = pc;
         else
             --left;
+    }
+    if (frame == 0) {
+        // Where the host's code keeps no frame-pointer chain, its unwind tables give the
+        // frames above this one, which the address of `left` marks.
+        int32_t unwound = 0;
+        if (plat::UnwindOwnStack(reinterpret_cast<StackAddress>(&left), left, out + n, limit - n,
+                                 &unwound))
+            return n + unwound;
+        frame = reinterpret_cast<StackAddress>(__builtin_frame_address(0));
     }
     // No test that frames rise: the limit or the first unreadable frame ends the walk.
     while (n < limit) {

@@ -29,8 +29,10 @@ OutputFileName::OutputFileName(int32_t kind, const char* inFilename, uint8_t add
     switch (kind) {
         case kOutputInTempDirectory:
         case kOutputInTempDirectoryToo:
-            plat::TempDirectory(name, kNameSize);
-            if (strlen(name) + n + 2 > limit) Throw(kNameError, "Path too long", __LINE__);
+            // A directory that doesn't fit leaves `name` empty: the file would land in the
+            // current directory.
+            if (plat::TempDirectory(name, kNameSize) == 0 || strlen(name) + n + 2 > limit)
+                Throw(kNameError, "Path too long", __LINE__);
             strcat(name, inFilename);
             break;
         case kOutputBesideProgram: {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "mg/dbgtools.h"
@@ -207,6 +208,36 @@ TEST(SiteMessage, LayoutAndCuts) {
     // A place that doesn't fit is a failure.
     EXPECT_EXIT(DBuildSiteMessage("name", 12, "W: ", "m", none, 4), ::testing::ExitedWithCode(1),
                 "^Failure : \"severity\\.cpp\" line");
+}
+
+}  // namespace
+
+namespace {
+
+// dprintf.txt beyond 1 MiB becomes dprintf.old.txt before the next line, which starts a new
+// file. Where the rename fails (a directory holds the old name) each line goes to the end of
+// the file as it is, also after others have written to it.
+TEST_F(DebugPrintOn, FileBeyondTheBoundBecomesTheOldFile) {
+    const std::filesystem::path file = DPrintfFile();
+    const std::filesystem::path old = file.parent_path() / "dprintf.old.txt";
+    const std::string full = "a\r\n" + std::string((1 << 20) - 2, 'f');  // 1 MiB and 1 byte
+    for (const bool renamable : {true, false}) {
+        std::filesystem::remove_all(old);
+        if (!renamable) std::filesystem::create_directories(old / "kept");
+        gDPrintfFileMode = 1;
+        DPrintf("a");  // makes the file anew
+        std::ofstream(file, std::ios::binary | std::ios::app) << full.substr(3);
+        DPrintf("b");
+        DPrintf("c");
+        DebugExit();
+        if (renamable) {
+            EXPECT_TRUE(SlurpFile(old) == full);
+            EXPECT_EQ(SlurpFile(file), "b\r\nc\r\n");
+        } else {
+            EXPECT_TRUE(SlurpFile(file) == full + "b\r\nc\r\n");
+        }
+    }
+    std::filesystem::remove_all(old);
 }
 
 }  // namespace

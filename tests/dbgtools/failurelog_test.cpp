@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <regex>
 #include <string>
@@ -133,6 +134,61 @@ TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
                      DReportFailure("d\\leaf", 3, nullptr, nullptr)),
                     ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
         EXPECT_FALSE(std::filesystem::exists(std::string(r.tmp) + "/Meridax_Failure_Log.txt"));
+    }
+}
+
+}  // namespace
+
+// A check that fails in a function no program exports, called from another. The volatile
+// reads behind the calls keep them from becoming tail calls.
+[[gnu::noinline]] static int FailInStatic() {
+    volatile int after = 1;
+    FailInFormatDate();
+    return after;
+}
+
+namespace {
+
+[[gnu::noinline]] int CallsStatic() {
+    volatile int after = 1;
+    const int r = FailInStatic();
+    return r + after;
+}
+
+TEST_F(FailureLog, StackLinesNameFunctionsThatAreNotExported) {
+    if (!plat::NamesInternalFunctions())
+        GTEST_SKIP() << "this build names exported functions alone";
+    EXPECT_EXIT(CallsStatic(), ::testing::ExitedWithCode(1), "");
+    const std::string log = Log();
+    const size_t inner = log.find(" - test_dbgtools FailInStatic");
+    const size_t outer = log.find(" - test_dbgtools " + InAnonymousNamespace("CallsStatic"));
+    EXPECT_NE(outer, std::string::npos) << log;
+    EXPECT_LT(inner, outer);
+}
+
+// A log beyond 1 MiB becomes the old log, replacing an older one, and the record starts a new
+// log. Where the rename fails (a directory holds the old log's name) the record goes to the
+// end of the log as it is.
+TEST_F(FailureLog, LogBeyondTheBoundBecomesTheOldLog) {
+    const std::filesystem::path log = path / "Meridax_Failure_Log.txt";
+    const std::filesystem::path old = path / "Meridax_Failure_Log.old.txt";
+    const std::string big(5 << 20, 'x');
+    for (const bool renamable : {true, false}) {
+        std::ofstream(log, std::ios::binary) << big;
+        if (renamable)
+            std::ofstream(old, std::ios::binary) << "older";
+        else
+            std::filesystem::create_directories(old / "kept");
+        EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
+                    "");
+        const std::string written = Log();
+        const std::string record = renamable ? written : written.substr(big.size());
+        EXPECT_EQ(record.rfind(crlf + crlf + "####" + crlf, 0), 0u) << renamable;
+        // One record, opened as records are.
+        EXPECT_EQ(record.find("####", record.find("####") + 4), record.npos) << renamable;
+        EXPECT_TRUE((renamable ? SlurpFile(old) : written.substr(0, big.size())) == big)
+            << renamable;
+        std::filesystem::remove_all(old);
     }
 }
 

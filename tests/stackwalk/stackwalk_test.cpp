@@ -156,3 +156,37 @@ TEST(StackDecoder, NamesByMode) {
 }
 
 }  // namespace
+
+// Functions that no program exports, whatever its link: a static one, called from one in an
+// anonymous namespace. This program is linked as a host's would be, without its symbols
+// exported.
+// The volatile reads behind the calls keep them from becoming tail calls, also where the
+// optimiser drops the unused results.
+[[gnu::noinline]] static int CaptureInStatic(StackTrace& trace) {
+    volatile int after = 1;
+    trace.Capture(1);
+    return after;
+}
+
+namespace {
+
+[[gnu::noinline]] int CallsStatic(StackTrace& trace) {
+    volatile int after = 1;
+    const int r = CaptureInStatic(trace);
+    return r + after;
+}
+
+TEST(StackTrace, NamesFunctionsThatAreNotExported) {
+    if (!plat::NamesInternalFunctions())
+        GTEST_SKIP() << "this build names exported functions alone";
+    ExceptStackTrace trace;
+    CallsStatic(trace);
+    const std::vector<std::string> lines = Dump(&trace);
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_NE(lines[0].find(" - test_stackwalk CaptureInStatic"), std::string::npos) << lines[0];
+    EXPECT_NE(lines[1].find(" - test_stackwalk " + InAnonymousNamespace("CallsStatic")),
+              std::string::npos)
+        << lines[1];
+}
+
+}  // namespace

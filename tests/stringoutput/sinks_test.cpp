@@ -11,6 +11,7 @@
 #include "platform/faults.h"
 #include "platform/platform.h"
 #include "support/host_rules.h"
+#include "support/scoped_variable.h"
 
 namespace {
 
@@ -243,6 +244,18 @@ TEST(Factories, GiveNullWhenMemoryFails) {
     plat::FailGlobalNewAt(1);
     EXPECT_EQ(name.Clone(), nullptr);
     plat::ResetFaults();
+}
+
+}  // namespace
+
+namespace {
+
+// A temporary directory too long for the name gives no name, never a bare one that would land
+// in the current directory.
+TEST(OutputFileName, TemporaryDirectoryTooLongGivesNoName) {
+    const ScopedVariable tmp(TempVariable(), "/" + std::string(300, 't'));
+    EXPECT_EQ(std::unique_ptr<OutputName>(MakeOutputName(kOutputInTempDirectory, "log", 1)),
+              nullptr);
 }
 
 }  // namespace

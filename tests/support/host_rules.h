@@ -72,3 +72,9 @@ inline std::string TracedFunctionName(const std::string& qualified, const std::s
 inline std::string ConsoleTextInStandardOutput(const std::string& text) {
     return WindowsHost() ? "" : text;
 }
+
+// How a stack trace qualifies a function of an anonymous namespace: the Windows symbol
+// library leaves the namespace out.
+inline std::string InAnonymousNamespace(const std::string& name) {
+    return WindowsHost() ? name : "(anonymous namespace)::" + name;
+}

@@ -241,6 +241,10 @@ bool MoveEntry(const char* from, const char* to) {
     return RecordErrno(code);
 }
 
+bool RenameReplacing(const char* from, const char* to) {
+    return rename(from, to) == 0 || FailErrno();
+}
+
 bool CopyFileNew(const char* from, const char* to) {
     int in = open(from, O_RDONLY | O_CLOEXEC);
     if (in < 0) return FailErrno();

@@ -189,6 +189,10 @@ bool MoveEntry(const char* from, const char* to) {
     return MoveFileA(from, to) || Failed();
 }
 
+bool RenameReplacing(const char* from, const char* to) {
+    return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) || Failed();
+}
+
 bool CopyFileNew(const char* from, const char* to) {
     return CopyFileA(from, to, TRUE) || Failed();
 }
