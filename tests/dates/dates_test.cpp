@@ -18,16 +18,13 @@ Timestamp Stamp(int32_t day, int32_t month, int32_t year, int32_t seconds = 0) {
 }
 
 TEST(Calendar, DayNumbersAndValidDates) {
-    const struct {
-        int32_t day, month, year;
-        uint32_t number;
-        int32_t valid;
-    } rows[] = {
+    // clang-format off
+    const struct { int32_t day, month, year; uint32_t number; int32_t valid; } rows[] = {
         {1, 1, 1904, 2416481, 1},  {1, 1, 2000, 2451545, 1},  {15, 10, 1582, 2299161, 1},
         {1, 1, 1, 1721426, 1},     {29, 2, 1900, 2415080, 0}, {29, 2, 2000, 2451604, 1},
         {29, 2, 2003, 2452700, 0}, {31, 4, 2020, 2458971, 0}, {0, 1, 2000, 0, 0},
-        {1, 0, 2000, 0, 0},        {1, 13, 2000, 0, 0},       {1, 1, 0, 0, 1},
-    };
+        {1, 0, 2000, 0, 0},        {1, 13, 2000, 0, 0},       {1, 1, 0, 0, 1}};
+    // clang-format on
     for (const auto& r : rows) {
         EXPECT_EQ(DateToDayNumber(r.day, r.month, r.year), r.number) << r.day << "/" << r.month;
         EXPECT_EQ(IsValidDate(r.day, r.month, r.year), r.valid) << r.day << "/" << r.month;
@@ -53,18 +50,10 @@ TEST(Calendar, DayNumbersInvertFromYearOne) {
 }
 
 TEST(Conversions, SecondsAndFileTimes) {
-    const struct {
-        double in;
-        Timestamp out;
-    } rows[] = {{NAN, kLast},
-                {-0.1, 0},
-                {0.5, 0},
-                {1.5, 2},
-                {2.5, 2},
-                {2.51, 3},
-                {4294967294.5, 4294967294u},
-                {1e20, kLast}};
-    for (const auto& r : rows) EXPECT_EQ(DoubleToTimestamp(r.in), r.out) << r.in;
+    // Ties to even; NaN and too large give the last stamp.
+    const double in[] = {NAN, -0.1, 0.5, 1.5, 2.5, 2.51, 4294967294.5, 1e20};
+    const Timestamp out[] = {kLast, 0, 0, 2, 2, 3, 4294967294u, kLast};
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(DoubleToTimestamp(in[i]), out[i]) << in[i];
 
     FileTimeValue ft;
     TimestampToFileTime(kLast, &ft);
@@ -90,16 +79,14 @@ TEST(Conversions, SecondsAndFileTimes) {
 
 // The platform's calendar fields, with the range checks of the system calls they stand for.
 TEST(Conversions, PlatformFields) {
-    const struct {
-        SystemTime fields;
-        bool valid;
-    } rows[] = {
+    // clang-format off
+    const struct { SystemTime fields; bool valid; } rows[] = {
         {{2000, 2, 0, 29, 23, 59, 59, 999}, true},   {{1601, 1, 0, 1, 0, 0, 0, 0}, true},
         {{1900, 2, 0, 29, 0, 0, 0, 0}, false},       {{2001, 8, 0, 32, 0, 0, 0, 0}, false},
         {{2001, 13, 0, 1, 0, 0, 0, 0}, false},       {{1600, 12, 0, 31, 0, 0, 0, 0}, false},
         {{2001, 1, 0, 1, 24, 0, 0, 0}, false},       {{2001, 1, 0, 1, 0, 0, 0, 1000}, false},
-        {{30827, 12, 0, 31, 23, 59, 59, 999}, true}, {{30828, 1, 0, 1, 0, 0, 0, 0}, false},
-    };
+        {{30827, 12, 0, 31, 23, 59, 59, 999}, true}, {{30828, 1, 0, 1, 0, 0, 0, 0}, false}};
+    // clang-format on
     for (const auto& r : rows) {
         uint64_t ft = 0;
         ASSERT_EQ(plat::FieldsToFileTime(&r.fields, &ft), r.valid) << r.fields.year;
@@ -126,7 +113,9 @@ class LocalTime : public ::testing::TestWithParam<Zone> {
     void TearDown() override { plat::SetTimeZoneForTest("UTC0"); }
 };
 
-TEST_P(LocalTime, FieldsTakeTheZoneOffsetOfTheHostsRule) {
+// Records and calendar fields take the zone's offset by the host's rule and convert back to
+// the same stamp across the range; days beyond the month roll over; bad fields give 0.
+TEST_P(LocalTime, RecordsRoundTripWithTheZoneOffset) {
     for (const bool summer : {false, true}) {
         DateRecord d;
         TimestampToDateRecord(Stamp(1, summer ? 7 : 1, 2020, 12 * 3600), &d);
@@ -134,20 +123,13 @@ TEST_P(LocalTime, FieldsTakeTheZoneOffsetOfTheHostsRule) {
             << summer;
         EXPECT_EQ(d.wday, 4);  // both Wednesdays, counting Sunday as 1
     }
-}
-
-TEST_P(LocalTime, RecordsRoundTripAcrossTheRange) {
-    const struct {
-        Timestamp stamp;
-        int32_t yday;  // -1: not checked
-    } rows[] = {{0, -1},
-                {86399, -1},
-                {Stamp(29, 2, 1904, 43200), 59},
-                {Stamp(1, 3, 2000, 43200), 60},
-                {Stamp(1, 3, 2001, 43200), 59},
-                {Stamp(31, 12, 2000, 43200), 365},
-                {kLast - 86400, -1},
-                {kLast, -1}};
+    // The stamp and its day of the year (-1: not checked).
+    // clang-format off
+    const struct { Timestamp stamp; int32_t yday; } rows[] = {
+        {0, -1}, {86399, -1}, {Stamp(29, 2, 1904, 43200), 59}, {Stamp(1, 3, 2000, 43200), 60},
+        {Stamp(1, 3, 2001, 43200), 59}, {Stamp(31, 12, 2000, 43200), 365}, {kLast - 86400, -1},
+        {kLast, -1}};
+    // clang-format on
     for (const auto& r : rows) {
         DateRecord d;
         TimestampToDateRecord(r.stamp, &d);
@@ -157,17 +139,20 @@ TEST_P(LocalTime, RecordsRoundTripAcrossTheRange) {
         EXPECT_EQ(CalendarToTimestamp(&c), r.stamp);
         EXPECT_TRUE(r.yday < 0 || c.yday == r.yday) << r.stamp;
     }
-}
-
-TEST_P(LocalTime, DaysBeyondTheMonthRollOverAndBadFieldsGiveZero) {
     const DateRecord apr31{0, 0, 12, 31, 4, 2020, 0, 0, 0}, may1{0, 0, 12, 1, 5, 2020, 0, 0, 0};
     EXPECT_EQ(DateRecordToTimestamp(&apr31), DateRecordToTimestamp(&may1));
-    const DateRecord bad[] = {{0, 0, 24, 1, 1, 2020, 0, 0, 0},  // hour 24
-                              {60, 0, 0, 1, 1, 2020, 0, 0, 0},  // second 60
-                              {0, 0, 0, 0, 1, 2020, 0, 0, 0},   // day 0: day number 0
-                              {0, 0, 0, 1, 1, 1500, 0, 0, 0}};  // before file times begin
+    // Hour 24, second 60, day 0 (day number 0), and before file times begin.
+    const DateRecord bad[] = {{0, 0, 24, 1, 1, 2020, 0, 0, 0},
+                              {60, 0, 0, 1, 1, 2020, 0, 0, 0},
+                              {0, 0, 0, 0, 1, 2020, 0, 0, 0},
+                              {0, 0, 0, 1, 1, 1500, 0, 0, 0}};
     for (const DateRecord& r : bad) EXPECT_EQ(DateRecordToTimestamp(&r), 0u) << r.hour;
 }
+
+INSTANTIATE_TEST_SUITE_P(Zones, LocalTime,
+                         ::testing::Values(Zone{"UTC0", 0, 0},
+                                           Zone{"CET-1CEST,M3.5.0,M10.5.0/3", 1, 2},
+                                           Zone{"EST5EDT,M3.2.0,M11.1.0", -5, -4}));
 
 // isdst tells how the clock stands now, whatever the stamp: it agrees with the offset that
 // the present instant's fields show. A summer that lasts the year is in force now wherever the
@@ -189,28 +174,18 @@ TEST(LocalTimeNow, DaylightFlag) {
     plat::SetTimeZoneForTest("UTC0");
 }
 
-INSTANTIATE_TEST_SUITE_P(Zones, LocalTime,
-                         ::testing::Values(Zone{"UTC0", 0, 0},
-                                           Zone{"CET-1CEST,M3.5.0,M10.5.0/3", 1, 2},
-                                           Zone{"EST5EDT,M3.2.0,M11.1.0", -5, -4}));
-
 TEST(Text, DateAndTimeStyles) {
     plat::SetTimeZoneForTest("UTC0");
     const Timestamp s = Stamp(9, 3, 2005, 15 * 3600 + 4 * 60 + 5);
-    const struct {
-        int32_t style;
-        const char* stamp0;
-        const char* march;
-    } rows[] = {
-        {0, "1/1/04", "3/9/05"},
-        {1, "Friday, January 1, 1904", "Wednesday, March 9, 2005"},
-        {2, "Fri, Jan 1, 1904", "Wed, Mar 9, 2005"},
-        {3, "1/1/1904", "3/9/2005"},
-    };
+    // clang-format off
+    const char* const styles[][2] = {  // of stamp 0 and of s
+        {"1/1/04", "3/9/05"}, {"Friday, January 1, 1904", "Wednesday, March 9, 2005"},
+        {"Fri, Jan 1, 1904", "Wed, Mar 9, 2005"}, {"1/1/1904", "3/9/2005"}};
+    // clang-format on
     char buffer[128];
-    for (const auto& r : rows) {
-        EXPECT_STREQ(FormatDate(0, r.style, buffer), r.stamp0);
-        EXPECT_STREQ(FormatDate(s, r.style, buffer), r.march);
+    for (int style = 0; style < 4; ++style) {
+        EXPECT_STREQ(FormatDate(0, style, buffer), styles[style][0]);
+        EXPECT_STREQ(FormatDate(s, style, buffer), styles[style][1]);
     }
     EXPECT_STREQ(DateText(0, 5), "Fri, Jan 1, 1904");  // pinned to style 2
     EXPECT_STREQ(DateText(0, -1), "1/1/04");

@@ -1,11 +1,12 @@
 // PStringHash, PStringEndsWith, PStringOrderL and NewGUID.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cstring>
+#include <random>
 #include <string>
 
 #include "mg/textutil.h"
+#include "support/handles.h"
 #include "support/pstr.h"
 
 namespace {
@@ -17,86 +18,52 @@ uint32_t ElfHash(const std::string& s) {
     uint32_t h = 0;
     for (unsigned char c : s) {
         h = (h << 4) + c;
-        uint32_t g = h & 0xF0000000u;
+        const uint32_t g = h & 0xF0000000u;
         if (g) h ^= g >> 24;
         h &= ~g;
     }
     return h;
 }
 
+// Texts of every length and byte, NUL and bytes above 127 included.
 TEST(PStringHash, AgreesWithTheSymbolTableHash) {
-    const std::string texts[] = {
-        "a",
-        "main",
-        "printf",
-        "_GLOBAL_OFFSET_TABLE_",
-        "abcdefgh",
-        "abcdefghi",
-        std::string(255, 'z'),
-        std::string(200, '\xff') + "tail",
-        std::string("nul\0in", 6),
-    };
-    for (const std::string& s : texts) {
-        uint32_t h = PStringHash(P(s).b, 0);
-        EXPECT_EQ(h, ElfHash(s)) << s;
-        EXPECT_EQ(h & 0xF0000000u, 0u) << s;
+    std::mt19937 rng(5);
+    for (int length = 0; length < 256; ++length) {
+        std::string s(length, '\0');
+        for (char& c : s) c = static_cast<char>(rng());
+        EXPECT_EQ(PStringHash(P(s).b, 0), ElfHash(s)) << length;
     }
-    EXPECT_EQ(PStringHash(P("").b, 0), 0u);
     EXPECT_EQ(PStringHash(P("").b, 1), 0u);
     EXPECT_EQ(PStringHash(nullptr, 1), 0u);
-    // Upper case first hashes an upper-case copy.
+    // Upper case first hashes an upper-case copy; the string itself is left alone.
     P mixed("Mixed_case.Name");
     EXPECT_EQ(PStringHash(mixed.b, 1), ElfHash("MIXED_CASE.NAME"));
-    EXPECT_EQ(mixed.str(), "Mixed_case.Name");  // the string itself is left alone
+    EXPECT_EQ(mixed.str(), "Mixed_case.Name");
 }
 
+// Only the string is folded: the suffix is expected in lower case.
 TEST(PStringEndsWith, Table) {
-    struct Case {
-        const char* text;
-        const char* suffix;
-        int32_t expected;
-    } cases[] = {
-        {"readme.TXT", ".txt", 1},
-        {"readme.txt", ".txt", 1},
-        {"readme.txt", ".TXT", 0},
-        {"a.txt", "a.txt", 1},
-        {"txt", ".txt", 0},
-        {"", "", 1},
-        {"abc", "", 1},
-        {"abc", "b", 0},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(PStringEndsWith(P(c.text).b, c.suffix) != 0, c.expected != 0)
-            << c.text << " / " << c.suffix;
-    }
+    // clang-format off
+    const struct { const char *text, *suffix; bool expected; } cases[] = {
+        {"readme.TXT", ".txt", 1}, {"readme.txt", ".TXT", 0}, {"a.txt", "a.txt", 1},
+        {"txt", ".txt", 0}, {"", "", 1}, {"abc", "b", 0}};
+    // clang-format on
+    for (const auto& c : cases)
+        EXPECT_EQ(PStringEndsWith(P(c.text).b, c.suffix) != 0, c.expected) << c.text << c.suffix;
     EXPECT_EQ(PStringEndsWith(nullptr, ".txt"), 0);
 }
 
 TEST(PStringOrderL, ExactAndFolded) {
-    struct Case {
-        const char* p;
-        const char* l;
-        int32_t exact;
-        int32_t folded;
-    } cases[] = {
-        {"ab", "abc", -1, -1},
-        {"abc", "ab", 1, 1},
-        {"abc", "abd", -1, -1},
-        {"AB", "ab", 'A' - 'a', 0},
-        {"", "", 0, 0},
-        {"b", "A", 'b' - 'A', 1},
-        {"\xff", "a", 0xff - 'a', 0xff - 'a'},
-        {"Ab", "aC", 'A' - 'a', 'b' - 'c'},
-    };
-    for (const Case& c : cases) {
-        P p(c.p);
-        int32_t n = static_cast<int32_t>(strlen(c.l));
-        std::string lBytes(4 + n + 1, '\0');
-        memcpy(lBytes.data(), &n, 4);
-        memcpy(lBytes.data() + 4, c.l, n);
-        const LStr* l = reinterpret_cast<const LStr*>(lBytes.data());
-        EXPECT_EQ(PStringOrderL(p.b, l), c.exact) << c.p << " / " << c.l;
-        EXPECT_EQ(PStringOrderLNoCase(p.b, l), c.folded) << c.p << " / " << c.l;
+    // clang-format off
+    const struct { const char *p, *l; int32_t exact, folded; } cases[] = {
+        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"abc", "abd", -1, -1}, {"AB", "ab", 'A' - 'a', 0},
+        {"", "", 0, 0}, {"b", "A", 'b' - 'A', 1}, {"\xff", "a", 0xff - 'a', 0xff - 'a'},
+        {"Ab", "aC", 'A' - 'a', 'b' - 'c'}};
+    // clang-format on
+    for (const auto& c : cases) {
+        mgtest::L l(c.l);
+        EXPECT_EQ(PStringOrderL(P(c.p).b, l), c.exact) << c.p << " / " << c.l;
+        EXPECT_EQ(PStringOrderLNoCase(P(c.p).b, l), c.folded) << c.p << " / " << c.l;
     }
 }
 
