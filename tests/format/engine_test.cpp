@@ -9,98 +9,70 @@
 #include "format/format_helpers.h"
 #include "mg/dbgtools.h"
 #include "mg/format.h"
+#include "support/rows.h"
 
 namespace {
 
 using formattest::Format;
+using mgtest::ExpectRows;
+using mgtest::Row;
 
-struct Case {
-    std::string got;
-    const char* expected;
-};
-
-void ExpectAll(const std::vector<Case>& cases) {
-    for (size_t i = 0; i < cases.size(); ++i)
-        EXPECT_EQ(cases[i].got, cases[i].expected) << "case " << i;
-}
-
-TEST(FormatEngine, Integers) {
+// Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
+// no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
+TEST(FormatEngine, Conversions) {
     int8_t minusOne8 = -1;
-    int16_t minusOne16 = -1;
+    int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
-    uint8_t byte = 200;
+    uint8_t byte = 200, pstr[] = {3, 'x', 'y', 'z'};
     uint64_t big = 0xFFFFFFFF00000005ULL;
     double real = 3.75;
-    ExpectAll({
-        {Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"},
-        {Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"},
-        {Format("%d|%ld|%u|%.3d", INT32_MIN, -1, -1, 7), "-2147483648|-1|4294967295|7"},
-        {Format("%x|%o|%b|%08x", -1, 8, 5, 0xBEEF), "FFFFFFFF|10|101|0000BEEF"},
-        {Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"},
-        {Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"},
-        {Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"},
-        // The low half of a 64-bit cell as iL; the } may be missing.
-        {Format("%.0{iL}f|%{uBd|", &wide, &byte), "5|200|"},
-    });
-}
-
-TEST(FormatEngine, Floats) {
-    double real = 3.75;
     long double extended = 1.25L;
-    ExpectAll({
-        {Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"},
-        {Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
-         "-0.00|   3.142|2.0   |-0001.50"},
-        {Format("%e|%E|%g|%.0e", 1.5, 1.5, 1.5, 12345.0),
-         "1.500000E+0|1.500000E+0|1.500000E+0|1E+4"},
-        {Format("%20e|%40e", 1.0, 1.0),
-         " 1.00000000000000E+0|                   1.0000000000000000E+0"},
-        {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
-        {Format("%.1{fX}f", &extended), "1.2"},
-        {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
-    });
-}
-
-// Widths are read into 32 bits with no limit check: a longer run wraps, and a width that
-// wraps to a negative number pads nothing.
-TEST(FormatEngine, WidthsThatWrap) {
-    ExpectAll({
-        {Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"},
-        {Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"},
-        {Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"},
-    });
-}
-
-TEST(FormatEngine, StringsCharactersPointsRectangles) {
     const char* text = "abcdef";
-    uint8_t pstr[] = {3, 'x', 'y', 'z'};
     struct {
         int32_t count;
         char text[4];
     } lstr = {4, {'L', 'S', 'T', 'R'}};
-    int16_t rect[4] = {1, 2, -3, 32767};
-    ExpectAll({
-        {Format("%8s|%-8s|%05s", text, text, "ab"), "  abcdef|abcdef  |000ab"},
-        // The precision caps the whole field, padding included.
-        {Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"},
-        {Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"},
-        {Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"},
-        {Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
-         "A|B|AB|ABCD|AB"},
-        {Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
-         "(3,4)|hv(1,-1)|(-32768,0)|"},
-        {Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)"},
-    });
+    ExpectRows(
+        {Row(Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"),
+         Row(Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"),
+         Row(Format("%d|%ld|%u|%.3d", INT32_MIN, -1, -1, 7), "-2147483648|-1|4294967295|7"),
+         Row(Format("%x|%o|%b|%08x", -1, 8, 5, 0xBEEF), "FFFFFFFF|10|101|0000BEEF"),
+         Row(Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"),
+         Row(Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"),
+         Row(Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"),
+         // The low half of a 64-bit cell as iL; the } may be missing.
+         Row(Format("%.0{iL}f|%{uBd|", &wide, &byte), "5|200|"),
+         Row(Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"),
+         Row(Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
+             "-0.00|   3.142|2.0   |-0001.50"),
+         Row(Format("%e|%E|%g|%.0e", 1.5, 1.5, 1.5, 12345.0),
+             "1.500000E+0|1.500000E+0|1.500000E+0|1E+4"),
+         Row(Format("%20e|%40e", 1.0, 1.0),
+             " 1.00000000000000E+0|                   1.0000000000000000E+0"),
+         Row(Format("%f|%e|%.1{fD}f|%.1{fX}f", 1e308, 0.0, &real, &extended),
+             "1.000000E+308|0.000000E+0|3.8|1.2"),
+         Row(Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"),
+         Row(Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"),
+         Row(Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"),
+         Row(Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"),
+         Row(Format("%8s|%-8s|%05s", text, text, "ab"), "  abcdef|abcdef  |000ab"),
+         // The precision caps the whole field, padding included.
+         Row(Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"),
+         Row(Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"),
+         Row(Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"),
+         Row(Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
+             "A|B|AB|ABCD|AB"),
+         Row(Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
+             "(3,4)|hv(1,-1)|(-32768,0)|"),
+         Row(Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)")});
 }
 
 TEST(FormatEngine, LiteralsAndBackslashCodes) {
-    ExpectAll({
-        {Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"},
-        {Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"},
-        {Format("\\41\\4\\4G\\ff"),
-         "A\x04\x04G\x0c"
-         "f"},
-    });
+    ExpectRows({Row(Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"),
+                Row(Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"),
+                Row(Format("\\41\\4\\4G\\ff"),
+                    "A\x04\x04G\x0c"
+                    "f")});
     const uint8_t withNul[] = {4, 'a', 0, '%', 'd'};  // NUL is an ordinary character
     char out[8];
     ASSERT_EQ(StrFormatFromP(out, withNul, 7), 3);
@@ -140,32 +112,25 @@ TEST(FormatEngine, OutputCutAtEveryByte) {
     }
 }
 
-TEST(FormatEngine, DecimalMarkForm) {
+// The decimal-mark form is set once per call: the second pass starts with the mark the first
+// ended with. A gap in the positions gives no text at all.
+TEST(FormatEngine, DecimalMarkAndPositions) {
     double half = 0.5;
-    ExpectAll({
-        {Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"},
-        {Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"},
-        {Format("%\\2C;%.2f|%';%.1{fD}f", 0.5, &half), "0,50|0'5"},
-        {Format("%,;%d|%x", 1234, 255), "1234|FF"},
-        // Set once per call: the second pass starts with the mark the first ended with.
-        {Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"},
-    });
-}
-
-TEST(FormatEngine, PositionalParameters) {
     uint8_t pstr[] = {2, 'p', 'q'};
     int16_t rect[4] = {1, 2, 3, 4};
-    ExpectAll({
-        {Format("%1$s %2$d %1$s", "a", 7), "a 7 a"},
-        {Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"},
-        {Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
-         "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"},
-        {Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
-         "9876543210"},
-        // A gap in the positions: no text at all.
-        {Format("ab%2$d", 1, 2), ""},
-        {Format("%1$d%3$d", 1, 2, 3), ""},
-    });
+    ExpectRows(
+        {Row(Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"),
+         Row(Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"),
+         Row(Format("%\\2C;%.2f|%';%.1{fD}f", 0.5, &half), "0,50|0'5"),
+         Row(Format("%,;%d|%x", 1234, 255), "1234|FF"),
+         Row(Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"),
+         Row(Format("%1$s %2$d %1$s", "a", 7), "a 7 a"),
+         Row(Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"),
+         Row(Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
+             "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"),
+         Row(Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
+             "9876543210"),
+         Row(Format("ab%2$d", 1, 2), ""), Row(Format("%1$d%3$d", 1, 2, 3), "")});
     // The first pass stops at the limit too: literal text can fill a small buffer before a
     // position is recorded, and the gap then fails the binding.
     char buffer[4];
@@ -196,17 +161,12 @@ TEST(FormatEngine, WritesNoMoreThanItCounts) {
 
 // Each specifier failure is reported; the report ends the process with status 1.
 TEST(FormatEngineDeathTest, SpecifierFailures) {
+    // clang-format off
     const char* const formats[] = {
-        "%k",        "%X",         "%i",
-        "%n",        "%a",         "%h",
-        "%l",        "%ld%lh",     "%5",
-        "%-5",       "%.3",        "%{",
-        "%{i",       "%{iB",       "%1$",
-        "%0$d",      "%11$d",      "%1${*}d",
-        "%1$d %d",   "%d %1$d",    "%1$d %1$ld",
-        "%1$s %1$d", "%1$c %1$4c", "%[;d",
-        "%\\s;d",    "%5;",        "%2147483648$d",
-    };
+        "%k", "%X", "%i", "%n", "%a", "%h", "%l", "%ld%lh", "%5", "%-5", "%.3", "%{", "%{i", "%{iB",
+        "%1$", "%0$d", "%11$d", "%1${*}d", "%1$d %d", "%d %1$d", "%1$d %1$ld", "%1$s %1$d",
+        "%1$c %1$4c", "%[;d", "%\\s;d", "%5;", "%2147483648$d"};
+    // clang-format on
     for (const char* format : formats) {
         char buffer[64];
         EXPECT_EXIT(StrFormatN(buffer, sizeof buffer, format, 1, 2, 3),
