@@ -1,10 +1,13 @@
 #include <string>
 
 #include "memory_env.h"
+#include "support/rows.h"
 
 namespace {
 
 using OutOfMemoryTest = MemoryTest;
+using mgtest::ExpectRows;
+using mgtest::Row;
 
 int32_t gCallbackCalls = 0;
 int32_t gLastCallbackSize = 0;
@@ -19,43 +22,34 @@ int32_t RecordedSize() {
     return MemOutOfMemoryInfo(info) ? info[1] : 0;
 }
 
+// The record keeps the first failure: its size and data; size 0 is no record. Without one the
+// words beyond the first two are left alone.
 TEST_F(OutOfMemoryTest, RecordKeepsTheFirstSize) {
     int32_t info[4] = {9, 9, 9, 9};
-    EXPECT_EQ(MemOutOfMemoryInfo(info), 0);
-    EXPECT_EQ(info[0], 0);
-    EXPECT_EQ(info[1], 0);
-    EXPECT_EQ(info[2], 9);                  // untouched without a record
-    EXPECT_EQ(MemSetOutOfMemory(0, 5), 0);  // size 0 is no record
-    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
-    EXPECT_EQ(MemSetOutOfMemory(40, 7), 0);
-    EXPECT_EQ(MemSetOutOfMemory(80, 8), 1);
-    EXPECT_EQ(MemOutOfMemoryInfo(info), 1);
-    EXPECT_EQ(info[0], 7);
-    EXPECT_EQ(info[1], 40);
-    EXPECT_EQ(info[2], 0);
-    EXPECT_EQ(info[3], 0);
-    MemClearOutOfMemory();
-    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
+    ExpectRows({Row(MemOutOfMemoryInfo(info), 0), Row(info[0], 0), Row(info[1], 0), Row(info[2], 9),
+                Row(MemSetOutOfMemory(0, 5), 0), Row(MemOutOfMemoryInfo(nullptr), 0),
+                Row(MemSetOutOfMemory(40, 7), 0), Row(MemSetOutOfMemory(80, 8), 1),
+                Row(MemOutOfMemoryInfo(info), 1), Row(info[0], 7), Row(info[1], 40),
+                Row(info[2], 0), Row(info[3], 0),
+                Row((MemClearOutOfMemory(), MemOutOfMemoryInfo(nullptr)), 0)});
 }
 
+// The bytes are counted although nothing was allocated, and the master pointer is lost.
 TEST_F(OutOfMemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
     const int32_t bytes = gBytesAllocated;
     const int32_t freeMasters = gMainZone->freeMasterCount;
     CounterDelta counters(false);
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(MemNewHandle(24), nullptr);
-    EXPECT_EQ(RecordedSize(), 24);
-    // The bytes are counted although nothing was allocated, and the master pointer is lost.
-    EXPECT_EQ(gBytesAllocated - bytes, 24 + 16);
-    EXPECT_EQ(gMainZone->freeMasterCount, freeMasters - 1);
-    EXPECT_EQ(counters.Now().handleAllocs, 0);
-
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(CompactNewHandle(5), nullptr);
-    EXPECT_EQ(RecordedSize(), 24);  // the first failure stays
+    ExpectRows({Row((plat::FailAllocationAt(1), MemNewHandle(24)) == nullptr, 1),
+                Row(RecordedSize(), 24), Row(gBytesAllocated - bytes, 24 + 16),
+                Row(gMainZone->freeMasterCount, freeMasters - 1),
+                Row(counters.Now().handleAllocs, 0),
+                Row((plat::FailAllocationAt(1), CompactNewHandle(5)) == nullptr, 1),
+                Row(RecordedSize(), 24)});
     gBytesAllocated = bytes;
 }
 
+// A failed resize leaves the block, counts a resize and a move (null differs from the block)
+// and drifts the byte count.
 TEST_F(OutOfMemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
     for (const Zone& z : kZones) {
         for (bool clear : {false, true}) {
@@ -67,48 +61,38 @@ TEST_F(OutOfMemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
             const int32_t allocated = gBytesAllocated;
             CounterDelta counters(z.compact);
             plat::FailAllocationAt(1);
-            EXPECT_EQ((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory);
-            EXPECT_EQ(*h, bytes);
-            EXPECT_EQ(memcmp(*h, "keep", 4), 0);
-            EXPECT_EQ(z.size(h), 4);
-            EXPECT_EQ(counters.Now().resizes, 1);
-            EXPECT_EQ(counters.Now().moves, 1);  // null differs from the block
-            EXPECT_EQ(gBytesAllocated - allocated, 996);
-            EXPECT_EQ(RecordedSize(), 1000 + z.header);
-            z.dispose(h);
-            EXPECT_EQ(gBytesAllocated - allocated, 996 - (4 + z.header));
+            ExpectRows({Row((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory),
+                        Row(*h == bytes, 1), Row(mgtest::Contents(h, !z.compact), "keep"),
+                        Row(counters.Now().resizes, 1), Row(counters.Now().moves, 1),
+                        Row(gBytesAllocated - allocated, 996), Row(RecordedSize(), 1000 + z.header),
+                        Row((z.dispose(h), gBytesAllocated - allocated), 996 - (4 + z.header))});
             gBytesAllocated = allocated - (4 + z.header);
         }
     }
 }
 
+// A callback that asks for a retry gets it, for pointers, handles and resizes; one that gives
+// up leads to the record.
 TEST_F(OutOfMemoryTest, CallbackAsksForARetry) {
     gCallbackCalls = 0;
     MemSetGrowCallback(RetryOnce);
     plat::FailAllocationAt(1);
     Ptr p = MemNewPtr(33);
     ASSERT_NE(p, nullptr);
-    EXPECT_EQ(gCallbackCalls, 1);
-    EXPECT_EQ(gLastCallbackSize, 33);
-    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
+    ExpectRows(
+        {Row(gCallbackCalls, 1), Row(gLastCallbackSize, 33), Row(MemOutOfMemoryInfo(nullptr), 0)});
     MemDisposePtr(p);
-
     gCallbackCalls = 0;
     plat::FailAllocationAt(1);
     Handle h = MemNewHandle(12);
     ASSERT_NE(h, nullptr);
     EXPECT_EQ(gCallbackCalls, 1);
     EXPECT_EQ(MemHandleSize(h), 12);
-
     gCallbackCalls = 0;
     CounterDelta counters(false);
     plat::FailAllocationAt(1);
-    EXPECT_EQ(MemResizeHandle(h, 64), MgNoError);
-    EXPECT_EQ(gLastCallbackSize, 64 + 16);
-    EXPECT_EQ(counters.Now().resizes, 1);
-    EXPECT_EQ(MemHandleSize(h), 64);
-
-    // A callback that gives up leads to the record.
+    ExpectRows({Row(MemResizeHandle(h, 64), MgNoError), Row(gLastCallbackSize, 64 + 16),
+                Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64)});
     gCallbackCalls = 1;
     plat::FailAllocationAt(1);
     EXPECT_EQ(MemNewPtrClear(9), nullptr);
@@ -116,17 +100,14 @@ TEST_F(OutOfMemoryTest, CallbackAsksForARetry) {
     MemDisposeHandle(h);
 }
 
+// A new master block counts as a pointer of its zone; its free list passes the check.
 TEST_F(OutOfMemoryTest, MasterBlockGrowthFails) {
     MemZone* zone = gCompactZone;
-    const int32_t blocks = zone->masterBlockCount;
-    const int32_t ptrs = zone->ptrAllocs;
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(MemGrowMasterPointers(zone), MgNoMemory);
-    EXPECT_EQ(RecordedSize(), static_cast<int32_t>(sizeof(mgmem::MasterBlock)));
-    EXPECT_EQ(zone->masterBlockCount, blocks);
-    EXPECT_EQ(MemGrowMasterPointers(zone), MgNoError);
-    EXPECT_EQ(zone->masterBlockCount, blocks + 1);
-    EXPECT_EQ(zone->ptrAllocs, ptrs + 1);
+    const int32_t blocks = zone->masterBlockCount, ptrs = zone->ptrAllocs;
+    ExpectRows({Row((plat::FailAllocationAt(1), MemGrowMasterPointers(zone)), MgNoMemory),
+                Row(RecordedSize(), sizeof(mgmem::MasterBlock)),
+                Row(zone->masterBlockCount, blocks), Row(MemGrowMasterPointers(zone), MgNoError),
+                Row(zone->masterBlockCount, blocks + 1), Row(zone->ptrAllocs, ptrs + 1)});
     gMemChecking = 1;
     Handle h = CompactNewHandle(1);  // takes from the checked list
     EXPECT_EQ(MemCheckFreeList(zone), MgNoError);

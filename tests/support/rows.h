@@ -19,7 +19,10 @@ struct Row {
 
 inline void ExpectRows(std::initializer_list<Row> rows) {
     int index = 0;
-    for (const Row& r : rows) EXPECT_EQ(r.got, r.want) << "row " << index++;
+    for (const Row& r : rows) {
+        EXPECT_EQ(r.got, r.want) << "row " << index;
+        ++index;
+    }
 }
 
 }  // namespace mgtest
