@@ -19,33 +19,19 @@ std::string Native(Path p, int32_t syntax, MgStatus* status) {
 }
 
 TEST_F(NativeNames, Table) {
-    const struct {
-        std::string path;  // text in the `from` syntax
-        int32_t from, to;
-        MgStatus status;
-        std::string name;  // expected native name when the status is 0
-    } rows[] = {{"", W, W, MgBadArgument, ""},
-                {"C:\\", W, W, MgNoError, "C:\\"},
-                {"C:\\a\\b", W, W, MgNoError, "C:\\a\\b"},
-                {"a", W, W, MgBadArgument, ""},
-                {"abc:\\d", W, W, MgBadArgument, ""},
-                {"C:\\a\\con", W, W, MgBadArgument, ""},
-                {"C:\\a.", W, W, MgBadArgument, ""},
-                {"C:\\a\\b?", W, W, MgBadArgument, ""},
-                {"C:\\con.txt", W, W, MgNoError, "C:\\con.txt"},
-                {"\\\\s\\v", W, W, MgNoError, "\\\\s\\v\\"},
-                {"\\\\s\\v\\a", W, W, MgNoError, "\\\\s\\v\\a"},
-                {"1:\\a", W, W, MgBadArgument, ""},
-                {"/", X, X, MgNoError, "/"},
-                {"/a/b", X, X, MgNoError, "/a/b"},
-                {"/a\\b/c:d", X, X, MgNoError, "/a\\b/c:d"},
-                {"/a/con", X, X, MgNoError, "/a/con"},
-                {"/a.", X, X, MgNoError, "/a."},
-                {"a", X, X, MgBadArgument, ""},
-                {"..", X, X, MgBadArgument, ""},
-                // No shares in POSIX names, nor a name holding '/' (which only Windows text makes).
-                {"\\\\s\\v\\a", W, X, MgBadArgument, ""},
-                {"C:\\a/b", W, X, MgBadArgument, ""}};
+    // Text in the `from` syntax, the status, and the native name when it is 0. No shares in
+    // POSIX names, nor a name holding '/' (which only Windows text makes).
+    const MgStatus ok = MgNoError, bad = MgBadArgument;
+    // clang-format off
+    const struct { std::string path; int32_t from, to; MgStatus status; std::string name; } rows[] = {
+        {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"C:\\a\\b", W, W, ok, "C:\\a\\b"}, {"a", W, W, bad, ""},
+        {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""}, {"C:\\a.", W, W, bad, ""},
+        {"C:\\a\\b?", W, W, bad, ""}, {"C:\\con.txt", W, W, ok, "C:\\con.txt"}, {"\\\\s\\v", W, W, ok, "\\\\s\\v\\"},
+        {"\\\\s\\v\\a", W, W, ok, "\\\\s\\v\\a"}, {"1:\\a", W, W, bad, ""}, {"/", X, X, ok, "/"},
+        {"/a/b", X, X, ok, "/a/b"}, {"/a\\b/c:d", X, X, ok, "/a\\b/c:d"}, {"/a/con", X, X, ok, "/a/con"},
+        {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""}, {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""},
+        {"C:\\a/b", W, X, bad, ""}};
+    // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.path);
         OwnedPath p(Parse(r.path, r.from));
@@ -70,23 +56,16 @@ TEST_F(NativeNames, PosixNamesEndAtTheHostLimit) {
     }
 }
 
+// "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
+// status is whatever the host's last error maps to, and the text is cut there.
 TEST_F(NativeNames, WindowsLengthLimitIs260) {
-    // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1).
+    const std::string dirs = "C:\\" + std::string(100, 'a') + "\\" + std::string(100, 'b');
     for (int last : {55, 56}) {
-        SCOPED_TRACE(last);
-        OwnedPath p(Parse("C:\\" + std::string(100, 'a') + "\\" + std::string(100, 'b') + "\\" +
-                          std::string(last, 'c')));
+        OwnedPath p(Parse(dirs + "\\" + std::string(last, 'c')));
         char name[FNativeNameBufferSize];
-        MgStatus status = FPathToNativeNameSyntax(p, name, PathSyntaxWindows);
-        if (last == 55) {
-            EXPECT_EQ(status, MgNoError);
-            EXPECT_EQ(strlen(name), 260u);
-        } else {
-            // The status is whatever the host's last error maps to; the text is cut there.
-            EXPECT_NE(status, MgNoError);
-            EXPECT_EQ(std::string(name),
-                      "C:\\" + std::string(100, 'a') + "\\" + std::string(100, 'b'));
-        }
+        const MgStatus status = FPathToNativeNameSyntax(p, name, PathSyntaxWindows);
+        EXPECT_EQ(status == MgNoError, last == 55);
+        EXPECT_EQ(std::string(name), last == 55 ? dirs + "\\" + std::string(55, 'c') : dirs);
     }
 }
 
@@ -106,33 +85,16 @@ TEST_F(NativeNames, WindowsLongComponentsReadAsSignedLengths) {
 }
 
 TEST_F(NativeNames, CheckNameAndNewName) {
-    const struct {
-        std::string name;
-        int32_t syntax, flags;
-        const char* found;
-    } rows[] = {{"good.txt", W, 0, ""},
-                {"C:", W, NameBadCharacter, ":"},
-                {"a?b*", W, NameBadCharacter, "*?"},
-                {"a\\b/c|d", W, NameBadCharacter, "|/\\"},
-                {"x\"<>\"", W, NameBadCharacter, "\"><\""},
-                {"LPT1", W, NameReservedDevice, ""},
-                {"com9", W, NameReservedDevice, ""},
-                {"COM", W, 0, ""},
-                {"COM10", W, 0, ""},
-                {"clock$", W, NameReservedDevice, ""},
-                {"Nul", W, NameReservedDevice, ""},
-                {"con.txt", W, 0, ""},
-                {"a.", W, NameTrailingDot, ""},
-                {"aux.", W, NameTrailingDot, ""},
-                {"\xE9t\xE9", W, 0, ""},
-                {"a b-c_d", W, 0, ""},
-                {"a?b*:\\", X, 0, ""},
-                {"con", X, 0, ""},
-                {"a/b/", X, NameBadCharacter, "//"},
-                {std::string("a\0b", 3), X, NameBadCharacter, ""},
-                {".", X, NameReservedDevice, ""},
-                {"..", X, NameReservedDevice, ""},
-                {"...", X, 0, ""}};
+    const int32_t B = NameBadCharacter, D = NameReservedDevice, T = NameTrailingDot;
+    // clang-format off
+    const struct { std::string name; int32_t syntax, flags; const char* found; } rows[] = {
+        {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
+        {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""}, {"COM10", W, 0, ""},
+        {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""}, {"a.", W, T, ""}, {"aux.", W, T, ""},
+        {"\xE9t\xE9", W, 0, ""}, {"a b-c_d", W, 0, ""}, {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""},
+        {"a/b/", X, B, "//"}, {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""},
+        {"...", X, 0, ""}};
+    // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         char found[256] = {};

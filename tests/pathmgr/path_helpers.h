@@ -9,17 +9,11 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
-#include "support/memory_env.h"
+#include "support/handles.h"
+#include "support/pstr.h"
+#include "support/rows.h"
 
-// A PStr built from a std::string.
-struct P {
-    uint8_t b[256] = {};
-    explicit P(const std::string& s) {
-        b[0] = static_cast<uint8_t>(s.size());
-        memcpy(b + 1, s.data(), s.size());
-    }
-    operator PStr() { return b; }
-};
+using mgtest::P;
 
 // Owns a path for the length of a test.
 struct OwnedPath {
