@@ -8,8 +8,12 @@
 #include <random>
 
 #include "mg/math.h"
+#include "support/rows.h"
 
 namespace {
+
+using mgtest::ExpectRows;
+using mgtest::Row;
 
 // Room for any number type.
 struct Cell {
@@ -42,27 +46,19 @@ uint64_t StoredBits(NumType t, const Cell& c) {
     }
 }
 
+// Limits of every integer type, widened by their own sign rule, keep their low bits in every
+// other type. Only the low 4 bits of a type word up to 30 name the type.
 TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
-    // Limits of every integer type, widened by their own sign rule.
-    struct Limit {
-        NumType type;
-        Cell cell;
-        uint64_t widened;
-    };
-    const Limit limits[] = {
-        {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull},
-        {NumIB, Cell::Of<int8_t>(127), 127},
-        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
-        {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
-        {NumIL, Cell::Of<int32_t>(-1), ~0ull},
-        {NumIL, Cell::Of<int32_t>(70000), 70000},
-        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
-        {NumUB, Cell::Of<uint8_t>(255), 255},
-        {NumUW, Cell::Of<uint16_t>(65535), 65535},
-        {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
-        {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull},
-    };
-    for (const Limit& l : limits) {
+    // clang-format off
+    const struct { NumType type; Cell cell; uint64_t widened; } limits[] = {
+        {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull}, {NumIB, Cell::Of<int8_t>(127), 127},
+        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull}, {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
+        {NumIL, Cell::Of<int32_t>(-1), ~0ull}, {NumIL, Cell::Of<int32_t>(70000), 70000},
+        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull}, {NumUB, Cell::Of<uint8_t>(255), 255},
+        {NumUW, Cell::Of<uint16_t>(65535), 65535}, {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
+        {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull}};
+    // clang-format on
+    for (const auto& l : limits) {
         for (NumType t = NumIB; t <= NumUQ; ++t) {
             Cell out;
             NumConvert(l.type, l.cell.bytes, t, out.bytes);
@@ -70,79 +66,71 @@ TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
             EXPECT_EQ(StoredBits(t, out), l.widened & mask) << "from " << l.type << " to " << t;
         }
     }
-    // Only the low 4 bits of a type word up to 30 name the type.
     Cell out;
     NumConvert(0x10 | NumIL, Cell::Of<int32_t>(-2).bytes, 0x10 | NumIQ, out.bytes);
     EXPECT_EQ(out.As<int64_t>(), -2);
+    // Type 0 or above 30 is a failure.
+    EXPECT_EXIT(NumConvert(0, out.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(NumConvert(NumIL, out.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
 }
 
-TEST(NumConvertDeathTest, TypeZeroOrAbove30IsAFailure) {
-    Cell in, out;
-    EXPECT_EXIT(NumConvert(0, in.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(NumConvert(NumIL, in.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
-}
-
-struct StoreCase {
-    long double value;
-    NumType type;
-    uint64_t bits;  // the stored integer, as its unsigned bits
-    int32_t result;
-};
-
+// Saturation, ties to even, and the integer indefinite (with result 0) by the table.
 TEST(NumStore, SaturatesAndRoundsByTheTable) {
     const long double inf = INFINITY, nan = NAN;
-    const StoreCase cases[] = {
-        {70000.0L, NumIW, 32767, 1},
-        {-70000.0L, NumIW, 0x8000, 1},
-        {300, NumIB, 127, 1},
-        {-300, NumIB, 0x80, 1},
-        {-128.4L, NumIB, 0x80, 1},
-        {3e9L, NumIL, 0x7FFFFFFF, 1},
-        {-3e9L, NumIL, 0x80000000, 1},
-        {inf, NumIL, 0x7FFFFFFF, 1},
-        {-inf, NumIW, 0x8000, 1},
-        {2.5L, NumIL, 2, 1},  // ties to even
-        {3.5L, NumIL, 4, 1},
-        {-2.5L, NumIW, 0xFFFE, 1},
-        {nan, NumIL, 0x80000000, 0},  // integer indefinite
-        {nan, NumIW, 0x8000, 0},
-        {1e19L, NumIQ, 0x8000000000000000ull, 0},
-        {-1e19L, NumIQ, 0x8000000000000000ull, 0},
-        {-9223372036854775808.0L, NumIQ, 0x8000000000000000ull, 1},
-        {300, NumUB, 255, 0},
-        {-1, NumUB, 0, 0},
-        {200.5L, NumUB, 200, 1},
-        {nan, NumUB, 0, 0},
-        {70000, NumUW, 65535, 0},
-        {-5, NumUW, 0, 0},
-        {5e9L, NumUL, 0xFFFFFFFF, 1},
-        {-5, NumUL, 0, 1},
-        {4294967295.0L, NumUL, 0xFFFFFFFF, 1},
-        {nan, NumUL, 0, 0},
-        {18446744073709551615.0L, NumUQ, ~0ull, 1},
-        {9223372036854775808.0L, NumUQ, 0x8000000000000000ull, 1},
-        {9223372036854775807.0L, NumUQ, 0x7FFFFFFFFFFFFFFFull, 1},
-        {1e20L, NumUQ, 0x8000000000000000ull, 0},
-        {-1, NumUQ, ~0ull, 0},
-    };
-    for (const StoreCase& c : cases) {
+    const uint64_t min64 = 0x8000000000000000ull;
+    // clang-format off
+    const struct { long double value; NumType type; uint64_t bits; int32_t result; } cases[] = {
+        {70000.0L, NumIW, 32767, 1}, {-70000.0L, NumIW, 0x8000, 1}, {300, NumIB, 127, 1}, {-300, NumIB, 0x80, 1},
+        {-128.4L, NumIB, 0x80, 1}, {3e9L, NumIL, 0x7FFFFFFF, 1}, {-3e9L, NumIL, 0x80000000, 1},
+        {inf, NumIL, 0x7FFFFFFF, 1}, {-inf, NumIW, 0x8000, 1}, {2.5L, NumIL, 2, 1}, {3.5L, NumIL, 4, 1},
+        {-2.5L, NumIW, 0xFFFE, 1}, {nan, NumIL, 0x80000000, 0}, {nan, NumIW, 0x8000, 0},
+        {1e19L, NumIQ, min64, 0}, {-1e19L, NumIQ, min64, 0}, {-9223372036854775808.0L, NumIQ, min64, 1},
+        {300, NumUB, 255, 0}, {-1, NumUB, 0, 0}, {200.5L, NumUB, 200, 1}, {nan, NumUB, 0, 0},
+        {70000, NumUW, 65535, 0}, {-5, NumUW, 0, 0}, {5e9L, NumUL, 0xFFFFFFFF, 1}, {-5, NumUL, 0, 1},
+        {4294967295.0L, NumUL, 0xFFFFFFFF, 1}, {nan, NumUL, 0, 0}, {18446744073709551615.0L, NumUQ, ~0ull, 1},
+        {9223372036854775808.0L, NumUQ, min64, 1}, {9223372036854775807.0L, NumUQ, min64 - 1, 1},
+        {1e20L, NumUQ, min64, 0}, {-1, NumUQ, ~0ull, 0}};
+    // clang-format on
+    for (const auto& c : cases) {
         Cell out;
-        int32_t result = NumStore(c.type, out.bytes, ExtendedPair{c.value, 0});
+        const int32_t result = NumStore(c.type, out.bytes, ExtendedPair{c.value, 0});
         EXPECT_EQ(StoredBits(c.type, out), c.bits) << (double)c.value << " as " << c.type;
         EXPECT_EQ(result, c.result) << (double)c.value << " as " << c.type;
     }
 }
 
-TEST(NumConvert, FloatSourcesSaturateThroughTheStore) {
-    Cell out;
-    EXPECT_EQ(NumConvert(NumFD, Cell::Of<double>(NAN).bytes, NumIL, out.bytes), 0);
-    EXPECT_EQ(out.As<uint32_t>(), 0x80000000u);
-    // Every float type's largest value saturates each integer type the same way.
-    const NumType floats[] = {NumFS, NumFD, NumFX, NumCD};
-    for (NumType f : floats) {
-        Cell big;
-        ExtendedPair v{1e30L, 0};
-        NumStore(f, big.bytes, v);
+// Every float type's largest value saturates each integer type the same way. Float widths:
+// infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
+// largest uQ exactly, both ways. Complex parts.
+TEST(NumConvert, FloatsAndComplexParts) {
+    Cell out, marked, back, big;
+    memset(marked.bytes, 0xAA, sizeof marked.bytes);
+    const float cs[2] = {1.5f, -4.0f};
+    const double cd[2] = {-7.25, 3.0};
+    ExpectRows({Row(NumConvert(NumFD, Cell::Of<double>(NAN).bytes, NumIL, out.bytes), 0),
+                Row(out.As<uint32_t>(), 0x80000000u),
+                Row((NumConvert(NumFD, Cell::Of<double>(INFINITY).bytes, NumFS, out.bytes),
+                     out.As<uint32_t>()),
+                    0x7F800000u),
+                Row((NumConvert(NumFD, Cell::Of<double>(-INFINITY).bytes, NumFS, out.bytes),
+                     out.As<uint32_t>()),
+                    0xFF800000u),
+                Row((NumConvert(NumFD, Cell::Of<double>(1e300).bytes, NumFS, out.bytes),
+                     isinf(out.As<float>())),
+                    1),
+                Row((NumConvert(NumFD, Cell::Of<double>(2.0).bytes, NumFX, marked.bytes),
+                     marked.bytes[10]),
+                    0xAA),
+                Row((NumConvert(NumUQ, Cell::Of<uint64_t>(~0ull).bytes, NumFX, out.bytes),
+                     ExtendedRead(out.bytes) == 18446744073709551615.0L),
+                    1),
+                Row((NumConvert(NumFX, out.bytes, NumUQ, back.bytes), back.As<uint64_t>()), ~0ull),
+                Row((NumConvert(NumCS, cs, NumCX, out.bytes), ExtendedRead(out.bytes) == 1.5L), 1),
+                Row(ExtendedRead(out.bytes + 10) == -4.0L, 1),
+                Row((NumConvert(NumCD, cd, NumIL, out.bytes), out.As<int32_t>()), -7),
+                Row(NumLoad(NumCD, cd).re == -7.25L && NumLoad(NumCD, cd).im == 3.0L, 1)});
+    for (NumType f : {NumFS, NumFD, NumFX, NumCD}) {
+        NumStore(f, big.bytes, ExtendedPair{1e30L, 0});
         NumConvert(f, big.bytes, NumIL, out.bytes);
         EXPECT_EQ(out.As<int32_t>(), INT32_MAX) << f;
         NumConvert(f, big.bytes, NumUW, out.bytes);
@@ -150,55 +138,17 @@ TEST(NumConvert, FloatSourcesSaturateThroughTheStore) {
     }
 }
 
-TEST(NumConvert, FloatWidthsAndSpecials) {
-    Cell out;
-    NumConvert(NumFD, Cell::Of<double>(INFINITY).bytes, NumFS, out.bytes);
-    EXPECT_EQ(out.As<uint32_t>(), 0x7F800000u);
-    NumConvert(NumFD, Cell::Of<double>(-INFINITY).bytes, NumFS, out.bytes);
-    EXPECT_EQ(out.As<uint32_t>(), 0xFF800000u);
-    NumConvert(NumFD, Cell::Of<double>(1e300).bytes, NumFS, out.bytes);
-    EXPECT_TRUE(isinf(out.As<float>()));
-    // The extended form in memory is 10 bytes: nothing beyond them is written.
-    Cell marked;
-    memset(marked.bytes, 0xAA, sizeof marked.bytes);
-    NumConvert(NumFD, Cell::Of<double>(2.0).bytes, NumFX, marked.bytes);
-    EXPECT_EQ(marked.bytes[10], 0xAA);
-    // Largest uQ loads exactly.
-    NumConvert(NumUQ, Cell::Of<uint64_t>(~0ull).bytes, NumFX, out.bytes);
-    EXPECT_EQ(ExtendedRead(out.bytes), 18446744073709551615.0L);
-    Cell back;
-    NumConvert(NumFX, out.bytes, NumUQ, back.bytes);
-    EXPECT_EQ(back.As<uint64_t>(), ~0ull);
-}
-
-TEST(NumConvert, ComplexParts) {
-    Cell out;
-    float cs[2] = {1.5f, -4.0f};
-    NumConvert(NumCS, cs, NumCX, out.bytes);
-    EXPECT_EQ(ExtendedRead(out.bytes), 1.5L);
-    EXPECT_EQ(ExtendedRead(out.bytes + 10), -4.0L);
-    double cd[2] = {-7.25, 3.0};
-    NumConvert(NumCD, cd, NumIL, out.bytes);
-    EXPECT_EQ(out.As<int32_t>(), -7);
-    ExtendedPair loaded = NumLoad(NumCD, cd);
-    EXPECT_EQ(loaded.re, -7.25L);
-    EXPECT_EQ(loaded.im, 3.0L);
-}
-
 // Extended takes 10 bytes and its complex pair 20 until the host sets its size; types 0 and
 // 15 take none.
 TEST(NumTypes, ExtendedSizeIsSetAtRunTime) {
-    EXPECT_EQ(NumTypeSize(NumFX), 10);
-    EXPECT_EQ(NumTypeSize(NumCX), 20);
-    EXPECT_EQ(NumTypeSize(15), 0);
-    SetExtendedSize(16);
-    EXPECT_EQ(NumTypeSize(NumFX), 16);
-    EXPECT_EQ(NumTypeSize(NumCX), 32);
+    ExpectRows({Row(NumTypeSize(NumFX), 10), Row(NumTypeSize(NumCX), 20), Row(NumTypeSize(15), 0),
+                Row((SetExtendedSize(16), NumTypeSize(NumFX)), 16), Row(NumTypeSize(NumCX), 32)});
     SetExtendedSize(10);
 }
 
 // The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
-// every bit of normals, denormals, zeros and infinities.
+// every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
+// infinities.
 TEST(PortableForm, RoundTripKeepsEveryBit) {
     uint8_t portable[16];
     EXPECT_EQ(ExtendedToPortable(-1.5L, portable), portable + 16);
@@ -206,27 +156,26 @@ TEST(PortableForm, RoundTripKeepsEveryBit) {
     EXPECT_EQ(memcmp(portable, minusOneAndHalf, 16), 0);
     std::mt19937_64 rng(7);
     auto check = [](uint64_t mantissa, uint16_t signExponent) {
-        uint8_t raw[10], again[10], portable[16];
+        uint8_t raw[10], again[10], portable[16], zeros[6] = {};
         memcpy(raw, &mantissa, 8);
         memcpy(raw + 8, &signExponent, 2);
         ExtendedToPortable(ExtendedRead(raw), portable);
-        for (int i = 10; i < 16; ++i) ASSERT_EQ(portable[i], 0);
         Extended back;
         ExtendedFromPortable(portable, &back);
         ExtendedWrite(again, back);
-        EXPECT_EQ(memcmp(raw, again, 10), 0) << std::hex << signExponent << " " << mantissa;
+        EXPECT_TRUE(memcmp(raw, again, 10) == 0 && memcmp(portable + 10, zeros, 6) == 0)
+            << std::hex << signExponent << " " << mantissa;
     };
     for (int i = 0; i < 20000; ++i) {
-        uint64_t bits = rng();
-        // Normals: biased exponent 1 to 0x7FFE with either sign.
-        uint16_t exponent = static_cast<uint16_t>(1 + rng() % 0x7FFE);
+        const uint64_t bits = rng();
+        const uint16_t exponent = static_cast<uint16_t>(1 + rng() % 0x7FFE);
         check(bits | 0x8000000000000000ull, exponent | static_cast<uint16_t>(rng() & 0x8000));
-        check(bits >> 1, static_cast<uint16_t>(rng() & 0x8000));  // denormals
+        check(bits >> 1, static_cast<uint16_t>(rng() & 0x8000));
     }
-    check(0, 0);
-    check(0, 0x8000);
-    check(0x8000000000000000ull, 0x7FFF);
-    check(0x8000000000000000ull, 0xFFFF);
+    for (uint16_t sign : {0, 0x8000}) {
+        check(0, sign);
+        check(0x8000000000000000ull, sign | 0x7FFF);
+    }
 }
 
 }  // namespace

@@ -10,12 +10,17 @@
 #include "mg/memory.h"
 #include "mg/support.h"
 #include "platform/faults.h"
+#include "support/handles.h"
+#include "support/pstr.h"
+#include "support/rows.h"
 
 namespace {
 
+using mgtest::ExpectRows;
+using mgtest::Row;
+
 class Startup : public ::testing::Test {
   protected:
-    static void SetUpTestSuite() { InitMemoryManager(); }
     void TearDown() override {
         // Start-up hands number and time formatting to the user's locale; the other suites
         // compare with the C library's text in the C locale.
@@ -27,36 +32,21 @@ class Startup : public ::testing::Test {
     }
 };
 
-std::string LStrText(LStrHandle h) {
-    return std::string(reinterpret_cast<const char*>((*h)->text), (*h)->count);
-}
-
+// The host stub has no answer for the locale switch: the mark is a point. Exit clears the
+// handles.
 TEST_F(Startup, FillsHandlesPathsAndConstants) {
     ASSERT_EQ(SupportInit(), MgNoError);
-    EXPECT_EQ(LStrText(LStrCR), "\r");
-    EXPECT_EQ(LStrText(LStrLF), "\n");
-    EXPECT_EQ(LStrText(LStrCRLF), "\r\n");
-    EXPECT_EQ(LStrText(LStrTab), "\t");
-    EXPECT_EQ(LStrText(LStrEmpty), "");
-    EXPECT_EQ(MemHandleSize(reinterpret_cast<Handle>(LStrCRLF)), 6);
-    EXPECT_EQ(MemHandleSize(reinterpret_cast<Handle>(LStrEmpty)), 4);
-    int16_t fields[2];
-    memcpy(fields, *EmptyPathValue, 4);
-    EXPECT_EQ(fields[0], 0);
-    EXPECT_EQ(fields[1], 0);
-    memcpy(fields, *NotAPathValue, 4);
-    EXPECT_EQ(fields[0], 2);
-    EXPECT_EQ(fields[1], 0);
-    EXPECT_EQ(AMTextLength, 2);
-    EXPECT_STREQ(PMText, "PM");
-    EXPECT_EQ(DoubleNaN, ~0ull);
-    EXPECT_EQ(FloatNegInfinity, 0xFF800000u);
-    EXPECT_NE(ProcessId, 0);
-    // The host stub has no answer for the locale switch: the mark is a point.
-    EXPECT_EQ(SystemDecimalMark, '.');
-    SupportExit();
-    EXPECT_EQ(LStrCR, nullptr);
-    EXPECT_EQ(EmptyPathValue, nullptr);
+    auto bytes = [](void* h) { return mgtest::Contents(reinterpret_cast<Handle>(h)); };
+    const int16_t emptyPath[2] = {0, 0}, notAPath[2] = {2, 0};
+    ExpectRows(
+        {Row(bytes(LStrCR), mgtest::LStrBytes("\r")), Row(bytes(LStrLF), mgtest::LStrBytes("\n")),
+         Row(bytes(LStrCRLF), mgtest::LStrBytes("\r\n")),
+         Row(bytes(LStrTab), mgtest::LStrBytes("\t")), Row(bytes(LStrEmpty), mgtest::LStrBytes("")),
+         Row(bytes(EmptyPathValue), std::string(reinterpret_cast<const char*>(emptyPath), 4)),
+         Row(bytes(NotAPathValue), std::string(reinterpret_cast<const char*>(notAPath), 4)),
+         Row(AMTextLength, 2), Row(PMText, "PM"), Row(DoubleNaN, ~0ull),
+         Row(FloatNegInfinity, 0xFF800000u), Row(ProcessId != 0, 1), Row(SystemDecimalMark, '.'),
+         Row((SupportExit(), LStrCR == nullptr && EmptyPathValue == nullptr), 1)});
 }
 
 TEST_F(Startup, OutOfMemoryAtEachHandleGivesStatus2) {
@@ -98,31 +88,25 @@ TEST_F(Startup, RandomUnitMatchesAnIndependentGenerator) {
         double got = -1;
         EXPECT_EQ(RandomUnit(&got), &got);
         EXPECT_NEAR(got, (double)expected, 1e-15) << i;
-        EXPECT_GE(got, 0.0);
-        EXPECT_LT(got, 1.0);
+        EXPECT_TRUE(got >= 0 && got < 1) << got;
     }
     // A fresh start repeats the sequence.
     double first, again;
-    RandomInitSeeds();
-    RandomUnit(&first);
-    RandomInitSeeds();
-    RandomUnit(&again);
+    RandomUnit((RandomInitSeeds(), &first));
+    RandomUnit((RandomInitSeeds(), &again));
     EXPECT_EQ(first, again);
 }
 
 TEST(VersionText, Forms) {
-    const struct {
-        uint32_t version;
-        const char* text;
-    } cases[] = {
+    // clang-format off
+    const struct { uint32_t version; const char* text; } cases[] = {
         {0x01234056, "1.2.3a56"}, {0x06100000, "6.1"}, {0x12300000, "12.3"}, {0x08502001, "8.5d1"},
-        {0x08506010, "8.5b10"},   {0x08508099, "8.5"}, {0x08504000, "8.5a"}, {0x00000000, "0.0"},
-    };
+        {0x08506010, "8.5b10"},   {0x08508099, "8.5"}, {0x08504000, "8.5a"}, {0x00000000, "0.0"}};
+    // clang-format on
     for (const auto& c : cases) {
         uint8_t out[256];
         EXPECT_EQ(VersionText(c.version, out), out);
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(out) + 1, out[0]), c.text)
-            << std::hex << c.version;
+        EXPECT_EQ(mgtest::P::Text(out), c.text) << std::hex << c.version;
     }
 }
 
