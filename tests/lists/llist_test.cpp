@@ -2,81 +2,74 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "mg/ansi.h"
 #include "mg/lists.h"
 #include "platform/faults.h"
 #include "support/handles.h"
+#include "support/rows.h"
 
 namespace {
 
 using namespace mgtest;
-using V = std::vector<std::string>;
 
-V Items(Handle list) {
-    V out;
+// The elements as "[a][b]", read through LListGet.
+std::string Items(Handle list) {
+    std::string out;
     for (int32_t i = 0; i < *reinterpret_cast<int32_t*>(*list); ++i)
-        out.push_back(LText(LListGet(*list, i)));
+        out += "[" + LText(LListGet(*list, i)) + "]";
     return out;
 }
 
-Handle Make(const V& items, bool mainZone = true) {
+Handle Make(std::initializer_list<std::string> items, bool mainZone = true) {
     Handle list = mainZone ? MemNewHandleClear(4) : CompactNewHandleClear(4);
     for (const auto& s : items) EXPECT_EQ(LListInsert(list, L(s), 99, mainZone, 0), 0);
     return list;
 }
 
+// Elements are padded with zeros to a multiple of 4; a roomy handle is kept unless the insert
+// is exact; indices are pinned; the last one goes too.
 TEST(LList, InsertPadsWithZerosAndSizesByZone) {
-    for (bool mainZone : {true, false}) {
-        Handle list = Make({"hello"}, mainZone);
-        // The count, the length, 5 + 3 zeros.
-        EXPECT_EQ(Contents(list, mainZone),
-                  std::string("\1\0\0\0", 4) + LStrBytes("hello") + '\0' + '\0' + '\0');
-        mainZone ? MemResizeHandle(list, 100) : CompactResizeHandle(list, 100);
-        ASSERT_EQ(LListInsert(list, L("xy"), -4, mainZone, 0), MgNoError);
-        EXPECT_EQ(HandleBytes(list, mainZone), 100);
-        ASSERT_EQ(LListInsert(list, L(""), 1, mainZone, 1), MgNoError);
-        EXPECT_EQ(HandleBytes(list, mainZone), 28);
-        EXPECT_EQ(Items(list), (V{"xy", "", "hello"}));
-        EXPECT_EQ(LListDelete(list, 0, mainZone), 2);
-        EXPECT_EQ(HandleBytes(list, mainZone), 20);
-        DisposeIn(list, mainZone);
+    for (bool z : {true, false}) {
+        Handle list = Make({"hello"}, z);
+        ExpectRows(
+            {Row(Contents(list, z),
+                 std::string("\1\0\0\0", 4) + LStrBytes("hello") + '\0' + '\0' + '\0'),
+             Row((z ? MemResizeHandle(list, 100) : CompactResizeHandle(list, 100)), MgNoError),
+             Row(LListInsert(list, L("xy"), -4, z, 0), MgNoError), Row(HandleBytes(list, z), 100),
+             Row(LListInsert(list, L(""), 1, z, 1), MgNoError), Row(HandleBytes(list, z), 28),
+             Row(Items(list), "[xy][][hello]"), Row(LListDelete(list, 0, z), 2),
+             Row(HandleBytes(list, z), 20)});
+        DisposeIn(list, z);
     }
     Handle list = Make({"a"});
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(LListInsert(list, L("a much longer string"), 0, 1, 1), MgNoMemory);
-    plat::ResetFaults();
-    EXPECT_EQ(LListDelete(list, 5, 1), 0);  // the last one goes too
-    EXPECT_EQ(Items(list), V{});
+    ExpectRows(
+        {Row((plat::FailAllocationAt(1), LListInsert(list, L("a much longer string"), 0, 1, 1)),
+             MgNoMemory),
+         Row((plat::ResetFaults(), LListDelete(list, 5, 1)), 0), Row(Items(list), "")});
     MemDisposeHandle(list);
 }
 
+// Before the first element that isn't below, which a duplicate is unless allowed.
 TEST(LList, SortedInsert) {
-    const struct {
-        std::string s;
-        int32_t allow, found, inserted;
-        V after;
-    } cases[] = {{"b", 0, 1, 0, {"a", "b", "d"}},
-                 {"b", 1, 1, 1, {"a", "b", "b", "d"}},
-                 {"z", 0, 3, 1, {"a", "b", "d", "z"}},
-                 {"ba", 0, 2, 1, {"a", "b", "ba", "d"}}};
+    // clang-format off
+    const struct { std::string s; int32_t allow, found, inserted; const char* after; } cases[] = {
+        {"b", 0, 1, 0, "[a][b][d]"}, {"b", 1, 1, 1, "[a][b][b][d]"}, {"z", 0, 3, 1, "[a][b][d][z]"},
+        {"ba", 0, 2, 1, "[a][b][ba][d]"}};
+    // clang-format on
     for (const auto& c : cases) {
         Handle list = Make({"a", "b", "d"});
         int32_t found = -1, inserted = -1;
-        ASSERT_EQ(LListInsertSorted(list, L(c.s), c.allow, &found, &inserted, 1, 0), 0);
-        EXPECT_EQ(std::vector<int32_t>({found, inserted}),
-                  std::vector<int32_t>({c.found, c.inserted}))
-            << c.s;
-        EXPECT_EQ(Items(list), c.after) << c.s;
+        ExpectRows({Row(LListInsertSorted(list, L(c.s), c.allow, &found, &inserted, 1, 0), 0),
+                    Row(found, c.found), Row(inserted, c.inserted), Row(Items(list), c.after)});
         MemDisposeHandle(list);
     }
 }
 
 // The swap walks by the swapped counts to the end: host counts read swapped run past it, and
-// bytes the walk never reaches are as bad.
+// bytes the walk never reaches are as bad. The empty last string puts a count word at the
+// very end of the block.
 TEST(LListDeathTest, SwapWalksByTheSwappedCountsToTheEnd) {
-    // The empty last string puts a count word at the very end of the block.
     Handle list = Make({"one", "three, and more", ""});
     const std::string host = Contents(list);
     std::string foreign = host;
@@ -91,48 +84,45 @@ TEST(LListDeathTest, SwapWalksByTheSwappedCountsToTheEnd) {
     MemDisposeHandle(list);
 }
 
+// Appends grow the handle only when needed, or to the exact size; null appends nothing. A
+// count beyond the handle, or a negative count on either side, is refused.
 TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFits) {
-    const struct {
-        bool mainZone, exact;
-        MgStatus (*append)(LStrHandle, const LStr*);
-    } forms[] = {{true, false, LStringAppend},
-                 {true, true, LStringAppendExact},
-                 {false, false, LStringAppendCompact},
-                 {false, true, LStringAppendCompactExact}};
+    // clang-format off
+    const struct { bool mainZone, exact; MgStatus (*append)(LStrHandle, const LStr*); } forms[] = {
+        {true, false, LStringAppend}, {true, true, LStringAppendExact}, {false, false, LStringAppendCompact},
+        {false, true, LStringAppendCompactExact}};
+    // clang-format on
     for (const auto& f : forms) {
         Handle h = f.mainZone ? MemNewHandleClear(40) : CompactNewHandleClear(40);
         LStrHandle l = reinterpret_cast<LStrHandle>(h);
-        ASSERT_EQ(f.append(l, L("abc")), MgNoError);
-        EXPECT_EQ(HandleBytes(h, f.mainZone), f.exact ? 7 : 40);
-        ASSERT_EQ(f.append(l, nullptr), MgNoError);  // appends nothing
-        ASSERT_EQ(f.append(l, L(std::string(40, 'z'))), MgNoError);
-        ASSERT_EQ(f.append(l, L("!")), MgNoError);
-        EXPECT_EQ(Contents(h, f.mainZone), LStrBytes("abc" + std::string(40, 'z') + "!"));
+        ExpectRows({Row(f.append(l, L("abc")), MgNoError),
+                    Row(HandleBytes(h, f.mainZone), f.exact ? 7 : 40),
+                    Row(f.append(l, nullptr), MgNoError),
+                    Row(f.append(l, L(std::string(40, 'z'))), MgNoError),
+                    Row(f.append(l, L("!")), MgNoError),
+                    Row(Contents(h, f.mainZone), LStrBytes("abc" + std::string(40, 'z') + "!"))});
         DisposeIn(h, f.mainZone);
     }
-    // A count beyond the handle, or a negative count on either side, is refused.
-    Handle h = MemNewHandleClear(8);
-    LStrHandle l = reinterpret_cast<LStrHandle>(h);
+    LStrHandle l = NewLStr("1234");
     L negative("");
     negative.get()->count = -1;
-    for (int32_t count : {5, -1, 0}) {
-        (*l)->count = count;
-        EXPECT_EQ(LStringAppend(l, count ? L("a").get() : negative.get()), MgBadArgument) << count;
-    }
-    MemDisposeHandle(h);
+    ExpectRows({Row(((*l)->count = 5, LStringAppend(l, L("a"))), MgBadArgument),
+                Row(((*l)->count = -1, LStringAppend(l, L("a"))), MgBadArgument),
+                Row(((*l)->count = 0, LStringAppend(l, negative)), MgBadArgument)});
+    MemDisposeHandle(reinterpret_cast<Handle>(l));
 }
 
+// Makes a compact handle, resizes it, and disposes it for null bytes.
 TEST(LStringAssign, MakesResizesAndDisposes) {
     LStrHandle h = nullptr;
     const uint8_t* text = reinterpret_cast<const uint8_t*>("hello");
-    EXPECT_EQ(LStringAssign(nullptr, 3, text), MgBadArgument);
-    for (int32_t n : {3, 5}) {
-        ASSERT_EQ(LStringAssign(&h, n, text), MgNoError);
-        EXPECT_EQ(Contents(reinterpret_cast<Handle>(h), false), LStrBytes(std::string("hello", n)));
-    }
-    EXPECT_EQ(LStringAssign(&h, -1, text), MgBadArgument);
-    EXPECT_EQ(LStringAssign(&h, 5, nullptr), MgNoError);
-    EXPECT_EQ(h, nullptr);
+    ExpectRows({Row(LStringAssign(nullptr, 3, text), MgBadArgument),
+                Row(LStringAssign(&h, 3, text), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(h), false), LStrBytes("hel")),
+                Row(LStringAssign(&h, 5, text), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(h), false), LStrBytes("hello")),
+                Row(LStringAssign(&h, -1, text), MgBadArgument),
+                Row(LStringAssign(&h, 5, nullptr), MgNoError), Row(h == nullptr, 1)});
 }
 
 }  // namespace
