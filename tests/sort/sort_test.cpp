@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -72,22 +73,14 @@ TEST(SortArray, InconsistentComparisonEnds) {
 TEST(SortArrayStride, ExchangesOnlySwapSizeBytesAndPassesTheContext) {
     std::mt19937 rng(3);
     const int32_t n = 500;
-    Ints records(2 * n), keys, tags;
-    for (int32_t i = 0; i < n; i++) {
-        records[2 * i] = static_cast<int32_t>(rng() % 1000);
-        records[2 * i + 1] = i;
-        keys.push_back(records[2 * i]);
-        tags.push_back(i);
-    }
-    keys = Sorted(keys);
+    Ints records(2 * n), keys(n), halves(n), sortedHalves(n);
+    for (int32_t i = 0; i < 2 * n; i++) records[i] = i % 2 ? i : static_cast<int32_t>(rng() % 1000);
+    for (int32_t i = 0; i < n; i++) keys[i] = records[2 * i], halves[i] = records[2 * i + 1];
     SortArrayStride(records.data(), n, 4, 8, CompareInts);
-    Ints gotKeys, gotTags;
-    for (int32_t i = 0; i < n; i++) {
-        gotKeys.push_back(records[2 * i]);
-        gotTags.push_back(records[2 * i + 1]);
-    }
-    EXPECT_EQ(gotKeys, keys);
-    EXPECT_EQ(gotTags, tags);
+    for (int32_t i = 0; i < n; i++)
+        sortedHalves[i] = records[2 * i + 1], records[i] = records[2 * i];
+    EXPECT_EQ(sortedHalves, halves);
+    EXPECT_EQ(Ints(records.begin(), records.begin() + n), Sorted(keys));
     int32_t sign = -1;
     auto descending = [](void* c, const void* a, const void* b) {
         return *static_cast<int32_t*>(c) * CompareInts(a, b);
@@ -96,18 +89,16 @@ TEST(SortArrayStride, ExchangesOnlySwapSizeBytesAndPassesTheContext) {
     EXPECT_TRUE(std::is_sorted(keys.rbegin(), keys.rend()));
 }
 
+// Odd addresses on purpose; nothing beyond the elements moves.
 TEST(Swappers, ExchangeWholeElementsAtAnyAlignment) {
-    const struct {
-        void (*swap)(void*, void*, int32_t);
-        int32_t size;
-    } cases[] = {{SwapLongs, 12}, {SwapShorts, 6}, {SwapBytes, 5}, {SwapBytes, 1}};
-    for (const auto& c : cases) {
+    const std::pair<void (*)(void*, void*, int32_t), int32_t> cases[] = {
+        {SwapLongs, 12}, {SwapShorts, 6}, {SwapBytes, 5}, {SwapBytes, 1}};
+    for (const auto& [swap, size] : cases) {
         uint8_t buffer[64], want[64];
-        for (int i = 0; i < 64; i++) buffer[i] = want[i] = static_cast<uint8_t>(i);
-        // Odd addresses on purpose; nothing beyond the elements moves.
-        for (int i = 0; i < c.size; i++) std::swap(want[1 + i], want[33 + i]);
-        c.swap(buffer + 1, buffer + 33, c.size);
-        EXPECT_EQ(memcmp(buffer, want, 64), 0) << c.size;
+        std::iota(buffer, buffer + 64, 0), std::iota(want, want + 64, 0);
+        std::swap_ranges(want + 1, want + 1 + size, want + 33);
+        swap(buffer + 1, buffer + 33, size);
+        EXPECT_EQ(memcmp(buffer, want, 64), 0) << size;
     }
 }
 

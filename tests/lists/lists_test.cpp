@@ -1,17 +1,92 @@
-// Packed LStr lists and the LStr appends: padding, sorted insert, byte-order swap, zones.
+// Packed string lists: PStr lists (pinned indices, sizing, replacement both ways, search), LStr
+// lists (padding, sorted insert, byte-order swap, zones) and the LStr appends.
+#include "mg/lists.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "mg/ansi.h"
-#include "mg/lists.h"
 #include "platform/faults.h"
 #include "support/handles.h"
+#include "support/pstr.h"
 #include "support/rows.h"
 
 namespace {
 
 using namespace mgtest;
+
+Handle MakePList(std::initializer_list<std::string> items) {
+    Handle list = MemNewHandleClear(4);
+    for (const auto& s : items) EXPECT_EQ(PListInsert(list, P(s).b, 1 << 30, 0), MgNoError);
+    return list;
+}
+
+// The elements as "[a][b]", then the handle's size when it differs from the bytes in use.
+std::string PItems(Handle list) {
+    std::string out;
+    int32_t at = 4;
+    for (int32_t i = 0; i < *reinterpret_cast<int32_t*>(*list); at += 1 + (*list)[at], ++i)
+        out += "[" + P::Text(*list + at) + "]";
+    return MemHandleSize(list) == at ? out : out + std::to_string(MemHandleSize(list));
+}
+
+// Insert, replace and delete with pinned indices keep the handle at the bytes in use.
+TEST(PList, InsertReplaceDeleteFitTheHandle) {
+    // clang-format off
+    const struct { char op; int32_t index; std::string s; const char* want; } cases[] = {
+        {'i', -3, "x", "[x][a][bbb]"}, {'i', 1000000, "x", "[a][bbb][x]"}, {'r', 1, "BBBBB", "[a][BBBBB]"},
+        {'r', 7, "", "[a][]"}, {'r', -1, "yy", "[yy][bbb]"}, {'d', 99, "", "[a]"}, {'d', -7, "", "[bbb]"}};
+    // clang-format on
+    for (const auto& c : cases) {
+        Handle list = MakePList({"a", "bbb"});
+        const int32_t result = c.op == 'i'   ? PListInsertExact(list, P(c.s).b, c.index)
+                               : c.op == 'r' ? PListReplace(list, P(c.s).b, c.index)
+                                             : PListDelete(list, c.index) - 1;
+        EXPECT_EQ(result, 0) << c.op << " " << c.index;
+        EXPECT_EQ(PItems(list), c.want) << c.op << " " << c.index;
+        MemDisposeHandle(list);
+    }
+}
+
+// A roomy handle is kept; failed growth leaves the list; the only element is replaced; a
+// replace on an empty list stores at the start with count 0.
+TEST(PList, SizingAndFailedGrowth) {
+    Handle list = MakePList({"a"});
+    ExpectRows({Row(MemResizeHandle(list, 64), MgNoError),
+                Row(PListInsert(list, P("bc").b, 9, 0), MgNoError),
+                Row((plat::FailAllocationAt(1), PListReplace(list, P("longer").b, 0)), MgNoMemory),
+                Row((plat::FailAllocationAt(1), PListInsertExact(list, P("long string").b, 0)),
+                    MgNoMemory),
+                Row((plat::ResetFaults(), PItems(list)), "[a][bc]64"),
+                Row(PListSetEmptyString(list), MgNoError), Row(PItems(list), "[]"),
+                Row(PListReplace(list, P("z").b, 0), MgNoError), Row(PItems(list), "[z]"),
+                Row(PListClear(list), MgNoError), Row(PItems(list), ""),
+                Row(PListDelete(list, 0), 0), Row(PListReplace(list, P("hi").b, 0), MgNoError),
+                Row(Contents(list), std::string("\0\0\0\0\2hi", 7)),
+                Row(PListClear(nullptr), MgBadArgument),
+                Row(PListSetEmptyString(nullptr), MgBadArgument)});
+    MemDisposeHandle(list);
+}
+
+// Search by a predicate, pinned gets, the first duplicate, and the 16-bit form's gets.
+TEST(PList, FindDuplicatesAndTheShortForm) {
+    Handle list = MakePList({"one", "Two"}),
+           dups[] = {MakePList({"b", "a", "a"}), MakePList({"a", "A", "b"})};
+    const P two("two");
+    ConstPStr key = two.b;
+    uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};
+    const int16_t count = 2;
+    memcpy(block, &count, 2);
+    ExpectRows(
+        {Row(PListFind(list, &key, PStringOrderNoCaseIndirect), 1),
+         Row(PListFind(list, &key, PStringOrderIndirect), -1),
+         Row(PListGet(list, -1) == *list + 4, 1), Row(PListGet(list, 9) == PListGet(list, 1), 1),
+         Row(PListFirstDuplicate(*dups[0]), 2), Row(PListFirstDuplicate(*dups[1]), 0),
+         Row(PList16Get(block, 0) == block + 2, 1), Row(PList16Get(block, 1) == block + 4, 1),
+         Row(PList16Get(block, 2) == nullptr, 1), Row(PList16Get(block, -1) == nullptr, 1)});
+    for (Handle h : {list, dups[0], dups[1]}) MemDisposeHandle(h);
+}
 
 // The elements as "[a][b]", read through LListGet.
 std::string Items(Handle list) {
