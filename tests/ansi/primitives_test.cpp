@@ -54,10 +54,12 @@ TEST(Text, Comparisons) {
     // 1, not a difference; bytes are unsigned.
     // clang-format off
     const struct { const char *a, *b; int n; int cmp, ncmp, casecmp, ncasecmp; } rows[] = {
-        {"abc", "abc", 10, 0, 0, 0, 0}, {"ab", "abc", 10, -'c', -'c', -'c', -'c'}, {"abc", "ab", 10, 1, 1, 'c', 'c'},
-        {"abd", "abc", 2, 1, 0, 1, 0}, {"ABC", "abc", 10, 'A' - 'a', 'A' - 'a', 0, 0},
-        {"a\xE9", "a\x41", 10, 0xE9 - 0x41, 0xE9 - 0x41, 0xE9 - 'a', 0xE9 - 'a'}, {"", "", 10, 0, 0, 0, 0},
-        {"abc", "XYZ", -1, 'a' - 'X', 0, 'a' - 'x', 0}, {"abC", "ABd", 3, 'a' - 'A', 'a' - 'A', 'c' - 'd', 'c' - 'd'},
+        {"abc", "abc", 10, 0, 0, 0, 0}, {"ab", "abc", 10, -'c', -'c', -'c', -'c'},
+        {"abc", "ab", 10, 1, 1, 'c', 'c'}, {"abd", "abc", 2, 1, 0, 1, 0},
+        {"ABC", "abc", 10, 'A' - 'a', 'A' - 'a', 0, 0},
+        {"a\xE9", "a\x41", 10, 0xE9 - 0x41, 0xE9 - 0x41, 0xE9 - 'a', 0xE9 - 'a'},
+        {"", "", 10, 0, 0, 0, 0}, {"abc", "XYZ", -1, 'a' - 'X', 0, 'a' - 'x', 0},
+        {"abC", "ABd", 3, 'a' - 'A', 'a' - 'A', 'c' - 'd', 'c' - 'd'},
         {"a", "B", 1, 'a' - 'B', 'a' - 'B', 'a' - 'b', 'a' - 'b'}, {"a", "b", 0, -1, 0, -1, 0}};
     // clang-format on
     for (const auto& r : rows) {

@@ -20,10 +20,10 @@ Timestamp Stamp(int32_t day, int32_t month, int32_t year, int32_t seconds = 0) {
 TEST(Calendar, DayNumbersAndValidDates) {
     // clang-format off
     const struct { int32_t day, month, year; uint32_t number; int32_t valid; } rows[] = {
-        {1, 1, 1904, 2416481, 1},  {1, 1, 2000, 2451545, 1},  {15, 10, 1582, 2299161, 1},
-        {1, 1, 1, 1721426, 1},     {29, 2, 1900, 2415080, 0}, {29, 2, 2000, 2451604, 1},
+        {1, 1, 1904, 2416481, 1}, {1, 1, 2000, 2451545, 1}, {15, 10, 1582, 2299161, 1},
+        {1, 1, 1, 1721426, 1}, {29, 2, 1900, 2415080, 0}, {29, 2, 2000, 2451604, 1},
         {29, 2, 2003, 2452700, 0}, {31, 4, 2020, 2458971, 0}, {0, 1, 2000, 0, 0},
-        {1, 0, 2000, 0, 0},        {1, 13, 2000, 0, 0},       {1, 1, 0, 0, 1}};
+        {1, 0, 2000, 0, 0}, {1, 13, 2000, 0, 0}, {1, 1, 0, 0, 1}};
     // clang-format on
     for (const auto& r : rows) {
         EXPECT_EQ(DateToDayNumber(r.day, r.month, r.year), r.number) << r.day << "/" << r.month;
@@ -81,10 +81,10 @@ TEST(Conversions, SecondsAndFileTimes) {
 TEST(Conversions, PlatformFields) {
     // clang-format off
     const struct { SystemTime fields; bool valid; } rows[] = {
-        {{2000, 2, 0, 29, 23, 59, 59, 999}, true},   {{1601, 1, 0, 1, 0, 0, 0, 0}, true},
-        {{1900, 2, 0, 29, 0, 0, 0, 0}, false},       {{2001, 8, 0, 32, 0, 0, 0, 0}, false},
-        {{2001, 13, 0, 1, 0, 0, 0, 0}, false},       {{1600, 12, 0, 31, 0, 0, 0, 0}, false},
-        {{2001, 1, 0, 1, 24, 0, 0, 0}, false},       {{2001, 1, 0, 1, 0, 0, 0, 1000}, false},
+        {{2000, 2, 0, 29, 23, 59, 59, 999}, true}, {{1601, 1, 0, 1, 0, 0, 0, 0}, true},
+        {{1900, 2, 0, 29, 0, 0, 0, 0}, false}, {{2001, 8, 0, 32, 0, 0, 0, 0}, false},
+        {{2001, 13, 0, 1, 0, 0, 0, 0}, false}, {{1600, 12, 0, 31, 0, 0, 0, 0}, false},
+        {{2001, 1, 0, 1, 24, 0, 0, 0}, false}, {{2001, 1, 0, 1, 0, 0, 0, 1000}, false},
         {{30827, 12, 0, 31, 23, 59, 59, 999}, true}, {{30828, 1, 0, 1, 0, 0, 0, 0}, false}};
     // clang-format on
     for (const auto& r : rows) {

@@ -180,9 +180,9 @@ TEST(Escapes, ParseTable) {
     // clang-format off
     const struct { const char* text; int32_t length; uint8_t byte; int32_t consumed; } cases[] = {
         {"b", 1, 8, 1}, {"f", 1, 12, 1}, {"n", 1, 10, 1}, {"r", 1, 13, 1}, {"s", 1, 32, 1},
-        {"t", 1, 9, 1}, {"\\", 1, '\\', 1}, {"a", 1, 'a', 1}, {"41x", 3, 0x41, 2}, {"FF", 2, 0xFF, 2},
-        {"7G", 2, 7, 1}, {"9f", 2, 9, 1}, {"3C4", 3, 0x3C, 2}, {"A0", 2, 0xA0, 2}, {"e", 1, 'e', 1},
-        {"", 0, '\\', 0}, {"41", 1, 4, 1}};
+        {"t", 1, 9, 1}, {"\\", 1, '\\', 1}, {"a", 1, 'a', 1}, {"41x", 3, 0x41, 2},
+        {"FF", 2, 0xFF, 2}, {"7G", 2, 7, 1}, {"9f", 2, 9, 1}, {"3C4", 3, 0x3C, 2},
+        {"A0", 2, 0xA0, 2}, {"e", 1, 'e', 1}, {"", 0, '\\', 0}, {"41", 1, 4, 1}};
     // clang-format on
     for (const auto& c : cases) {
         const uint8_t* start = reinterpret_cast<const uint8_t*>(c.text);

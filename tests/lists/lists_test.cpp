@@ -35,8 +35,9 @@ std::string PItems(Handle list) {
 TEST(PList, InsertReplaceDeleteFitTheHandle) {
     // clang-format off
     const struct { char op; int32_t index; std::string s; const char* want; } cases[] = {
-        {'i', -3, "x", "[x][a][bbb]"}, {'i', 1000000, "x", "[a][bbb][x]"}, {'r', 1, "BBBBB", "[a][BBBBB]"},
-        {'r', 7, "", "[a][]"}, {'r', -1, "yy", "[yy][bbb]"}, {'d', 99, "", "[a]"}, {'d', -7, "", "[bbb]"}};
+        {'i', -3, "x", "[x][a][bbb]"}, {'i', 1000000, "x", "[a][bbb][x]"},
+        {'r', 1, "BBBBB", "[a][BBBBB]"}, {'r', 7, "", "[a][]"}, {'r', -1, "yy", "[yy][bbb]"},
+        {'d', 99, "", "[a]"}, {'d', -7, "", "[bbb]"}};
     // clang-format on
     for (const auto& c : cases) {
         Handle list = MakePList({"a", "bbb"});
@@ -164,8 +165,8 @@ TEST(LListDeathTest, SwapWalksByTheSwappedCountsToTheEnd) {
 TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFits) {
     // clang-format off
     const struct { bool mainZone, exact; MgStatus (*append)(LStrHandle, const LStr*); } forms[] = {
-        {true, false, LStringAppend}, {true, true, LStringAppendExact}, {false, false, LStringAppendCompact},
-        {false, true, LStringAppendCompactExact}};
+        {true, false, LStringAppend}, {true, true, LStringAppendExact},
+        {false, false, LStringAppendCompact}, {false, true, LStringAppendCompactExact}};
     // clang-format on
     for (const auto& f : forms) {
         Handle h = f.mainZone ? MemNewHandleClear(40) : CompactNewHandleClear(40);

@@ -56,10 +56,12 @@ TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
     // clang-format off
     const struct { NumType type; Cell cell; uint64_t widened; } limits[] = {
         {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull}, {NumIB, Cell::Of<int8_t>(127), 127},
-        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull}, {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
+        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
+        {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
         {NumIL, Cell::Of<int32_t>(-1), ~0ull}, {NumIL, Cell::Of<int32_t>(70000), 70000},
-        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull}, {NumUB, Cell::Of<uint8_t>(255), 255},
-        {NumUW, Cell::Of<uint16_t>(65535), 65535}, {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
+        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
+        {NumUB, Cell::Of<uint8_t>(255), 255}, {NumUW, Cell::Of<uint16_t>(65535), 65535},
+        {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
         {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull}};
     // clang-format on
     for (const auto& l : limits) {
@@ -84,16 +86,18 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
     const uint64_t min64 = 0x8000000000000000ull;
     // clang-format off
     const struct { long double value; NumType type; uint64_t bits; int32_t result; } cases[] = {
-        {70000.0L, NumIW, 32767, 1}, {-70000.0L, NumIW, 0x8000, 1}, {300, NumIB, 127, 1}, {-300, NumIB, 0x80, 1},
-        {-128.4L, NumIB, 0x80, 1}, {3e9L, NumIL, 0x7FFFFFFF, 1}, {-3e9L, NumIL, 0x80000000, 1},
-        {inf, NumIL, 0x7FFFFFFF, 1}, {-inf, NumIW, 0x8000, 1}, {2.5L, NumIL, 2, 1}, {3.5L, NumIL, 4, 1},
-        {-2.5L, NumIW, 0xFFFE, 1}, {nan, NumIL, 0x80000000, 0}, {nan, NumIW, 0x8000, 0},
-        {1e19L, NumIQ, min64, 0}, {-1e19L, NumIQ, min64, 0}, {-9223372036854775808.0L, NumIQ, min64, 1},
-        {300, NumUB, 255, 0}, {-1, NumUB, 0, 0}, {200.5L, NumUB, 200, 1}, {nan, NumUB, 0, 0},
-        {70000, NumUW, 65535, 0}, {-5, NumUW, 0, 0}, {0, NumUW, 0, 1}, {0, NumUQ, 0, 1}, {5e9L, NumUL, 0xFFFFFFFF, 1}, {-5, NumUL, 0, 1},
-        {4294967295.0L, NumUL, 0xFFFFFFFF, 1}, {nan, NumUL, 0, 0}, {18446744073709551615.0L, NumUQ, ~0ull, 1},
-        {9223372036854775808.0L, NumUQ, min64, 1}, {9223372036854775807.0L, NumUQ, min64 - 1, 1},
-        {1e20L, NumUQ, min64, 0}, {-1, NumUQ, ~0ull, 0}};
+        {70000.0L, NumIW, 32767, 1}, {-70000.0L, NumIW, 0x8000, 1}, {300, NumIB, 127, 1},
+        {-300, NumIB, 0x80, 1}, {-128.4L, NumIB, 0x80, 1}, {3e9L, NumIL, 0x7FFFFFFF, 1},
+        {-3e9L, NumIL, 0x80000000, 1}, {inf, NumIL, 0x7FFFFFFF, 1}, {-inf, NumIW, 0x8000, 1},
+        {2.5L, NumIL, 2, 1}, {3.5L, NumIL, 4, 1}, {-2.5L, NumIW, 0xFFFE, 1},
+        {nan, NumIL, 0x80000000, 0}, {nan, NumIW, 0x8000, 0}, {1e19L, NumIQ, min64, 0},
+        {-1e19L, NumIQ, min64, 0}, {-9223372036854775808.0L, NumIQ, min64, 1}, {300, NumUB, 255, 0},
+        {-1, NumUB, 0, 0}, {200.5L, NumUB, 200, 1}, {nan, NumUB, 0, 0}, {70000, NumUW, 65535, 0},
+        {-5, NumUW, 0, 0}, {0, NumUW, 0, 1}, {0, NumUQ, 0, 1}, {5e9L, NumUL, 0xFFFFFFFF, 1},
+        {-5, NumUL, 0, 1}, {4294967295.0L, NumUL, 0xFFFFFFFF, 1}, {nan, NumUL, 0, 0},
+        {18446744073709551615.0L, NumUQ, ~0ull, 1}, {9223372036854775808.0L, NumUQ, min64, 1},
+        {9223372036854775807.0L, NumUQ, min64 - 1, 1}, {1e20L, NumUQ, min64, 0},
+        {-1, NumUQ, ~0ull, 0}};
     // clang-format on
     for (const auto& c : cases) {
         Cell out;
@@ -194,12 +198,13 @@ TEST(Kernel, EdgeValues) {
     const long double rows[][2] = {
         {ExpTwoMinusOne(-kInf), -1}, {ExpTwoMinusOne(kInf), kInf}, {ExpTwoMinusOne(-0.0L), -0.0L},
         {ExpTwoMinusOne(3), 7}, {ExpTwo(10), 1024}, {ExpTwo(-3), 0.125L}, {ExpTwo(-kInf), 0},
-        {HyperSine(-0.0L), -0.0L}, {HyperSine(-kInf), -kInf}, {HyperCosine(-kInf), kInf}, {HyperCosine(0), 1},
-        {HyperTangent(kInf), 1}, {HyperTangent(-kInf), -1}, {HyperTangent(20000), 1},
-        {ArcHyperSine(-kInf), -kInf}, {ArcHyperCosine(1), 0}, {ArcHyperCosine(0.5L), NAN},
-        {ArcHyperTangent(1), kInf}, {ArcHyperTangent(-1), -kInf}, {ArcHyperTangent(1.5L), NAN},
-        {LogOnePlus(-1), -kInf}, {LogOnePlus(-2), NAN}, {PowerReal(-2, 3), -8}, {PowerReal(-2, 2), 4},
-        {PowerReal(-2, 0.5L), NAN}, {PowerReal(0, -1), kInf}, {PowerReal(0, 2), 0}, {PowerReal(5, 0), 1},
+        {HyperSine(-0.0L), -0.0L}, {HyperSine(-kInf), -kInf}, {HyperCosine(-kInf), kInf},
+        {HyperCosine(0), 1}, {HyperTangent(kInf), 1}, {HyperTangent(-kInf), -1},
+        {HyperTangent(20000), 1}, {ArcHyperSine(-kInf), -kInf}, {ArcHyperCosine(1), 0},
+        {ArcHyperCosine(0.5L), NAN}, {ArcHyperTangent(1), kInf}, {ArcHyperTangent(-1), -kInf},
+        {ArcHyperTangent(1.5L), NAN}, {LogOnePlus(-1), -kInf}, {LogOnePlus(-2), NAN},
+        {PowerReal(-2, 3), -8}, {PowerReal(-2, 2), 4}, {PowerReal(-2, 0.5L), NAN},
+        {PowerReal(0, -1), kInf}, {PowerReal(0, 2), 0}, {PowerReal(5, 0), 1},
         {PowerReal(2, -2), 0.25L}};
     // clang-format on
     for (size_t i = 0; i < std::size(rows); ++i)

@@ -68,9 +68,10 @@ TEST(ScanDecimal, FieldsOfSpecialAndLongTexts) {
 TEST(FindNumberEnd, Ends) {
     // clang-format off
     const struct { const char* text; char mark; int32_t end; } cases[] = {
-        {"  -12.5e+3xyz", '.', 10}, {"12e", '.', 2}, {"12e+", '.', 2}, {"12 e5", '.', 2}, {"1e 5", '.', 4},
-        {"1e - 5", '.', 6}, {"-inf", '.', 4}, {"-nan", '.', 0}, {"nan", '.', 3}, {" NaNx", '.', 4},
-        {".5", '.', 2}, {".", '.', 0}, {"abc", '.', 0}, {"1,5", ',', 3}, {"1.5", ',', 1}, {"", '.', 0}};
+        {"  -12.5e+3xyz", '.', 10}, {"12e", '.', 2}, {"12e+", '.', 2}, {"12 e5", '.', 2},
+        {"1e 5", '.', 4}, {"1e - 5", '.', 6}, {"-inf", '.', 4}, {"-nan", '.', 0}, {"nan", '.', 3},
+        {" NaNx", '.', 4}, {".5", '.', 2}, {".", '.', 0}, {"abc", '.', 0}, {"1,5", ',', 3},
+        {"1.5", ',', 1}, {"", '.', 0}};
     // clang-format on
     for (const auto& c : cases)
         EXPECT_EQ(FindNumberEnd(c.text, (int32_t)strlen(c.text), c.mark) - c.text, c.end) << c.text;
@@ -81,17 +82,23 @@ TEST(FindNumberEnd, Ends) {
 TEST(IntegerScanners, SaturationAndPositions) {
     const auto I = ScanInt, U = ScanUInt, H = ScanHex, O = ScanOctal, B = ScanBinary;
     // clang-format off
-    const struct { int32_t (*scan)(const char**, int32_t, NumType); const char* text; NumType type; int32_t value, used; } cases[] = {
+    const struct {
+        int32_t (*scan)(const char**, int32_t, NumType);
+        const char* text;
+        NumType type;
+        int32_t value, used;
+    } cases[] = {
         {I, "99999", NumIW, 32767, 5}, {U, "99999", NumUW, 65535, 5}, {I, " -12x", NumIL, -12, 4},
         {I, "  x", NumIL, 0, 0}, {I, " -", NumIL, 0, 0}, {I, "-2147483648", NumIL, INT32_MIN, 11},
         {I, "2147483648", NumIL, INT32_MAX, 10}, {I, "-99999999999", NumIL, INT32_MIN, 12},
-        {I, "-200", NumIB, -128, 4}, {I, "300", NumUB, 255, 3}, {I, "-5", NumUB, 0, 2}, {U, "-5", NumUL, 0, 0},
-        {U, "4294967295", NumUL, -1, 10}, {U, "99999999999", NumUB, 0, 11}, {H, "FF", NumIB, 127, 2},
-        {H, "-FF", NumIB, -127, 3}, {H, "7f", NumIB, 127, 2}, {H, "FFFFFFFF", NumIL, -1, 8},
-        {H, "1FFFFFFFF", NumIL, INT32_MAX, 9}, {H, "1FFFFFFFF", NumUL, -1, 9}, {H, "FFFF", NumIW, 32767, 4},
-        {H, "ffff", NumUW, 65535, 4}, {H, "12345", NumUW, 65535, 5}, {H, "-1", NumUB, -1, 2},
-        {H, "fg", NumIL, 15, 1}, {H, "A0", NumUB, 160, 2}, {H, "1FFFFFFFF", NumUB, 255, 9},
-        {H, " -x", NumIL, 0, 0}, {O, "777", NumUB, 255, 3}, {O, "178", NumIL, 15, 2}, {B, "101", NumIL, 5, 3},
+        {I, "-200", NumIB, -128, 4}, {I, "300", NumUB, 255, 3}, {I, "-5", NumUB, 0, 2},
+        {U, "-5", NumUL, 0, 0}, {U, "4294967295", NumUL, -1, 10}, {U, "99999999999", NumUB, 0, 11},
+        {H, "FF", NumIB, 127, 2}, {H, "-FF", NumIB, -127, 3}, {H, "7f", NumIB, 127, 2},
+        {H, "FFFFFFFF", NumIL, -1, 8}, {H, "1FFFFFFFF", NumIL, INT32_MAX, 9},
+        {H, "1FFFFFFFF", NumUL, -1, 9}, {H, "FFFF", NumIW, 32767, 4}, {H, "ffff", NumUW, 65535, 4},
+        {H, "12345", NumUW, 65535, 5}, {H, "-1", NumUB, -1, 2}, {H, "fg", NumIL, 15, 1},
+        {H, "A0", NumUB, 160, 2}, {H, "1FFFFFFFF", NumUB, 255, 9}, {H, " -x", NumIL, 0, 0},
+        {O, "777", NumUB, 255, 3}, {O, "178", NumIL, 15, 2}, {B, "101", NumIL, 5, 3},
         {B, "102", NumIL, 2, 2}};
     // clang-format on
     for (const auto& c : cases) {
@@ -163,8 +170,8 @@ TEST(ScanFloat, ValuesAndPositions) {
         {"1.5k", NumFD | P, 1500, 4}, {"1.5 k", NumFD | P, 1500, 5}, {"1.5kx", NumFD | P, 1.5, 3},
         {"-2m", NumFD | P, -0.002, 3}, {"3 M", NumFD | P, 3e6, 3}, {"1.5mk", NumFD | P, 1.5, 3},
         {"1.5k", NumFD, 1.5, 3}, {"  12.5e3xyz", NumFD, 12500, 8}, {"abc", NumFD, 0, 0},
-        {"-inf", NumFD, -INFINITY, 4}, {"0.1", NumFD, 0.1, 3}, {"2.5", NumIL, 2, 3}, {"1e5", NumIB, 127, 3},
-        {"1e400", NumFD, INFINITY, 5}, {"1e-400", NumFD, 0, 6},
+        {"-inf", NumFD, -INFINITY, 4}, {"0.1", NumFD, 0.1, 3}, {"2.5", NumIL, 2, 3},
+        {"1e5", NumIB, 127, 3}, {"1e400", NumFD, INFINITY, 5}, {"1e-400", NumFD, 0, 6},
         {"4.9406564584124654E-324", NumFD, 4.9406564584124654e-324, 23}};
     // clang-format on
     for (const auto& c : cases) {

@@ -23,14 +23,20 @@ TEST_F(NativeNames, Table) {
     // POSIX names, nor a name holding '/' (which only Windows text makes).
     const MgStatus ok = MgNoError, bad = MgBadArgument;
     // clang-format off
-    const struct { std::string path; int32_t from, to; MgStatus status; std::string name; } rows[] = {
-        {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"C:\\a\\b", W, W, ok, "C:\\a\\b"}, {"a", W, W, bad, ""},
-        {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""}, {"C:\\a.", W, W, bad, ""},
-        {"C:\\a\\b?", W, W, bad, ""}, {"C:\\con.txt", W, W, ok, "C:\\con.txt"}, {"\\\\s\\v", W, W, ok, "\\\\s\\v\\"},
+    const struct {
+        std::string path;
+        int32_t from, to;
+        MgStatus status;
+        std::string name;
+    } rows[] = {
+        {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"C:\\a\\b", W, W, ok, "C:\\a\\b"},
+        {"a", W, W, bad, ""}, {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""},
+        {"C:\\a.", W, W, bad, ""}, {"C:\\a\\b?", W, W, bad, ""},
+        {"C:\\con.txt", W, W, ok, "C:\\con.txt"}, {"\\\\s\\v", W, W, ok, "\\\\s\\v\\"},
         {"\\\\s\\v\\a", W, W, ok, "\\\\s\\v\\a"}, {"1:\\a", W, W, bad, ""}, {"/", X, X, ok, "/"},
-        {"/a/b", X, X, ok, "/a/b"}, {"/a\\b/c:d", X, X, ok, "/a\\b/c:d"}, {"/a/con", X, X, ok, "/a/con"},
-        {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""}, {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""},
-        {"C:\\a/b", W, X, bad, ""}};
+        {"/a/b", X, X, ok, "/a/b"}, {"/a\\b/c:d", X, X, ok, "/a\\b/c:d"},
+        {"/a/con", X, X, ok, "/a/con"}, {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""},
+        {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""}, {"C:\\a/b", W, X, bad, ""}};
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.path);
@@ -89,11 +95,11 @@ TEST_F(NativeNames, CheckNameAndNewName) {
     // clang-format off
     const struct { std::string name; int32_t syntax, flags; const char* found; } rows[] = {
         {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
-        {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""}, {"COM10", W, 0, ""},
-        {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""}, {"a.", W, T, ""}, {"aux.", W, T, ""},
-        {"\xE9t\xE9", W, 0, ""}, {"a b-c_d", W, 0, ""}, {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""},
-        {"a/b/", X, B, "//"}, {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""},
-        {"...", X, 0, ""}};
+        {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""},
+        {"COM10", W, 0, ""}, {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""},
+        {"a.", W, T, ""}, {"aux.", W, T, ""}, {"\xE9t\xE9", W, 0, ""}, {"a b-c_d", W, 0, ""},
+        {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""}, {"a/b/", X, B, "//"},
+        {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);

@@ -81,8 +81,9 @@ TEST_F(PathValues, DirNameAndRoot) {
     const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     // clang-format off
     const struct { const char *text, *parent, *root, *posixRoot; } rows[] = {
-        {"C:\\", "A:", "A:C", "A:"}, {"C:\\a\\b", "A:C|a", "A:C", "A:"}, {"a", "R:", nullptr, nullptr},
-        {"..\\..", "R:..", nullptr, nullptr}, {"\\\\s\\v", nullptr, "U:\\\\s\\v", "U:\\\\s\\v"},
+        {"C:\\", "A:", "A:C", "A:"}, {"C:\\a\\b", "A:C|a", "A:C", "A:"},
+        {"a", "R:", nullptr, nullptr}, {"..\\..", "R:..", nullptr, nullptr},
+        {"\\\\s\\v", nullptr, "U:\\\\s\\v", "U:\\\\s\\v"},
         {"\\\\s\\v\\a", "U:\\\\s\\v", "U:\\\\s\\v", "U:\\\\s\\v"}, {"", nullptr, nullptr, "A:"}};
     // clang-format on
     for (const auto& r : rows) {
@@ -102,11 +103,17 @@ TEST_F(PathValues, DirNameAndRoot) {
 // rules the root is its own parent. The host's normalisation follows the host's syntax.
 TEST_F(PathValues, Normalise) {
     // clang-format off
-    const struct { int16_t kind; std::vector<std::string> names; const char *windows, *posix; } rows[] = {
+    const struct {
+        int16_t kind;
+        std::vector<std::string> names;
+        const char *windows, *posix;
+    } rows[] = {
         {1, {"a", "b", "", "", "", "c"}, "R:..|c", "R:..|c"}, {0, {"C", ""}, "A:", "A:"},
         {0, {"C", "", "x"}, "A:x", "A:x"}, {0, {"C", "", "", "x"}, "R:..|x", "A:x"},
-        {0, {"", "", "a", "", "b"}, "R:..|..|b", "A:b"}, {1, {"", "", "a"}, "R:..|..|a", "R:..|..|a"},
-        {0, {"C", "", "\\\\s\\v", "a"}, "U:\\\\s\\v|a", "U:\\\\s\\v|a"}, {3, {"\\\\s\\v", "", "x"}, "A:x", "A:x"}};
+        {0, {"", "", "a", "", "b"}, "R:..|..|b", "A:b"},
+        {1, {"", "", "a"}, "R:..|..|a", "R:..|..|a"},
+        {0, {"C", "", "\\\\s\\v", "a"}, "U:\\\\s\\v|a", "U:\\\\s\\v|a"},
+        {3, {"\\\\s\\v", "", "x"}, "A:x", "A:x"}};
     // clang-format on
     for (const auto& r : rows) {
         for (int32_t syntax : {int32_t(PathSyntaxWindows), int32_t(PathSyntaxPosix), -1}) {
@@ -126,9 +133,16 @@ TEST_F(PathValues, Normalise) {
 // bytes of the first of them.
 TEST_F(PathValues, NormaliseACountBeyondTheBlock) {
     // clang-format off
-    const struct { std::vector<std::string> names; int16_t count; std::string tail; int16_t countAfter; std::string namesAfter; } rows[] = {
+    const struct {
+        std::vector<std::string> names;
+        int16_t count;
+        std::string tail;
+        int16_t countAfter;
+        std::string namesAfter;
+    } rows[] = {
         {{"a", "b"}, 3, "", 1, std::string("\1a", 2)}, {{"a", "b"}, 5, "", 1, ""},
-        {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"}, {{}, 2, "", 2, ""}};
+        {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"},
+        {{}, 2, "", 2, ""}};
     // clang-format on
     for (const auto& r : rows) {
         OwnedPath p(Raw(1, r.names));
@@ -144,8 +158,9 @@ TEST_F(PathValues, NormaliseACountBeyondTheBlock) {
 TEST_F(PathValues, RelativeFromAndJoinAreInverse) {
     // clang-format off
     const struct { const char *base, *target, *rel; } rows[] = {
-        {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"}, {"C:\\a\\b", "C:\\a\\b", "R:"},
-        {"C:\\a\\b\\c", "C:\\a", "R:..|.."}, {"c:\\A", "C:\\a\\x", "R:x"}, {"\\\\s\\v\\a", "C:\\x", "R:..|..|C|x"}};
+        {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"},
+        {"C:\\a\\b", "C:\\a\\b", "R:"}, {"C:\\a\\b\\c", "C:\\a", "R:..|.."},
+        {"c:\\A", "C:\\a\\x", "R:x"}, {"\\\\s\\v\\a", "C:\\x", "R:..|..|C|x"}};
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(std::string(r.base) + " -> " + r.target);
@@ -185,9 +200,15 @@ TEST_F(PathValues, JoinRules) {
 // any other no path, and before a path.
 TEST_F(PathValues, CompareTrimAndOrder) {
     // clang-format off
-    const struct { const char *a, *b; int32_t difference; int order; const char* trimmed; } rows[] = {
-        {"C:\\a", "c:\\A", 0, 0, "A:C|a"}, {"C:\\a", "C:\\a\\b", 3, -1, "A:C|a"}, {"C:\\a\\b", "C:\\a", 3, 1, "A:C|a"},
-        {"C:\\a", "a", -1, -1, "A:"}, {"C:\\a\\b", "C:\\A\\c", 3, -1, "A:C|a"}, {"C:\\b", "\\\\s\\v", -1, 1, "A:"},
+    const struct {
+        const char *a, *b;
+        int32_t difference;
+        int order;
+        const char* trimmed;
+    } rows[] = {
+        {"C:\\a", "c:\\A", 0, 0, "A:C|a"}, {"C:\\a", "C:\\a\\b", 3, -1, "A:C|a"},
+        {"C:\\a\\b", "C:\\a", 3, 1, "A:C|a"}, {"C:\\a", "a", -1, -1, "A:"},
+        {"C:\\a\\b", "C:\\A\\c", 3, -1, "A:C|a"}, {"C:\\b", "\\\\s\\v", -1, 1, "A:"},
         {"C:\\z", "D:\\a", 1, -1, "A:"}};
     // clang-format on
     for (const auto& r : rows) {

@@ -50,8 +50,9 @@ TEST(PStringCopy, LimitedAndAppend) {
 TEST(PStringCompare, Table) {
     // clang-format off
     const struct { const char *a, *b; int order, orderNoCase; } rows[] = {
-        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"AB", "ab", 'A' - 'a', 0}, {"abd", "abc", 1, 1},
-        {"a\xF0", "a\x10", 0xE0, 0xE0}, {"", "", 0, 0}, {"Zeta", "alpha", 'Z' - 'a', 'z' - 'a'}};
+        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"AB", "ab", 'A' - 'a', 0},
+        {"abd", "abc", 1, 1}, {"a\xF0", "a\x10", 0xE0, 0xE0}, {"", "", 0, 0},
+        {"Zeta", "alpha", 'Z' - 'a', 'z' - 'a'}};
     // clang-format on
     for (const auto& r : rows) {
         P a(r.a), b(r.b);

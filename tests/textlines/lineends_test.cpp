@@ -33,11 +33,11 @@ std::string Convert(Converter f, const std::string& bytes, int32_t start, bool m
 // found last when growing.
 // clang-format off
 const char* const kCases[][3] = {
-    {"", "", ""},                   {"plain", "plain", "plain"},    {"x\r", "x\r\n", "x\n"},
-    {"a\r\nb", "a\r\nb", "a\nb"},    {"a\n\rb", "a\r\nb", "a\nb"},    {"a\rb", "a\r\nb", "a\nb"},
-    {"a\nb", "a\r\nb", "a\nb"},      {"\r\r", "\r\n\r\n", "\n\n"},   {"\n\n", "\r\n\r\n", "\n\n"},
-    {"\n\r\n", "\r\n\r\n", "\n\n"}, {"\r\n\r", "\r\n\r\n", "\n\n"}, {"\r\na\n", "\r\na\r\n", "\na\n"},
-    {"a\r\n\r\nb\rc\n", "a\r\n\r\nb\r\nc\r\n", "a\n\nb\nc\n"}};
+    {"", "", ""}, {"plain", "plain", "plain"}, {"x\r", "x\r\n", "x\n"},
+    {"a\r\nb", "a\r\nb", "a\nb"}, {"a\n\rb", "a\r\nb", "a\nb"}, {"a\rb", "a\r\nb", "a\nb"},
+    {"a\nb", "a\r\nb", "a\nb"}, {"\r\r", "\r\n\r\n", "\n\n"}, {"\n\n", "\r\n\r\n", "\n\n"},
+    {"\n\r\n", "\r\n\r\n", "\n\n"}, {"\r\n\r", "\r\n\r\n", "\n\n"},
+    {"\r\na\n", "\r\na\r\n", "\na\n"}, {"a\r\n\r\nb\rc\n", "a\r\n\r\nb\r\nc\r\n", "a\n\nb\nc\n"}};
 // clang-format on
 
 class LineEnds : public ::testing::TestWithParam<std::tuple<bool, bool>> {};
@@ -87,8 +87,9 @@ TEST(LineEnds, UnitsFailuresAndBadStarts) {
 // Every LF gets a CR in front, even one that has a CR already.
 TEST(LStrText, LFToCRLF) {
     // clang-format off
-    const char* const cases[][2] = {{"", ""}, {"no ends", "no ends"}, {"a\nb", "a\r\nb"}, {"\r", "\r"},
-                                    {"a\r\nb", "a\r\r\nb"}, {"\n\n", "\r\n\r\n"}, {"end\n", "end\r\n"}};
+    const char* const cases[][2] = {
+        {"", ""}, {"no ends", "no ends"}, {"a\nb", "a\r\nb"}, {"\r", "\r"}, {"a\r\nb", "a\r\r\nb"},
+        {"\n\n", "\r\n\r\n"}, {"end\n", "end\r\n"}};
     // clang-format on
     for (const auto& c : cases) {
         LStrHandle h = NewLStr(c[0]);

@@ -61,9 +61,9 @@ TEST(PStringEndsWith, Table) {
 TEST(PStringOrderL, ExactAndFolded) {
     // clang-format off
     const struct { const char *p, *l; int32_t exact, folded; } cases[] = {
-        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"abc", "abd", -1, -1}, {"AB", "ab", 'A' - 'a', 0},
-        {"", "", 0, 0}, {"b", "A", 'b' - 'A', 1}, {"\xff", "a", 0xff - 'a', 0xff - 'a'},
-        {"Ab", "aC", 'A' - 'a', 'b' - 'c'}};
+        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"abc", "abd", -1, -1},
+        {"AB", "ab", 'A' - 'a', 0}, {"", "", 0, 0}, {"b", "A", 'b' - 'A', 1},
+        {"\xff", "a", 0xff - 'a', 0xff - 'a'}, {"Ab", "aC", 'A' - 'a', 'b' - 'c'}};
     // clang-format on
     for (const auto& c : cases) {
         mgtest::L l(c.l);
@@ -95,15 +95,16 @@ TEST(WildMatch, Table) {
     // clang-format off
     const Case cases[] = {
         // Literals: as long as the text, case ignored by default only.
-        {"abc", "ABC", 1}, {"abc", "ABC", 0, 0, 0, ExactCompare}, {"abc", "abcd", 0}, {"abcd", "abc", 0},
-        {"", "", 1}, {"", "a", 0},
+        {"abc", "ABC", 1}, {"abc", "ABC", 0, 0, 0, ExactCompare}, {"abc", "abcd", 0},
+        {"abcd", "abc", 0}, {"", "", 1}, {"", "a", 0},
         // ?
         {"a?c", "abc", 1}, {"a?c", "ac", 0}, {"?", "", 0}, {"?", "/", 0, B}, {"a?", "a/", 1},
         // *, the barrier and **; the barrier itself is still tried.
         {"*", "", 1}, {"*", "a/b", 0, B}, {"**", "a/b", 1, B}, {"*", "a/b", 1}, {"a*", "a", 1},
-        {"*b", "", 0}, {"*.txt", "readme.TXT", 1}, {"*.txt", "a.txt.bak", 0}, {"*.txt", "dir/a.txt", 0, B},
-        {"**.txt", "dir/a.txt", 1, B}, {"*/b", "a/b", 1, B}, {"*c", "a/c", 0, B}, {"a*b*c", "aXbYc", 1},
-        {"a*b*c", "aXbY", 0}, {"*a", "a", 1}, {"x*", "abc", 0},
+        {"*b", "", 0}, {"*.txt", "readme.TXT", 1}, {"*.txt", "a.txt.bak", 0},
+        {"*.txt", "dir/a.txt", 0, B}, {"**.txt", "dir/a.txt", 1, B}, {"*/b", "a/b", 1, B},
+        {"*c", "a/c", 0, B}, {"a*b*c", "aXbYc", 1}, {"a*b*c", "aXbY", 0}, {"*a", "a", 1},
+        {"x*", "abc", 0},
         // The escape: the escaped character can't be the last of the text, always ignores case,
         // and stands for itself at the end. With another escape the grave is literal.
         {"a`*", "a*x", 0}, {"a`*", "a*", 0}, {"a`*x", "a*x", 1}, {"a`*x", "abx", 0},
