@@ -36,18 +36,23 @@ struct Cell {
     }
 };
 
+// `v`, a number of type `from` (or a Cell holding one), converted to `to` over bytes of 0xAA.
+template <typename T>
+Cell Conv(NumType from, const T& v, NumType to, int32_t* result = nullptr) {
+    Cell out;
+    memset(out.bytes, 0xAA, sizeof out.bytes);
+    const int32_t r = NumConvert(from, &v, to, out.bytes);
+    if (result) *result = r;
+    return out;
+}
+
 // The stored bits of an integer type, read back as unsigned 64 bits.
 uint64_t StoredBits(NumType t, const Cell& c) {
-    switch (NumTypeSize(t)) {
-        case 1:
-            return c.As<uint8_t>();
-        case 2:
-            return c.As<uint16_t>();
-        case 4:
-            return c.As<uint32_t>();
-        default:
-            return c.As<uint64_t>();
-    }
+    const int32_t n = NumTypeSize(t);
+    return n == 1   ? c.As<uint8_t>()
+           : n == 2 ? c.As<uint16_t>()
+           : n == 4 ? c.As<uint32_t>()
+                    : c.As<uint64_t>();
 }
 
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
@@ -111,38 +116,26 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
 // infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
 // largest uQ exactly, both ways. Complex parts.
 TEST(NumConvert, FloatsAndComplexParts) {
-    Cell out, marked, back, big;
-    memset(marked.bytes, 0xAA, sizeof marked.bytes);
+    Cell out, big;
+    int32_t result = -1;
     const float cs[2] = {1.5f, -4.0f};
     const double cd[2] = {-7.25, 3.0};
-    ExpectRows({Row(NumConvert(NumFD, Cell::Of<double>(NAN).bytes, NumIL, out.bytes), 0),
-                Row(out.As<uint32_t>(), 0x80000000u),
-                Row((NumConvert(NumFD, Cell::Of<double>(INFINITY).bytes, NumFS, out.bytes),
-                     out.As<uint32_t>()),
-                    0x7F800000u),
-                Row((NumConvert(NumFD, Cell::Of<double>(-INFINITY).bytes, NumFS, out.bytes),
-                     out.As<uint32_t>()),
-                    0xFF800000u),
-                Row((NumConvert(NumFD, Cell::Of<double>(1e300).bytes, NumFS, out.bytes),
-                     isinf(out.As<float>())),
-                    1),
-                Row((NumConvert(NumFD, Cell::Of<double>(2.0).bytes, NumFX, marked.bytes),
-                     marked.bytes[10]),
-                    0xAA),
-                Row((NumConvert(NumUQ, Cell::Of<uint64_t>(~0ull).bytes, NumFX, out.bytes),
-                     ExtendedRead(out.bytes) == 18446744073709551615.0L),
-                    1),
-                Row((NumConvert(NumFX, out.bytes, NumUQ, back.bytes), back.As<uint64_t>()), ~0ull),
+    ExpectRows({Row(Conv(NumFD, double(NAN), NumIL, &result).As<uint32_t>(), 0x80000000u),
+                Row(result, 0),
+                Row(Conv(NumFD, double(INFINITY), NumFS).As<uint32_t>(), 0x7F800000u),
+                Row(Conv(NumFD, -double(INFINITY), NumFS).As<uint32_t>(), 0xFF800000u),
+                Row(isinf(Conv(NumFD, 1e300, NumFS).As<float>()), 1),
+                Row(Conv(NumFD, 2.0, NumFX).bytes[10], 0xAA),
+                Row(ExtendedRead(Conv(NumUQ, ~0ull, NumFX).bytes) == 18446744073709551615.0L, 1),
+                Row(Conv(NumFX, Conv(NumUQ, ~0ull, NumFX), NumUQ).As<uint64_t>(), ~0ull),
                 Row((NumConvert(NumCS, cs, NumCX, out.bytes), ExtendedRead(out.bytes) == 1.5L), 1),
                 Row(ExtendedRead(out.bytes + 10) == -4.0L, 1),
                 Row((NumConvert(NumCD, cd, NumIL, out.bytes), out.As<int32_t>()), -7),
                 Row(NumLoad(NumCD, cd).re == -7.25L && NumLoad(NumCD, cd).im == 3.0L, 1)});
     for (NumType f : {NumFS, NumFD, NumFX, NumCD}) {
         NumStore(f, big.bytes, ExtendedPair{1e30L, 0});
-        NumConvert(f, big.bytes, NumIL, out.bytes);
-        EXPECT_EQ(out.As<int32_t>(), INT32_MAX) << f;
-        NumConvert(f, big.bytes, NumUW, out.bytes);
-        EXPECT_EQ(out.As<uint16_t>(), 65535) << f;
+        ExpectRows({Row(Conv(f, big, NumIL).As<int32_t>(), INT32_MAX),
+                    Row(Conv(f, big, NumUW).As<uint16_t>(), 65535)});
     }
 }
 
@@ -231,28 +224,28 @@ TEST(Kernel, PowerRealAgreesWithPowl) {
                 << (double)x << "^" << (double)y;
 }
 
+// Rectangular to polar and back: NaN spreads, infinity at angle 0 has no NaN part (not
+// inf * 0), and nothing is left on the unit's stack.
 TEST(Polar, SpecialCases) {
     const long double pi = 3.14159265358979323846264338327950288L;
-    const struct {
-        long double x, y, magnitude, angle;
-    } toPolar[] = {
-        {0, 0, 0, 0},   {NAN, 1, NAN, NAN},      {0, -3, 3, -pi / 2},
-        {-1, 0, 1, pi}, {3, 4, 5, atan2l(4, 3)},
-    };
+    const long double toPolar[][4] = {{0, 0, 0, 0},
+                                      {NAN, 1, NAN, NAN},
+                                      {0, -3, 3, -pi / 2},
+                                      {-1, 0, 1, pi},
+                                      {3, 4, 5, atan2l(4, 3)}};
     for (const auto& c : toPolar) {
         Extended m, a;
-        RectangularToPolar(c.x, c.y, &m, &a);
-        EXPECT_TRUE(SameOrBothNaN(m, c.magnitude)) << (double)c.x << "," << (double)c.y;
-        EXPECT_TRUE(SameOrBothNaN(a, c.angle)) << (double)c.x << "," << (double)c.y;
+        RectangularToPolar(c[0], c[1], &m, &a);
+        EXPECT_TRUE(SameOrBothNaN(m, c[2]) && SameOrBothNaN(a, c[3]))
+            << (double)c[0] << "," << (double)c[1];
     }
-    Extended re, im;
+    Extended re, im, re2, im2;
     PolarToRectangular(kInf, 0, &re, &im);
-    EXPECT_EQ(re, kInf);
-    EXPECT_EQ(im, 0);  // not inf * 0
-    PolarToRectangular(2, pi / 6, &re, &im);
-    EXPECT_NEAR((double)re, sqrt(3.0), 1e-15);
-    EXPECT_NEAR((double)im, 1.0, 1e-15);
-    EXPECT_EQ(FloatStateProbe(), 1);  // nothing left on the stack
+    PolarToRectangular(2, pi / 6, &re2, &im2);
+    EXPECT_TRUE(re == kInf && im == 0);
+    EXPECT_NEAR((double)re2, sqrt(3.0), 1e-15);
+    EXPECT_NEAR((double)im2, 1.0, 1e-15);
+    EXPECT_EQ(FloatStateProbe(), 1);
 }
 
 TEST(Complex, AgreesWithStdComplex) {
