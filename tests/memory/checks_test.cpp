@@ -1,3 +1,4 @@
+#include <functional>
 #include <string>
 
 #include "memory_env.h"
@@ -65,34 +66,21 @@ TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
 
 // Each damage is found by a check and ends the process through a failure report.
 TEST_F(ChecksTest, DamagedTablesAreFound) {
-    const struct {
-        const char* what;
-        void (*damage)();
-        void (*check)();
-    } rows[] = {
-        {"one master block too many counted", [] { ++gMainZone->masterBlockCount; },
-         [] { ZoneStatistics(gMainZone, 0, nullptr); }},
-        {"one master block too few counted", [] { --gCompactZone->masterBlockCount; },
-         [] { ZoneStatistics(gCompactZone, 0, nullptr); }},
-        {"a chain that loops", [] { gMainZone->masterBlocks->next = gMainZone->masterBlocks; },
-         [] { ZoneStatistics(gMainZone, 0, nullptr); }},
-        {"negative free count", [] { gMainZone->freeMasterCount = -1; }, [] { MemCheckAll(); }},
-        {"free list cut short of its end", [] { --gMainZone->freeMasterCount; },
-         [] {
-             gMemChecking = 1;
-             MemNewHandle(8);
-         }},
-        {"free list checked on a new pointer", [] { --gMainZone->freeMasterCount; },
-         [] {
-             gMemChecking = 1;
-             MemNewPtr(8);
-         }},
-    };
-    for (const auto& r : rows) {
-        EXPECT_EXIT((r.damage(), r.check()), ::testing::ExitedWithCode(1),
-                    "^Failure : \"checks\\.cpp\" line")
-            << r.what;
-    }
+    // One master block too many or too few counted, a chain that loops, a negative free count,
+    // and a free list cut short of its end, checked on a new handle and on a new pointer.
+    const std::function<void()> damages[] = {
+        [] { ++gMainZone->masterBlockCount, ZoneStatistics(gMainZone, 0, nullptr); },
+        [] { --gCompactZone->masterBlockCount, ZoneStatistics(gCompactZone, 0, nullptr); },
+        [] {
+            gMainZone->masterBlocks->next = gMainZone->masterBlocks,
+            ZoneStatistics(gMainZone, 0, nullptr);
+        },
+        [] { gMainZone->freeMasterCount = -1, MemCheckAll(); },
+        [] { --gMainZone->freeMasterCount, gMemChecking = 1, MemNewHandle(8); },
+        [] { --gMainZone->freeMasterCount, gMemChecking = 1, MemNewPtr(8); }};
+    for (size_t i = 0; i < std::size(damages); ++i)
+        EXPECT_EXIT(damages[i](), ::testing::ExitedWithCode(1), "^Failure : \"checks\\.cpp\" line")
+            << i;
 }
 
 }  // namespace
