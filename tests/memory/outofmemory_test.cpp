@@ -76,27 +76,21 @@ TEST_F(OutOfMemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
 TEST_F(OutOfMemoryTest, CallbackAsksForARetry) {
     gCallbackCalls = 0;
     MemSetGrowCallback(RetryOnce);
-    plat::FailAllocationAt(1);
-    Ptr p = MemNewPtr(33);
-    ASSERT_NE(p, nullptr);
-    ExpectRows(
-        {Row(gCallbackCalls, 1), Row(gLastCallbackSize, 33), Row(MemOutOfMemoryInfo(nullptr), 0)});
+    Ptr p = (plat::FailAllocationAt(1), MemNewPtr(33));
+    ExpectRows({Row(p != nullptr, 1), Row(gCallbackCalls, 1), Row(gLastCallbackSize, 33),
+                Row(MemOutOfMemoryInfo(nullptr), 0)});
     MemDisposePtr(p);
     gCallbackCalls = 0;
-    plat::FailAllocationAt(1);
-    Handle h = MemNewHandle(12);
+    Handle h = (plat::FailAllocationAt(1), MemNewHandle(12));
     ASSERT_NE(h, nullptr);
-    EXPECT_EQ(gCallbackCalls, 1);
-    EXPECT_EQ(MemHandleSize(h), 12);
+    ExpectRows({Row(gCallbackCalls, 1), Row(MemHandleSize(h), 12)});
     gCallbackCalls = 0;
     CounterDelta counters(false);
-    plat::FailAllocationAt(1);
-    ExpectRows({Row(MemResizeHandle(h, 64), MgNoError), Row(gLastCallbackSize, 64 + 16),
-                Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64)});
-    gCallbackCalls = 1;
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(MemNewPtrClear(9), nullptr);
-    EXPECT_EQ(RecordedSize(), 9);
+    ExpectRows(
+        {Row((plat::FailAllocationAt(1), MemResizeHandle(h, 64)), MgNoError),
+         Row(gLastCallbackSize, 64 + 16), Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64),
+         Row((gCallbackCalls = 1, plat::FailAllocationAt(1), MemNewPtrClear(9)) == nullptr, 1),
+         Row(RecordedSize(), 9)});
     MemDisposeHandle(h);
 }
 
