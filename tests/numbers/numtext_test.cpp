@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "decimal_fields.h"
 #include "support/rows.h"
 
 namespace {
@@ -118,19 +119,11 @@ TEST(DecimalToText, WriterCases) {
     EXPECT_EXIT(DecimalToText(&bad, 3, out, 32, '.'), testing::ExitedWithCode(1), "");
 }
 
-// The decimal form as "sign|exponent|mdigits|digits", the digit bytes in hex from the first.
 std::string Dec(long double x, int32_t digits) {
     DecimalNumber d;
     memset(&d, 0xAA, sizeof d);
     ExtendedToDecimal(x, digits, &d);
-    char text[64];
-    snprintf(text, sizeof text, "%X|%d|%d|", d.sign, d.exponent, d.mdigits);
-    std::string out = text;
-    for (uint8_t b : d.digits) {
-        snprintf(text, sizeof text, "%02X", b);
-        out += text;
-    }
-    return out;
+    return DecimalFields(d);
 }
 
 // A carry out of the leading digit for odd and even indexes clears every digit, the 1 of 100
@@ -168,20 +161,17 @@ TEST(ExtendedToDecimal, UnnormalIsNaN) {
 // Past the table: infinity, or zero for small exponents and zero digits.
 TEST(DecimalToExtended, TableAndSpecials) {
     PowerOfTenTableFill();
-    EXPECT_EQ(PowerOfTenTable[0], 1);
-    EXPECT_NEAR((double)PowerOfTenTable[1], 10, 1e-15);
-    EXPECT_NEAR((double)(PowerOfTenTable[13] / 1e4096L), 1, 1e-15);
     auto value = [](int16_t exponent, uint8_t digits, uint8_t sign = 0) {
         DecimalNumber d{{digits}, sign, exponent, 0};
         return DecimalToExtended(&d);
     };
-    EXPECT_EQ(value(3, 0x52), 52000);
-    EXPECT_EQ((double)value(-1, 0x52), 5.2);
-    EXPECT_EQ(value(9000, 0x52), INFINITY);
-    EXPECT_EQ(value(-9000, 0x52), 0);
-    EXPECT_EQ(value(9000, 0), 0);
-    EXPECT_EQ(value(DecimalExponentInfinity, 0x52, DecimalSignNegative), -INFINITY);
-    EXPECT_TRUE(isnan(value(DecimalExponentNaN, 0x52)));
+    ExpectRows({Row(PowerOfTenTable[0] == 1, 1), Row(PowerOfTenTable[1] == 10, 1),
+                Row(fabsl(PowerOfTenTable[13] / 1e4096L - 1) < 1e-15, 1),
+                Row(value(3, 0x52) == 52000, 1), Row((double)value(-1, 0x52) == 5.2, 1),
+                Row(value(9000, 0x52) == INFINITY, 1), Row(value(-9000, 0x52) == 0, 1),
+                Row(value(9000, 0) == 0, 1),
+                Row(value(DecimalExponentInfinity, 0x52, DecimalSignNegative) == -INFINITY, 1),
+                Row(isnan(value(DecimalExponentNaN, 0x52)), 1)});
 }
 
 // A prefix exponent pointer takes the number's exponent out of the text; 100 counts as not

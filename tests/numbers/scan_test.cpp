@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "decimal_fields.h"
 #include "mg/numscan.h"
 #include "mg/support.h"
 #include "support/rows.h"
@@ -37,19 +38,11 @@ TEST(ScanDecimal, Grammar) {
     }
 }
 
-// The scanned form as "result|sign|exponent|mdigits|digits", the digit bytes in hex. Empty
-// text has no digit count worth a check.
+// The result and the scanned form. Empty text has no digit count worth a check.
 std::string Scanned(const char* text) {
     DecimalNumber d;
     const int32_t result = ScanDecimal(text, (int32_t)strlen(text), &d, '.');
-    char out[64];
-    snprintf(out, sizeof out, "%d|%X|%d|%d|", result, d.sign, d.exponent, d.mdigits);
-    std::string s = out;
-    for (uint8_t b : d.digits) {
-        snprintf(out, sizeof out, "%02X", b);
-        s += out;
-    }
-    return s;
+    return std::to_string(result) + "|" + DecimalFields(d);
 }
 
 // Four exponent digits are read, the rest is never looked at. The digit count stands in

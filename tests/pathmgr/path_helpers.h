@@ -38,20 +38,12 @@ inline Path Parse(const std::string& text, int32_t syntax = PathSyntaxWindows) {
 // "A:C|a|b": the kind (A, R, N or U), then the components, with ".." for an up-level one.
 inline std::string Describe(Path p) {
     if (p == nullptr) return "null";
-    const uint8_t* block = *p;
     int16_t kind, count;
-    memcpy(&kind, block, 2);
-    memcpy(&count, block + 2, 2);
-    std::string out(1, "ARNU?"[kind >= 0 && kind <= 3 ? kind : 4]);
-    out += ':';
-    int32_t offset = 4;
-    for (int32_t i = 0; i < count; ++i) {
-        if (i > 0) out += '|';
-        uint8_t length = block[offset];
-        out += length == 0 ? std::string("..")
-                           : std::string(reinterpret_cast<const char*>(block + offset + 1), length);
-        offset += length + 1;
-    }
+    memcpy(&kind, *p, 2);
+    memcpy(&count, *p + 2, 2);
+    std::string out = std::string(1, "ARNU?"[kind >= 0 && kind <= 3 ? kind : 4]) + ':';
+    for (const uint8_t* name = *p + 4; count-- > 0; name += 1 + *name)
+        out += (name == *p + 4 ? "" : "|") + (*name ? P::Text(name) : std::string(".."));
     return out;
 }
 
