@@ -11,8 +11,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 // Classes are ASCII only. Case is the host code page's: ASCII letters below 128 everywhere,
 // and above it whatever pairs the code page has (none in a POSIX host's "C" locale).

@@ -12,8 +12,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 constexpr Timestamp kUnixEpoch = 2082844800u;  // 1970-01-01 00:00:00 UTC
 constexpr Timestamp kLast = 0xFFFFFFFFu;       // 2040-02-06 06:28:15 UTC

@@ -14,8 +14,7 @@
 namespace {
 
 using formattest::Format;
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.

@@ -17,8 +17,7 @@
 namespace {
 
 using formattest::Format;
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 class FormatWrappers : public ::testing::Test {
   protected:

@@ -8,10 +8,9 @@
 
 namespace {
 
+using namespace mgtest;
 using HandlesTest = MemoryTest;
 using HandlesDeathTest = MemoryTest;
-using mgtest::ExpectRows;
-using mgtest::Row;
 using TokensTest = MemoryTest;
 
 // Makes a free master pointer look live (pointing at aligned bytes) for the scope: real blocks
@@ -24,36 +23,34 @@ struct FakeLive {
     ~FakeLive() { *h = saved; }
 };
 
-// Main header: size, flags and the handle; compact header: size and flags only. Three main
-// master blocks and one compact one to start with.
+// Main header: size, flags and the handle; compact header: size and flags only. Every handle
+// counts its bytes and its header, size 0 the header alone. Three main master blocks and one
+// compact one to start with.
 TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
     EXPECT_TRUE(gMainZone->masterBlockCount >= 3 && gCompactZone->masterBlockCount >= 1);
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         const int32_t before = gBytesAllocated;
         CounterDelta counters(z.compact);
-        Handle h = z.newHandle(5);
-        ASSERT_NE(h, nullptr);
+        Handle h = z.newHandle(5), empty = z.newClear(0), clear = z.newClear(300);
+        ASSERT_TRUE(h && empty && clear);
         const int32_t* words = reinterpret_cast<int32_t*>(*h - z.header);
-        ExpectRows({Row(gBytesAllocated - before, 5 + z.header),
-                    Row(counters.Now().handleAllocs, 1),
+        ExpectRows({Row(gBytesAllocated - before, 305 + 3 * z.header),
+                    Row(counters.Now().handleAllocs, 3),
                     Row(reinterpret_cast<uintptr_t>(*h) % 8, 0), Row(words[0], 5), Row(words[1], 0),
                     Row(z.compact || *reinterpret_cast<const Handle*>(words + 2) == h, 1),
                     Row(z.compact || MemRecoverHandle(*h) == h, 1), Row(z.size(h), 5),
-                    Row(z.dispose(h), MgNoError), Row(gBytesAllocated, before)});
-        for (int32_t size : {0, 300}) {  // 0: the header alone
-            h = z.newClear(size);
-            ASSERT_NE(h, nullptr);
-            EXPECT_EQ(z.check(h), MgNoError);
-            EXPECT_EQ(std::vector<uint8_t>(*h, *h + z.size(h)), std::vector<uint8_t>(size));
-            EXPECT_EQ(z.dispose(h), MgNoError);
-        }
+                    Row(z.check(empty), MgNoError), Row(z.size(empty), 0),
+                    Row(Contents(clear, !z.compact), std::string(300, '\0'))});
+        for (Handle x : {h, empty, clear}) EXPECT_EQ(z.dispose(x), MgNoError);
+        EXPECT_EQ(gBytesAllocated, before);
     }
 }
 
 // A negative size fails like an allocation, without asking the allocator: the armed failure
 // is still waiting for the pointer. The link word of a master block, an address between two
-// master pointers, and a handle of the other zone are no handles.
+// master pointers, the word after a block's last master pointer, and a handle of the other
+// zone are no handles.
 TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
     const int32_t bytes = gBytesAllocated;
     plat::FailAllocationAt(1);
@@ -61,6 +58,8 @@ TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
     EXPECT_EQ(MemNewPtr(1), nullptr);
     gBytesAllocated = bytes;
     Handle h = MemNewHandle(8), c = CompactNewHandle(1);
+    mgmem::MasterBlock* block = gMainZone->blockTable[0];
+    Handle last = &block->slots[mgmem::kMastersPerBlock - 1];
     // The free list is last in, first out: the next handle takes the same master pointer.
     ExpectRows({Row(MemDisposeHandle(nullptr), MgNoError),
                 Row(CompactDisposeHandle(nullptr), MgNoError),
@@ -69,6 +68,8 @@ TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
                 Row(MemCheckHandle(reinterpret_cast<Handle>(gMainZone->masterBlocks)), MgBadHandle),
                 Row(MemCheckHandle(reinterpret_cast<Handle>(reinterpret_cast<uint8_t*>(h) + 1)),
                     MgBadHandle),
+                Row(mgmem::FindMasterBlock(gMainZone, last) == block, 1),
+                Row(mgmem::FindMasterBlock(gMainZone, last + 1) != block, 1),
                 Row(CompactCheckHandle(h), MgBadHandle), Row(MemCheckHandle(c), MgBadHandle),
                 Row(MemDisposeHandle(h), MgNoError), Row(MemCheckHandle(h), MgBadHandle),
                 Row(MemLockHandle(h), MgBadHandle), Row(MemUnlockHandle(h), MgBadHandle),
@@ -112,9 +113,7 @@ TEST_F(HandlesTest, ResizeCountsAndMoves) {
         const uint8_t* before = *h;
         CounterDelta grown(z.compact);
         ASSERT_EQ(z.resizeClear(h, 100000), MgNoError);
-        std::vector<uint8_t> want(100000);
-        memset(want.data(), 0xAB, 4);
-        EXPECT_EQ(std::vector<uint8_t>(*h, *h + z.size(h)), want);
+        EXPECT_EQ(Contents(h, !z.compact), std::string(4, '\xAB') + std::string(99996, '\0'));
         ExpectRows({Row(grown.Now().resizes, 1), Row(grown.Now().moves, *h != before ? 1 : 0),
                     Row(z.resizing() == nullptr, 1),
                     Row(z.compact || MemRecoverHandle(*h) == h, 1)});
@@ -146,34 +145,32 @@ TEST_F(HandlesTest, CopySetAppendDuplicateAndEnsure) {
         ASSERT_EQ(z.copy(&b, a), MgNoError);
         ASSERT_NE(b, a);
         ExpectRows({Row(z.appendBytes("de", b, 2), MgNoError), Row(z.appendHandle(b, b), MgNoError),
-                    Row(mgtest::Contents(b, !z.compact), "abcdeabcde"),
+                    Row(Contents(b, !z.compact), "abcdeabcde"),
                     Row(z.setBytes(&a, "xy", -1), MgBadArgument),
                     Row(z.appendBytes("xy", a, -1), MgBadArgument),
                     Row(z.setBytes(&a, "xy", 0), MgNoError), Row(z.size(a), 0),
                     Row(z.setBytes(&a, "xy", 2), MgNoError), Row(z.copy(&b, a), MgNoError),
-                    Row(mgtest::Contents(b, !z.compact), "xy")});
+                    Row(Contents(b, !z.compact), "xy")});
         Handle original = a, fresh = a;
         ASSERT_EQ(z.duplicate(&a), MgNoError);
         ASSERT_EQ(z.fromBytes("q", &fresh, 1), MgNoError);
         ExpectRows({Row(a != original, 1), Row(z.check(original), MgNoError),
-                    Row(mgtest::Contents(a, !z.compact), "xy"), Row(fresh != original, 1),
+                    Row(Contents(a, !z.compact), "xy"), Row(fresh != original, 1),
                     Row(z.copy(&b, nullptr), MgNoError), Row(b == nullptr, 1)});
         for (Handle x : {a, original, fresh}) EXPECT_EQ(z.dispose(x), MgNoError);
     }
     // Ensuring allocates or resizes, and a failed allocation leaves the handle null; moving to
     // the compact zone frees the main handle.
-    Handle h = nullptr, c = nullptr, none = nullptr, moved = mgtest::NewHandleOf("move"),
-           old = moved;
+    Handle h = nullptr, c = nullptr, none = nullptr, moved = NewHandleOf("move"), old = moved;
     ASSERT_EQ(CompactEnsureHandle(&h, 3), MgNoError);
     memcpy(*h, "abc", 3);
     ExpectRows({Row(CompactEnsureHandleClear(&h, 6), MgNoError),
-                Row(mgtest::Contents(h, false), std::string("abc\0\0\0", 6)),
+                Row(Contents(h, false), std::string("abc\0\0\0", 6)),
                 Row(CompactEnsureHandleClear(&c, 5), MgNoError),
-                Row(mgtest::Contents(c, false), std::string(5, '\0')),
+                Row(Contents(c, false), std::string(5, '\0')),
                 Row((plat::FailAllocationAt(1), CompactEnsureHandle(&none, 3)), MgNoMemory),
                 Row(none == nullptr, 1), Row(MemMoveToCompact(&moved), MgNoError),
-                Row(MemCheckHandle(old), MgBadHandle),
-                Row(mgtest::Contents(moved, false), "move")});
+                Row(MemCheckHandle(old), MgBadHandle), Row(Contents(moved, false), "move")});
     for (Handle x : {h, c, moved}) EXPECT_EQ(CompactDisposeHandle(x), MgNoError);
 }
 
@@ -202,23 +199,6 @@ TEST_F(HandlesDeathTest, InvalidHandlesAreReported) {
         EXPECT_EXIT(calls[i](), ::testing::ExitedWithCode(1), "") << i;
     for (Handle x : {other, mine}) MemDisposeHandle(x);
     CompactDisposeHandle(live);
-}
-
-TEST_F(HandlesTest, ValidityRemembersTheLastTwoBlocksFound) {
-    MemZone* zone = gMainZone;
-    ASSERT_GE(zone->masterBlockCount, 3);
-    mgmem::MasterBlock* blocks[3] = {zone->blockTable[0], zone->blockTable[1], zone->blockTable[2]};
-    zone->recentBlock[0] = zone->recentBlock[1] = nullptr;
-    // Checking a free master pointer made to look live finds (and remembers) its block.
-    for (mgmem::MasterBlock* b : blocks)
-        EXPECT_EQ(MemCheckHandle(FakeLive(&b->slots[5]).h), MgNoError);
-    // Three walks over two places: the last two blocks found are the ones remembered.
-    EXPECT_TRUE((zone->recentBlock[0] == blocks[1] && zone->recentBlock[1] == blocks[2]) ||
-                (zone->recentBlock[0] == blocks[2] && zone->recentBlock[1] == blocks[1]));
-    // The last address of a block is its final master pointer; the word after it is not.
-    Handle last = &blocks[0]->slots[mgmem::kMastersPerBlock - 1];
-    EXPECT_EQ(mgmem::FindMasterBlock(zone, last), blocks[0]);
-    EXPECT_NE(mgmem::FindMasterBlock(zone, last + 1), blocks[0]);
 }
 
 // A token names a live handle in any block of either zone (the first and last master pointer

@@ -6,8 +6,7 @@
 namespace {
 
 using OutOfMemoryTest = MemoryTest;
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 int32_t gCallbackCalls = 0;
 int32_t gLastCallbackSize = 0;

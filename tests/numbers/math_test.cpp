@@ -16,8 +16,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 // Room for any number type.
 struct Cell {

@@ -13,8 +13,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 std::string Text(const void* number, NumType type, int32_t code, int32_t outSize = 256,
                  int32_t* prefix = nullptr, char mark = '.') {
@@ -128,12 +127,12 @@ std::string Dec(long double x, int32_t digits) {
 
 // A carry out of the leading digit for odd and even indexes clears every digit, the 1 of 100
 // too; an overflow of the 18-digit store clears all digits and puts a 1 in the leading nibble;
-// what is rounded off below the wanted places leaves a 9 that the writer never shows.
+// with one digit wanted its low nibble alone counts; what is rounded off below the wanted
+// places leaves a 9 that the writer never shows.
 // Infinity keeps its sign, NaN does not. The store holds 18 digits: asking for more gives
 // those 18, and the places asked of a fixed form may be anything.
 TEST(ExtendedToDecimal, CorrectionCases) {
     ExpectRows({Row(Dec(9.96L, 2), "0|0|1|100000000000000000"),
-                // One digit wanted: its low nibble alone counts.
                 Row(Dec(99.6L, 1).erase(6, 1).substr(0, 7), "0|2|0|1"),
                 Row(Dec(-999999999999999999.6L, 0), "80|1|17|000000000000000010"),
                 Row(Dec(0.004L, -2), "0|-3|0|090000000000000000"),

@@ -13,8 +13,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 // A leading blank is junk: the number stands, the scan is invalid. The 19th digit is dropped.
 // A blank ends the digits before their place is known.

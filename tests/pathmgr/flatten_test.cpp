@@ -6,8 +6,7 @@ namespace {
 
 using FlatPaths = PathTest;
 using Bytes = std::vector<uint8_t>;
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 Bytes Flatten(Path p) {
     int32_t size = FPathFlatten(p, nullptr);

@@ -47,6 +47,15 @@ inline std::string Describe(Path p) {
     return out;
 }
 
+// The status of a call and the path it left, as "0 A:C|a". The path is read by reference,
+// after the call, which may have set the variable.
+inline std::string After(MgStatus status, const Path& p) {
+    return std::to_string(status) + " " + Describe(p);
+}
+inline std::string After(MgStatus status, const OwnedPath& p) {
+    return After(status, p.p);
+}
+
 // The text a measure-then-write function gives; the write must match the measure exactly.
 template <typename F>
 std::string MeasuredText(F into) {

@@ -3,8 +3,7 @@
 namespace {
 
 using PathText = PathTest;
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 struct TextRow {
     const char* text;
@@ -75,16 +74,13 @@ TEST_F(PathText, LengthsVariablesAndDepth) {
     OwnedPath p, q(Parse("a\\b")), r(Parse("a"));
     Path none = nullptr, before = nullptr, fails = nullptr;
     ExpectRows(
-        {Row(FTextToPathSyntax(text, 5, &p.p, PathSyntaxWindows), MgNoError),
-         Row(Describe(p), "A:C|ab"), Row((before = p.p) != nullptr, 1),
-         Row(FTextToPathSyntax(text, -3, &p.p, PathSyntaxWindows), MgNoError),
-         Row(p.p == before, 1), Row(Describe(p), "A:"),
-         Row(FTextToPath(nullptr, 4, &none), MgNoError), Row(none == nullptr, 1),
-         Row(FTextToPath(nullptr, 4, &q.p), MgNoError), Row(Describe(q), "A:"),
-         Row(FLStrToPath(nullptr, &r.p), MgNoError), Row(Describe(r), "A:"),
-         Row((plat::FailAllocationAt(1), FTextToPathSyntax(text, 10, &fails, PathSyntaxWindows)),
-             MgNoMemory),
-         Row(fails == nullptr, 1)});
+        {Row(After(FTextToPathSyntax(text, 5, &p.p, PathSyntaxWindows), p), "0 A:C|ab"),
+         Row((before = p.p) != nullptr, 1),
+         Row(After(FTextToPathSyntax(text, -3, &p.p, PathSyntaxWindows), p), "0 A:"),
+         Row(p.p == before, 1), Row(After(FTextToPath(nullptr, 4, &none), none), "0 null"),
+         Row(After(FTextToPath(nullptr, 4, &q.p), q), "0 A:"),
+         Row(After(FLStrToPath(nullptr, &r.p), r), "0 A:"),
+         Row(After((plat::FailAllocationAt(1), FTextToPath(text, 10, &fails)), fails), "2 null")});
     std::string deep;
     for (int i = 0; i < 32767; ++i) deep += "a/";
     OwnedPath deepest(Parse(deep, PathSyntaxPosix));
@@ -145,9 +141,9 @@ TEST_F(PathText, HandleAndBufferForms) {
     Handle text = nullptr, c = FPathToCHandle(p), failed = nullptr;
     char *buffer = nullptr, *tooLong = nullptr;
     ExpectRows({Row(FPathToPortableLStr(p, &text), MgNoError),
-                Row(mgtest::Contents(text), mgtest::LStrBytes("/x/yz")),
-                Row(mgtest::Contents(c), host + '\0'), Row(FPathToCBuffer(p, &buffer), MgNoError),
-                Row(buffer, host), Row(FPathToCBuffer(longer, &tooLong), MgNoMemory),
+                Row(Contents(text), LStrBytes("/x/yz")), Row(Contents(c), host + '\0'),
+                Row(FPathToCBuffer(p, &buffer), MgNoError), Row(buffer, host),
+                Row(FPathToCBuffer(longer, &tooLong), MgNoMemory),
                 Row(tooLong != nullptr && tooLong[0] == 0, 1),
                 Row((plat::FailAllocationAt(1), FPathToCompactLStr(p, &failed)), MgNoMemory),
                 Row(failed == nullptr, 1)});

@@ -9,8 +9,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::Row;
+using namespace mgtest;
 
 Rect R(int top, int left, int bottom, int right) {
     return Rect{int16_t(top), int16_t(left), int16_t(bottom), int16_t(right)};

@@ -12,10 +12,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::L;
-using mgtest::P;
-using mgtest::Row;
+using namespace mgtest;
 
 TEST(PStringConvert, CutsAt255AndRoundTrips) {
     const std::string longText(300, 'x');
@@ -77,30 +74,21 @@ TEST(LStringCompare, NullRules) {
     L empty(""), abc("abc"), abd("abd"), ABC("ABC"), ab("ab");
     LStr *pa = abc, *pe = empty, *pb = ABC;
     const uint8_t s[] = "abc";
-    ExpectRows({Row(LStringOrder(nullptr, empty), 0),
-                Row(LStringOrder(nullptr, abc), -1),
-                Row(LStringOrder(abc, nullptr), 1),
-                Row(LStringOrder(nullptr, nullptr), 0),
-                Row(LStringOrder(empty, nullptr), 0),
-                Row(LStringOrder(abc, abd), -1),
-                Row(LStringOrder(ABC, abc), 'A' - 'a'),
-                Row(LStringOrderNoCase(ABC, abc), 0),
-                Row(LStringSame(nullptr, empty), 1),
-                Row(LStringSame(empty, nullptr), 1),
-                Row(LStringSame(nullptr, abc), 0),
-                Row(LStringSame(abc, ab), 0),
-                Row(LStringSameNoCase(ABC, abc), 1),
-                Row(LStringOrder(ab, abc), -1),
-                Row(LHandleOrder(&pa, nullptr), 3),
-                Row(LHandleOrder(&pe, &pa), -3),
-                Row(LHandleOrderNoCase(&pa, &pb), 0),
-                Row(LHandleSame(&pa, &pb), 0),
-                Row(LHandleSame(nullptr, &pe), 1),
-                Row(BytesOrder(nullptr, 0, s, 0), 0),
-                Row(BytesOrder(nullptr, 0, s, 3), -1),
-                Row(BytesOrder(s, 3, nullptr, 0), 1),
+    // clang-format off
+    ExpectRows({Row(LStringOrder(nullptr, empty), 0), Row(LStringOrder(nullptr, abc), -1),
+                Row(LStringOrder(abc, nullptr), 1), Row(LStringOrder(nullptr, nullptr), 0),
+                Row(LStringOrder(empty, nullptr), 0), Row(LStringOrder(abc, abd), -1),
+                Row(LStringOrder(ABC, abc), 'A' - 'a'), Row(LStringOrderNoCase(ABC, abc), 0),
+                Row(LStringSame(nullptr, empty), 1), Row(LStringSame(empty, nullptr), 1),
+                Row(LStringSame(nullptr, abc), 0), Row(LStringSame(abc, ab), 0),
+                Row(LStringSameNoCase(ABC, abc), 1), Row(LStringOrder(ab, abc), -1),
+                Row(LHandleOrder(&pa, nullptr), 3), Row(LHandleOrder(&pe, &pa), -3),
+                Row(LHandleOrderNoCase(&pa, &pb), 0), Row(LHandleSame(&pa, &pb), 0),
+                Row(LHandleSame(nullptr, &pe), 1), Row(BytesOrder(nullptr, 0, s, 0), 0),
+                Row(BytesOrder(nullptr, 0, s, 3), -1), Row(BytesOrder(s, 3, nullptr, 0), 1),
                 Row(BytesOrder(s, 3, s, 1), 0),
                 Row(BytesOrderNoCase(s, 3, reinterpret_cast<const uint8_t*>("ABCD"), 4), -1)});
+    // clang-format on
 }
 
 TEST(TextCompare, BoundedNoCaseAndContainsNoBlanks) {

@@ -14,9 +14,7 @@
 
 namespace {
 
-using mgtest::ExpectRows;
-using mgtest::P;
-using mgtest::Row;
+using namespace mgtest;
 
 // The object-file symbol hash as the ELF tables define it, written independently.
 uint32_t ElfHash(const std::string& s) {
