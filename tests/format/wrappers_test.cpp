@@ -2,7 +2,6 @@
 // notification outputs, and path text, which need the memory manager.
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
 
 #include "format/format_helpers.h"
@@ -61,55 +60,40 @@ TEST_F(FormatWrappers, LStrSetAndAppend) {
     MemDisposeHandle(reinterpret_cast<Handle>(h));
 }
 
-// Lines into a file, and a failed allocation or write (a full disk) that leaves nothing.
+// Lines into a file; a failed allocation or write (a full disk) adds nothing.
 TEST_F(FormatWrappers, File) {
     TempDir dir;
     const std::string name = (dir.path / "out.txt").string();
-    for (bool fail : {false, true}) {
-        FileRef ref = 0;
-        Path p = nullptr;
-        ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
-                              static_cast<int32_t>(name.size()), &p),
-                  MgNoError);
-        ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
-        FPathRelease(p);
-        if (fail) {
-            ExpectRows(
-                {Row((plat::FailAllocationAt(1), StrFormatFile(ref, "%d", 1)), -1),
-                 Row((plat::FailAllocationAt(1), StrFormatFileStatus(ref, "%d", 1)), MgNoMemory),
-                 Row((plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull),
-                      StrFormatFile(ref, "%d", 1)),
-                     -1),
-                 Row((plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull),
-                      StrFormatFileStatus(ref, "%d", 1)),
-                     MgDiskFull),
-                 Row(StrFormatFile(0, "%d", 1), -1)});
-        } else {
-            ExpectRows({Row(StrFormatFile(ref, "%s %d\\n", "line", 1), 8),
-                        Row(StrFormatFileStatus(ref, "[%3d]", 2), MgNoError),
-                        Row(StrFormatFileStatus(ref, ""), MgNoError)});
-        }
-        FMClose(ref);
-        EXPECT_EQ(SlurpFile(name), fail ? "" : "line 1\r\n[  2]");
-    }
+    FileRef ref = 0;
+    Path p = nullptr;
+    ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
+                          static_cast<int32_t>(name.size()), &p),
+              MgNoError);
+    ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
+    FPathRelease(p);
+    auto full = [] { plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull); };
+    ExpectRows({Row(StrFormatFile(ref, "%s %d\\n", "line", 1), 8),
+                Row(StrFormatFileStatus(ref, "[%3d]", 2), MgNoError),
+                Row(StrFormatFileStatus(ref, ""), MgNoError),
+                Row((plat::FailAllocationAt(1), StrFormatFile(ref, "%d", 1)), -1),
+                Row((plat::FailAllocationAt(1), StrFormatFileStatus(ref, "%d", 1)), MgNoMemory),
+                Row((full(), StrFormatFile(ref, "%d", 1)), -1),
+                Row((full(), StrFormatFileStatus(ref, "%d", 1)), MgDiskFull),
+                Row(StrFormatFile(0, "%d", 1), -1)});
+    FMClose(ref);
+    EXPECT_EQ(SlurpFile(name), "line 1\r\n[  2]");
 }
 
 // Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
 // limit alone cuts it.
 TEST_F(FormatWrappers, PathText) {
-    // "/" then the names, each behind its own slash. Built by appending: GCC 12 at -O3 warns
-    // falsely (-Wrestrict) about "/" + std::string.
-    auto absolute = [](std::initializer_list<std::string> names) {
-        std::string text;
-        for (const std::string& name : names) text.append(1, '/').append(name);
-        return text;
-    };
+    // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
+    const std::string a200 = std::string(1, '/').append(200, 'a');
     const std::pair<std::string, bool> cases[] = {
-        {"/a/bc", true},
-        {absolute({std::string(251, 'n')}), true},
-        {absolute({std::string(252, 'n')}), false},
-        {absolute({std::string(200, 'a'), std::string(50, 'b')}), true},
-        {absolute({std::string(200, 'a'), std::string(51, 'b')}), false}};
+        {std::string(1, '/').append(251, 'n'), true},
+        {std::string(1, '/').append(252, 'n'), false},
+        {std::string(a200).append(1, '/').append(50, 'b'), true},
+        {std::string(a200).append(1, '/').append(51, 'b'), false}};
     for (const auto& [text, printed] : cases) {
         Path p = nullptr;
         ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),

@@ -1,12 +1,16 @@
+// The checks of the zones, their printed texts, and the record of failed allocations.
 #include <functional>
 #include <string>
 
 #include "memory_env.h"
 #include "mg/dbgtools.h"
+#include "support/rows.h"
 
 namespace {
 
+using namespace mgtest;
 using ChecksTest = MemoryTest;
+using OutOfMemoryTest = MemoryTest;
 
 void Collect(const char* text, void* context) {
     *static_cast<std::string*>(context) += text;
@@ -44,21 +48,19 @@ TEST_F(ChecksTest, PrintedTexts) {
 // checks, and a sound zone passes them.
 TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
     Handle h = MemNewHandle(100), c = CompactNewHandle(10);
+    MemStatsRecord want{};
+    want.allocTotal = gBytesAllocated;
     for (MemZone* zone : {gMainZone, gCompactZone}) {
-        MemStatsRecord r, want{};
+        MemStatsRecord r;
         memset(&r, 0x55, sizeof r);
         ASSERT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
-        want.allocTotal = gBytesAllocated;
-        EXPECT_TRUE(r.allocTotal != 0 && memcmp(&r, &want, sizeof r) == 0);
+        EXPECT_EQ(memcmp(&r, &want, sizeof r), 0);
     }
     EXPECT_EQ(ZoneStatistics(gMainZone, 1, nullptr), MgNoError);
-    MemToggleChecking();
-    EXPECT_EQ(gMemChecking, 1);
+    gMemChecking = 1;
     Ptr p = MemNewPtrClear(3);
     Handle k = MemNewHandleClear(5);
-    MemCheckAll();
-    MemToggleChecking();
-    EXPECT_EQ(gMemChecking, 0);
+    gMemChecking = 0;
     for (Handle x : {k, h}) MemDisposeHandle(x);
     MemDisposePtr(p);
     CompactDisposeHandle(c);
@@ -81,6 +83,106 @@ TEST_F(ChecksTest, DamagedTablesAreFound) {
     for (size_t i = 0; i < std::size(damages); ++i)
         EXPECT_EXIT(damages[i](), ::testing::ExitedWithCode(1), "^Failure : \"checks\\.cpp\" line")
             << i;
+}
+
+int32_t gCallbackCalls = 0;
+int32_t gLastCallbackSize = 0;
+// Asks for a retry, except for 9 bytes.
+int32_t RetryUnlessNine(int32_t size, int32_t data) {
+    EXPECT_EQ(data, 0);
+    gLastCallbackSize = size;
+    ++gCallbackCalls;
+    return size != 9;
+}
+
+int32_t RecordedSize() {
+    int32_t info[4] = {-1, -1, -1, -1};
+    return MemOutOfMemoryInfo(info) ? info[1] : 0;
+}
+
+// The record keeps the first failure: its size and data; size 0 is no record. Without one the
+// words beyond the first two are left alone.
+TEST_F(OutOfMemoryTest, RecordKeepsTheFirstSize) {
+    int32_t info[4] = {9, 9, 9, 9};
+    ExpectRows({Row(MemOutOfMemoryInfo(info), 0), Row(info[0], 0), Row(info[1], 0), Row(info[2], 9),
+                Row(MemSetOutOfMemory(0, 5), 0), Row(MemOutOfMemoryInfo(nullptr), 0),
+                Row(MemSetOutOfMemory(40, 7), 0), Row(MemSetOutOfMemory(80, 8), 1),
+                Row(MemOutOfMemoryInfo(info), 1), Row(info[0], 7), Row(info[1], 40),
+                Row(info[2], 0), Row(info[3], 0),
+                Row((MemClearOutOfMemory(), MemOutOfMemoryInfo(nullptr)), 0)});
+}
+
+// The bytes are counted although nothing was allocated, and the master pointer is lost.
+TEST_F(OutOfMemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
+    const int32_t bytes = gBytesAllocated;
+    const int32_t freeMasters = gMainZone->freeMasterCount;
+    CounterDelta counters(false);
+    ExpectRows({Row((plat::FailAllocationAt(1), MemNewHandle(24)) == nullptr, 1),
+                Row(RecordedSize(), 24), Row(gBytesAllocated - bytes, 24 + 16),
+                Row(gMainZone->freeMasterCount, freeMasters - 1),
+                Row(counters.Now().handleAllocs, 0),
+                Row((plat::FailAllocationAt(1), CompactNewHandle(5)) == nullptr, 1),
+                Row(RecordedSize(), 24)});
+    gBytesAllocated = bytes;
+}
+
+// A failed resize leaves the block, counts a resize and a move (null differs from the block)
+// and drifts the byte count.
+TEST_F(OutOfMemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
+    for (const Zone& z : kZones) {
+        for (bool clear : {false, true}) {
+            SCOPED_TRACE(std::string(z.name) + (clear ? " clear" : ""));
+            MemClearOutOfMemory();
+            Handle h = z.newHandle(4);
+            memcpy(*h, "keep", 4);
+            const uint8_t* bytes = *h;
+            const int32_t allocated = gBytesAllocated;
+            CounterDelta counters(z.compact);
+            plat::FailAllocationAt(1);
+            ExpectRows({Row((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory),
+                        Row(*h == bytes, 1), Row(mgtest::Contents(h, !z.compact), "keep"),
+                        Row(counters.Now().resizes, 1), Row(counters.Now().moves, 1),
+                        Row(gBytesAllocated - allocated, 996), Row(RecordedSize(), 1000 + z.header),
+                        Row((z.dispose(h), gBytesAllocated - allocated), 996 - (4 + z.header))});
+            gBytesAllocated = allocated - (4 + z.header);
+        }
+    }
+}
+
+// A callback that asks for a retry gets it, for pointers, handles and resizes (counted once);
+// one that gives up leads to the record.
+TEST_F(OutOfMemoryTest, CallbackAsksForARetry) {
+    MemSetGrowCallback(RetryUnlessNine);
+    gCallbackCalls = 0;
+    CounterDelta counters(false);
+    Ptr p = nullptr;
+    Handle h = nullptr;
+    ExpectRows(
+        {Row((plat::FailAllocationAt(1), p = MemNewPtr(33)) != nullptr, 1), Row(gCallbackCalls, 1),
+         Row(gLastCallbackSize, 33), Row(MemOutOfMemoryInfo(nullptr), 0),
+         Row((plat::FailAllocationAt(1), h = MemNewHandle(12)) != nullptr, 1),
+         Row(gCallbackCalls, 2), Row(MemHandleSize(h), 12),
+         Row((plat::FailAllocationAt(1), MemResizeHandle(h, 64)), MgNoError),
+         Row(gLastCallbackSize, 64 + 16), Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64),
+         Row((plat::FailAllocationAt(1), MemNewPtrClear(9)) == nullptr, 1),
+         Row(RecordedSize(), 9)});
+    MemDisposePtr(p);
+    MemDisposeHandle(h);
+}
+
+// A new master block counts as a pointer of its zone; its free list passes the check.
+TEST_F(OutOfMemoryTest, MasterBlockGrowthFails) {
+    MemZone* zone = gCompactZone;
+    const int32_t blocks = zone->masterBlockCount, ptrs = zone->ptrAllocs;
+    ExpectRows({Row((plat::FailAllocationAt(1), MemGrowMasterPointers(zone)), MgNoMemory),
+                Row(RecordedSize(), sizeof(mgmem::MasterBlock)),
+                Row(zone->masterBlockCount, blocks), Row(MemGrowMasterPointers(zone), MgNoError),
+                Row(zone->masterBlockCount, blocks + 1), Row(zone->ptrAllocs, ptrs + 1)});
+    gMemChecking = 1;
+    Handle h = CompactNewHandle(1);  // takes from the checked list
+    EXPECT_EQ(MemCheckFreeList(zone), MgNoError);
+    gMemChecking = 0;
+    CompactDisposeHandle(h);
 }
 
 }  // namespace
