@@ -21,11 +21,12 @@ Timestamp Stamp(int32_t day, int32_t month, int32_t year, int32_t seconds = 0) {
     return (DateToDayNumber(day, month, year) - 2416481u) * 86400u + uint32_t(seconds);
 }
 
+// Every number from 1 January of year 1 on is the day after the one before, and back. Dates
+// that don't exist give 0 or what the formula makes of them; year 0 passes.
 TEST(Calendar, DayNumbersAndValidDates) {
     // clang-format off
     const struct { int32_t day, month, year; uint32_t number; int32_t valid; } rows[] = {
-        {1, 1, 1904, 2416481, 1}, {1, 1, 2000, 2451545, 1}, {15, 10, 1582, 2299161, 1},
-        {1, 1, 1, 1721426, 1}, {29, 2, 1900, 2415080, 0}, {29, 2, 2000, 2451604, 1},
+        {1, 1, 1904, 2416481, 1}, {15, 10, 1582, 2299161, 1}, {29, 2, 1900, 2415080, 0},
         {29, 2, 2003, 2452700, 0}, {31, 4, 2020, 2458971, 0}, {0, 1, 2000, 0, 0},
         {1, 0, 2000, 0, 0}, {1, 13, 2000, 0, 0}, {1, 1, 0, 0, 1}};
     // clang-format on
@@ -33,16 +34,8 @@ TEST(Calendar, DayNumbersAndValidDates) {
         EXPECT_EQ(DateToDayNumber(r.day, r.month, r.year), r.number) << r.day << "/" << r.month;
         EXPECT_EQ(IsValidDate(r.day, r.month, r.year), r.valid) << r.day << "/" << r.month;
     }
-    int16_t d = 9, m = 9, y = 9;
-    DayNumberToDate(0, &d, &m, &y);
-    EXPECT_EQ(d | m | y, 0);
-    EXPECT_EQ(TimestampDifference(0, kLast), 1);
-}
-
-// Every number from 1 January of year 1 on is the day after the one before, and back.
-TEST(Calendar, DayNumbersInvertFromYearOne) {
     int16_t pd = 31, pm = 12, py = 0;
-    for (uint32_t n = DateToDayNumber(1, 1, 1); n <= DateToDayNumber(31, 12, 9999); ++n) {
+    for (uint32_t n = 1721426; n <= DateToDayNumber(31, 12, 9999); ++n) {
         int16_t d, m, y;
         DayNumberToDate(n, &d, &m, &y);
         const bool next = (d == pd + 1 && m == pm && y == py) ||
@@ -51,6 +44,10 @@ TEST(Calendar, DayNumbersInvertFromYearOne) {
         ASSERT_EQ(IsValidDate(pd + 1, pm, py), d != 1) << n;  // the month's length
         pd = d, pm = m, py = y;
     }
+    int16_t d = 9, m = 9, y = 9;
+    DayNumberToDate(0, &d, &m, &y);
+    EXPECT_EQ(d | m | y, 0);
+    EXPECT_EQ(TimestampDifference(0, kLast), 1);
 }
 
 // Seconds round ties to even; NaN and too large give the last stamp. File times keep their
@@ -143,10 +140,10 @@ TEST_P(LocalTime, RecordsRoundTripWithTheZoneOffset) {
     const DateRecord apr31{0, 0, 12, 31, 4, 2020, 0, 0, 0}, may1{0, 0, 12, 1, 5, 2020, 0, 0, 0};
     EXPECT_EQ(DateRecordToTimestamp(&apr31), DateRecordToTimestamp(&may1));
     // Hour 24, second 60, day 0 (day number 0), and before file times begin.
-    const DateRecord bad[] = {{0, 0, 24, 1, 1, 2020, 0, 0, 0},
-                              {60, 0, 0, 1, 1, 2020, 0, 0, 0},
-                              {0, 0, 0, 0, 1, 2020, 0, 0, 0},
-                              {0, 0, 0, 1, 1, 1500, 0, 0, 0}};
+    // clang-format off
+    const DateRecord bad[] = {{0, 0, 24, 1, 1, 2020, 0, 0, 0}, {60, 0, 0, 1, 1, 2020, 0, 0, 0},
+                              {0, 0, 0, 0, 1, 2020, 0, 0, 0}, {0, 0, 0, 1, 1, 1500, 0, 0, 0}};
+    // clang-format on
     for (const DateRecord& r : bad) EXPECT_EQ(DateRecordToTimestamp(&r), 0u) << r.hour;
 }
 

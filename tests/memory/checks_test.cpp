@@ -44,26 +44,15 @@ TEST_F(ChecksTest, PrintedTexts) {
     plat::CaptureDebuggerOutput(nullptr, nullptr);
 }
 
-// Sound zones pass with only the allocated total; with checking on, every new block runs the
-// checks, and a sound zone passes them.
+// Sound zones pass with only the allocated total in their record.
 TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
-    Handle h = MemNewHandle(100), c = CompactNewHandle(10);
-    MemStatsRecord want{};
+    MemStatsRecord want{}, r;
     want.allocTotal = gBytesAllocated;
     for (MemZone* zone : {gMainZone, gCompactZone}) {
-        MemStatsRecord r;
         memset(&r, 0x55, sizeof r);
-        ASSERT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
+        EXPECT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
         EXPECT_EQ(memcmp(&r, &want, sizeof r), 0);
     }
-    EXPECT_EQ(ZoneStatistics(gMainZone, 1, nullptr), MgNoError);
-    gMemChecking = 1;
-    Ptr p = MemNewPtrClear(3);
-    Handle k = MemNewHandleClear(5);
-    gMemChecking = 0;
-    for (Handle x : {k, h}) MemDisposeHandle(x);
-    MemDisposePtr(p);
-    CompactDisposeHandle(c);
 }
 
 // Each damage is found by a check and ends the process through a failure report.
