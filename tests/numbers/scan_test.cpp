@@ -101,18 +101,15 @@ TEST(IntegerScanners, SaturationAndPositions) {
 }
 
 TEST(IntegerScanners, SaturateToTypeModes) {
-    const struct {
-        int32_t value;
-        NumType type;
-        int32_t fromUnsigned, clampNegative, expected;
-    } cases[] = {
-        {-129, NumIB, 0, 1, -128}, {200, NumIB, 1, 0, 127},     {127, NumIB, 1, 0, 127},
-        {-1, NumIB, 1, 0, 127},    {40000, NumIW, 0, 0, 32767}, {0x7FFF, NumIW, 1, 0, 0x7FFF},
-        {-1, NumUB, 0, 1, 0},      {-1, NumUB, 0, 0, 255},      {256, NumUB, 0, 1, 255},
-        {-1, NumUW, 0, 0, 65535},  {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7},
-    };
+    // clang-format off
+    const struct { int32_t value; NumType type; int32_t fromUnsigned, clampNegative, want; } cases[] = {
+        {-129, NumIB, 0, 1, -128}, {200, NumIB, 1, 0, 127}, {127, NumIB, 1, 0, 127},
+        {-1, NumIB, 1, 0, 127}, {40000, NumIW, 0, 0, 32767}, {0x7FFF, NumIW, 1, 0, 0x7FFF},
+        {-1, NumUB, 0, 1, 0}, {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255}, {-1, NumUW, 0, 0, 65535},
+        {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7}};
+    // clang-format on
     for (const auto& c : cases)
-        EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clampNegative), c.expected)
+        EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clampNegative), c.want)
             << c.value << " " << c.type;
 }
 
