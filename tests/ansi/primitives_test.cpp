@@ -97,13 +97,14 @@ TEST(Blocks, MoveSwapAndClear) {
 TEST(Integers, Table) {
     // clang-format off
     ExpectRows({Row(ModFloored(-1, 5), 4), Row(ModFloored(-1, -5), 4), Row(ModFloored(7, 5), 2),
-                Row(ModFloored(-10, 5), 0), Row(PinToRange(5, 7, 3), 7), Row(PinToRange(5, 1, 3), 3),
-                Row(PinToRange(-5, 1, 3), 1), Row(PinToRange(2, 1, 3), 2),
-                Row(RoundToMultiple(-7, 2), -8), Row(RoundToMultiple(7, 2), 8),
-                Row(RoundToMultiple(6, 4), 8), Row(RoundToMultiple(5, 4), 4),
-                Row(RoundToMultiple(-6, 4), -8), Row(MinInt32(-3, 2), -3), Row(MaxInt32(-3, 2), 2),
-                Row(ToHexDigit(0x1A), 'A'), Row(ToHexDigit(9), '9'), Row(DoubleToInt32(2.5), 2),
-                Row(DoubleToInt32(3.5), 4), Row(DoubleToInt32(-2.5), -2), Row(DoubleToInt32(-3.5), -4),
+                Row(ModFloored(-10, 5), 0), Row(PinToRange(5, 7, 3), 7),
+                Row(PinToRange(5, 1, 3), 3), Row(PinToRange(-5, 1, 3), 1),
+                Row(PinToRange(2, 1, 3), 2), Row(RoundToMultiple(-7, 2), -8),
+                Row(RoundToMultiple(7, 2), 8), Row(RoundToMultiple(6, 4), 8),
+                Row(RoundToMultiple(5, 4), 4), Row(RoundToMultiple(-6, 4), -8),
+                Row(MinInt32(-3, 2), -3), Row(MaxInt32(-3, 2), 2), Row(ToHexDigit(0x1A), 'A'),
+                Row(ToHexDigit(9), '9'), Row(DoubleToInt32(2.5), 2), Row(DoubleToInt32(3.5), 4),
+                Row(DoubleToInt32(-2.5), -2), Row(DoubleToInt32(-3.5), -4),
                 Row(DoubleToInt32(1.49), 1), Row(DoubleToInt32(-0.5), 0),
                 Row(DoubleToInt32(NAN), INT32_MAX), Row(DoubleToInt32(2147483647.0), INT32_MAX),
                 Row(DoubleToInt32(1e300), INT32_MIN), Row(DoubleToInt32(-1e300), INT32_MIN)});

@@ -217,7 +217,8 @@ TEST(Polar, SpecialCases) {
     const long double pi = 3.14159265358979323846264338327950288L;
     // clang-format off
     const long double toPolar[][4] = {
-        {0, 0, 0, 0}, {NAN, 1, NAN, NAN}, {0, -3, 3, -pi / 2}, {-1, 0, 1, pi}, {3, 4, 5, atan2l(4, 3)}};
+        {0, 0, 0, 0}, {NAN, 1, NAN, NAN}, {0, -3, 3, -pi / 2}, {-1, 0, 1, pi},
+        {3, 4, 5, atan2l(4, 3)}};
     // clang-format on
     for (const auto& c : toPolar) {
         Extended m, a;

@@ -72,14 +72,10 @@ TEST(FindNumberEnd, Ends) {
 // No sign is taken by the unsigned scanner; a saturated 0xFFFFFFFF reads as negative (255 for
 // uB); in hex the sign applies after the saturation.
 TEST(IntegerScanners, SaturationAndPositions) {
-    const auto I = ScanInt, U = ScanUInt, H = ScanHex, O = ScanOctal, B = ScanBinary;
+    using Scanner = int32_t (*)(const char**, int32_t, NumType);
+    const Scanner I = ScanInt, U = ScanUInt, H = ScanHex, O = ScanOctal, B = ScanBinary;
     // clang-format off
-    const struct {
-        int32_t (*scan)(const char**, int32_t, NumType);
-        const char* text;
-        NumType type;
-        int32_t value, used;
-    } cases[] = {
+    const struct { Scanner scan; const char* text; NumType type; int32_t value, used; } cases[] = {
         {I, "99999", NumIW, 32767, 5}, {U, "99999", NumUW, 65535, 5}, {I, " -12x", NumIL, -12, 4},
         {I, "  x", NumIL, 0, 0}, {I, " -", NumIL, 0, 0}, {I, "-2147483648", NumIL, INT32_MIN, 11},
         {I, "2147483648", NumIL, INT32_MAX, 10}, {I, "-99999999999", NumIL, INT32_MIN, 12},
@@ -102,14 +98,14 @@ TEST(IntegerScanners, SaturationAndPositions) {
 
 TEST(IntegerScanners, SaturateToTypeModes) {
     // clang-format off
-    const struct { int32_t value; NumType type; int32_t fromUnsigned, clampNegative, want; } cases[] = {
+    const struct { int32_t value; NumType type; int32_t fromUnsigned, clamp, want; } cases[] = {
         {-129, NumIB, 0, 1, -128}, {200, NumIB, 1, 0, 127}, {127, NumIB, 1, 0, 127},
         {-1, NumIB, 1, 0, 127}, {40000, NumIW, 0, 0, 32767}, {0x7FFF, NumIW, 1, 0, 0x7FFF},
-        {-1, NumUB, 0, 1, 0}, {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255}, {-1, NumUW, 0, 0, 65535},
-        {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7}};
+        {-1, NumUB, 0, 1, 0}, {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255},
+        {-1, NumUW, 0, 0, 65535}, {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7}};
     // clang-format on
     for (const auto& c : cases)
-        EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clampNegative), c.want)
+        EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clamp), c.want)
             << c.value << " " << c.type;
 }
 

@@ -170,12 +170,8 @@ TEST_F(NativeNames, Table) {
     // POSIX names, nor a name holding '/' (which only Windows text makes).
     const MgStatus ok = MgNoError, bad = MgBadArgument;
     // clang-format off
-    const struct {
-        std::string path;
-        int32_t from, to;
-        MgStatus status;
-        std::string name;
-    } rows[] = {
+    const struct { std::string path; int32_t from, to; MgStatus status; std::string name; } rows[] =
+    {
         {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"C:\\a\\b", W, W, ok, "C:\\a\\b"},
         {"a", W, W, bad, ""}, {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""},
         {"C:\\a.", W, W, bad, ""}, {"C:\\a\\b?", W, W, bad, ""},

@@ -77,7 +77,8 @@ TEST_F(PathValues, DirNameAndRoot) {
         {"C:\\", "0 A:", "0 A:C", "0 A:"}, {"C:\\a\\b", "0 A:C|a", "0 A:C", "0 A:"},
         {"a", "0 R:", "1 N:", "1 N:"}, {"..\\..", "0 R:..", "1 N:", "1 N:"},
         {"\\\\s\\v", "1 N:", "0 U:\\\\s\\v", "0 U:\\\\s\\v"},
-        {"\\\\s\\v\\a", "0 U:\\\\s\\v", "0 U:\\\\s\\v", "0 U:\\\\s\\v"}, {"", "1 N:", "1 N:", "0 A:"}};
+        {"\\\\s\\v\\a", "0 U:\\\\s\\v", "0 U:\\\\s\\v", "0 U:\\\\s\\v"},
+        {"", "1 N:", "1 N:", "0 A:"}};
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.text);
@@ -97,11 +98,8 @@ TEST_F(PathValues, DirNameAndRoot) {
 // bytes of the first of them.
 TEST_F(PathValues, Normalise) {
     // clang-format off
-    const struct {
-        int16_t kind;
-        std::vector<std::string> names;
-        const char *windows, *posix;
-    } rows[] = {
+    const struct { int16_t kind; std::vector<std::string> names; const char *windows, *posix; }
+    rows[] = {
         {1, {"a", "b", "", "", "", "c"}, "R:..|c", "R:..|c"}, {0, {"C", ""}, "A:", "A:"},
         {0, {"C", "", "x"}, "A:x", "A:x"}, {0, {"C", "", "", "x"}, "R:..|x", "A:x"},
         {0, {"", "", "a", "", "b"}, "R:..|..|b", "A:b"},
@@ -180,12 +178,8 @@ TEST_F(PathValues, RelativeFromAndJoin) {
 // any other no path, and before a path.
 TEST_F(PathValues, CompareTrimAndOrder) {
     // clang-format off
-    const struct {
-        const char *a, *b;
-        int32_t difference;
-        int order;
-        const char* trimmed;
-    } rows[] = {
+    const struct { const char *a, *b; int32_t difference; int order; const char* trimmed; }
+    rows[] = {
         {"C:\\a", "c:\\A", 0, 0, "A:C|a"}, {"C:\\a", "C:\\a\\b", 3, -1, "A:C|a"},
         {"C:\\a\\b", "C:\\a", 3, 1, "A:C|a"}, {"C:\\a", "a", -1, -1, "A:"},
         {"C:\\a\\b", "C:\\A\\c", 3, -1, "A:C|a"}, {"C:\\b", "\\\\s\\v", -1, 1, "A:"},
