@@ -203,15 +203,18 @@ TEST(Escapes, EmitTable) {
     for (const auto& c : cases) {
         uint8_t buffer[4] = {}, *out = buffer;
         if (c.c < 256) {
-            EXPECT_EQ(EmitEscape(uint8_t(c.c), &out), EmitEscape(uint8_t(c.c), nullptr));
+            const int32_t n = EmitEscape(uint8_t(c.c), &out);
             EXPECT_EQ(std::string(buffer, out), c.text);
+            EXPECT_TRUE(n == out - buffer && n == EmitEscape(uint8_t(c.c), nullptr)) << c.c;
         }
-        const std::u16string named =
-            c.text.size() == 2 ? u"\\" + std::u16string(1, c.text[1]) : u"";
-        uint16_t wide[2] = {0xEEEE, 0xEEEE}, *w = wide;
-        EXPECT_EQ(EmitEscapeWide(c.c, &w), EmitEscapeWide(c.c, nullptr));
-        EXPECT_EQ(std::u16string(wide, w), named.empty() ? std::u16string(1, c.c) : named) << c.c;
-        EXPECT_TRUE(w == wide + 2 || wide[1] == 0xEEEE) << c.c;
+        const std::u16string want =
+            c.text.size() == 2 ? u"\\" + std::u16string(1, c.text[1]) : std::u16string(1, c.c);
+        uint16_t wide[3] = {0xEEEE, 0xEEEE, 0xEEEE}, *w = wide;
+        const int32_t bytes = EmitEscapeWide(c.c, &w);
+        EXPECT_EQ(std::u16string(wide, wide + 3), want + std::u16string(3 - want.size(), 0xEEEE));
+        EXPECT_TRUE(bytes == 2 * (w - wide) && w == wide + want.size() &&
+                    bytes == EmitEscapeWide(c.c, nullptr))
+            << c.c;
     }
 }
 

@@ -44,8 +44,9 @@ TEST_F(ChecksTest, PrintedTexts) {
     plat::CaptureDebuggerOutput(nullptr, nullptr);
 }
 
-// Sound zones pass with only the allocated total in their record.
-TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
+// Sound zones pass with only the allocated total in their record, and pass the checks that
+// every new block runs while checking is on.
+TEST_F(ChecksTest, SoundZonesPass) {
     MemStatsRecord want{}, r;
     want.allocTotal = gBytesAllocated;
     for (MemZone* zone : {gMainZone, gCompactZone}) {
@@ -53,6 +54,13 @@ TEST_F(ChecksTest, SoundZonesPassWithOnlyTheAllocatedTotal) {
         EXPECT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
         EXPECT_EQ(memcmp(&r, &want, sizeof r), 0);
     }
+    gMemChecking = 1;
+    Ptr p = MemNewPtrClear(3);
+    Handle h = MemNewHandleClear(5);
+    gMemChecking = 0;
+    EXPECT_TRUE(p && h);
+    MemDisposePtr(p);
+    MemDisposeHandle(h);
 }
 
 // Each damage is found by a check and ends the process through a failure report.
