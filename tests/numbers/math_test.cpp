@@ -46,11 +46,9 @@ Cell Conv(NumType from, const T& v, NumType to, int32_t* result = nullptr) {
 
 // The stored bits of an integer type, read back as unsigned 64 bits.
 uint64_t StoredBits(NumType t, const Cell& c) {
-    const int32_t n = NumTypeSize(t);
-    return n == 1   ? c.As<uint8_t>()
-           : n == 2 ? c.As<uint16_t>()
-           : n == 4 ? c.As<uint32_t>()
-                    : c.As<uint64_t>();
+    uint64_t bits = 0;  // both hosts are little-endian
+    memcpy(&bits, c.bytes, size_t(NumTypeSize(t)));
+    return bits;
 }
 
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
@@ -229,9 +227,7 @@ TEST(Polar, SpecialCases) {
     Extended re, im, re2, im2;
     PolarToRectangular(kInf, 0, &re, &im);
     PolarToRectangular(2, pi / 6, &re2, &im2);
-    EXPECT_TRUE(re == kInf && im == 0);
-    EXPECT_NEAR((double)re2, sqrt(3.0), 1e-15);
-    EXPECT_NEAR((double)im2, 1.0, 1e-15);
+    EXPECT_TRUE(re == kInf && im == 0 && fabsl(re2 - sqrtl(3)) < 1e-15 && fabsl(im2 - 1) < 1e-15);
     EXPECT_EQ(FloatStateProbe(), 1);
 }
 
@@ -246,7 +242,8 @@ TEST(Complex, AgreesWithStdComplex) {
             {ComplexHyperCosine(e), cosh(z)}, {ComplexHyperTangent(e), tanh(z)},
             {ComplexArcSine(e), asin(z)}, {ComplexArcCosine(e), acos(z)},
             {ComplexArcHyperSine(e), asinh(z)}, {ComplexArcHyperCosine(e), acosh(z)},
-            {ComplexArcTangent(e), atan(z)}, {ComplexReciprocal(e), C(1) / z}};
+            {ComplexArcTangent(e), atan(z)}, {ComplexReciprocal(e), C(1) / z},
+            {ComplexDivide(ExtendedPair{1, 2}, e), C(1, 2) / z}};
         // clang-format on
         for (size_t i = 0; i < std::size(results); ++i) {
             const auto& [mine, theirs] = results[i];
@@ -255,9 +252,6 @@ TEST(Complex, AgreesWithStdComplex) {
             EXPECT_NEAR((double)((mine.im - theirs.imag()) / scale), 0, 1e-15) << i << z;
         }
     }
-    ExtendedPair q = ComplexDivide(ExtendedPair{1, 2}, ExtendedPair{3, -4});
-    EXPECT_NEAR((double)q.re, -0.2, 1e-18);
-    EXPECT_NEAR((double)q.im, 0.4, 1e-18);
 }
 
 }  // namespace
