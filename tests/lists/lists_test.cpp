@@ -162,7 +162,7 @@ TEST(LListDeathTest, SwapWalksByTheSwappedCountsToTheEnd) {
 
 // Appends grow the handle only when needed, or to the exact size; null appends nothing. A
 // count beyond the handle, or a negative count on either side, is refused.
-TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFits) {
+TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFitsAndAssigns) {
     // clang-format off
     const struct { bool mainZone, exact; MgStatus (*append)(LStrHandle, const LStr*); } forms[] = {
         {true, false, LStringAppend}, {true, true, LStringAppendExact},
@@ -186,10 +186,7 @@ TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFits) {
                 Row(((*l)->count = -1, LStringAppend(l, L("a"))), MgBadArgument),
                 Row(((*l)->count = 0, LStringAppend(l, negative)), MgBadArgument)});
     MemDisposeHandle(reinterpret_cast<Handle>(l));
-}
-
-// Makes a compact handle, resizes it, and disposes it for null bytes.
-TEST(LStringAssign, MakesResizesAndDisposes) {
+    // Assigning makes a compact handle, resizes it, and disposes it for null bytes.
     LStrHandle h = nullptr;
     const uint8_t* text = reinterpret_cast<const uint8_t*>("hello");
     ExpectRows({Row(LStringAssign(nullptr, 3, text), MgBadArgument),

@@ -44,7 +44,7 @@ TEST(HObjList, GrowsAndShrinksBySixteenWithSlack) {
 }
 
 // The freed slot is cleared.
-TEST(HObjList, SearchRemovalAndFrontWorkFromTheBack) {
+TEST(HObjList, SearchRemovalFrontAndCompact) {
     HObjList list = Make({7, 8, 7, 9});
     EXPECT_EQ(HObjListIndexOf(list, 7), 2);
     EXPECT_EQ(HObjListBringToFront(list, 7), 1);
@@ -55,10 +55,8 @@ TEST(HObjList, SearchRemovalAndFrontWorkFromTheBack) {
     EXPECT_EQ(std::vector<int32_t>(results, results + 6), (std::vector<int32_t>{1, 0, 0, 0, 1, 8}));
     EXPECT_EQ(Items(list, true), (V{9, 7, 16, 0}));
     MemDisposeHandle(list);
-}
-
-TEST(HObjList, CompactDropsZerosAndFitsTheBlock) {
-    HObjList list = Make({0, 4, 0, 0, 5, 0, 6, 0, 0});
+    // Compacting drops the zeros and fits the block.
+    list = Make({0, 4, 0, 0, 5, 0, 6, 0, 0});
     EXPECT_EQ(HObjListCompact(list), MgNoError);
     EXPECT_EQ(Items(list), (V{4, 5, 6, 16}));  // (12 + 19) with the low bits cleared
     MemDisposeHandle(list);
