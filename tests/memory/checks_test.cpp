@@ -25,19 +25,15 @@ TEST_F(ChecksTest, PrintedTexts) {
     MemToggleChecking();
     MemToggleChecking();
     EXPECT_EQ(gMemChecking, 0);
-    const std::string all =
-        "Free: totSize 0, maxSize 0, nBlocks 0\n"
-        "Allocated: totSize " +
-        std::to_string(gBytesAllocated) + ", maxSize 0\n" +
-        "    nPointers 0, nUnlockedHdls 0, nLockedHdls 0\n";
-    EXPECT_EQ(out, "turning memory checking on\nturning memory checking off\n");
-    out.clear();
+    const std::string on = "turning memory checking on\n", off = "turning memory checking off\n",
+                      all = "Free: totSize 0, maxSize 0, nBlocks 0\nAllocated: totSize " +
+                            std::to_string(gBytesAllocated) +
+                            ", maxSize 0\n    nPointers 0, nUnlockedHdls 0, nLockedHdls 0\n";
     MemCheckAll();
-    EXPECT_EQ(out, "turning memory checking on\n" + all + all + "turning memory checking off\n");
-    out.clear();
     MemSetOutOfMemory(64, 0);
     MemReportOutOfMemory(0, 4);  // the built-in text, read as a PStr: its '/' is the count 47
-    EXPECT_EQ(out, "0105Not enough memory to complete this operatio\n");
+    EXPECT_EQ(
+        out, on + off + on + all + all + off + "0105Not enough memory to complete this operatio\n");
     EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
     gDebugging = 0;
     gDPrintfFileMode = 1;
