@@ -219,8 +219,7 @@ TEST_F(NativeNames, WindowsLengthLimitIs260) {
         EXPECT_EQ(std::string(name), last == 55 ? dirs + "\\" + std::string(55, 'c') : dirs);
     }
     OwnedPath p(Parse("C:\\" + std::string(200, 'x'))), many(Parse("C:\\a"));
-    EXPECT_EQ(FPathToNativeNameSyntax(p, name, W), MgNoError);
-    EXPECT_EQ(std::string(name), "C:\\");
+    EXPECT_TRUE(FPathToNativeNameSyntax(p, name, W) == MgNoError && std::string(name) == "C:\\");
     for (int i = 0; i < 300; ++i) FAppendName(many, P(std::string(130, 'y')).b);
     EXPECT_TRUE(FPathToNativeNameSyntax(many, name, W) != MgNoError || strlen(name) <= 260);
 }
@@ -238,20 +237,17 @@ TEST_F(NativeNames, CheckNameAndNewName) {
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        char found[256] = {};
-        char extra[256] = {};
+        char found[256] = {}, extra[256] = {};
         // The second output is optional; POSIX rows leave it out.
         EXPECT_EQ(FCheckNameSyntax(P(r.name).b, found, r.syntax == W ? extra : nullptr, r.syntax),
                   r.flags);
         EXPECT_STREQ(found, r.found);
     }
-    char found[256] = "stale";
-    char extra[256] = "stale";
-    EXPECT_EQ(FCheckNewName(P("").b, nullptr, 0, found, extra), 2);
-    EXPECT_STREQ(found, "");
-    EXPECT_STREQ(extra, "");
-    EXPECT_EQ(FCheckNewName(P("a/b").b, nullptr, 1, found, extra), 0);
-    EXPECT_EQ(FCheckNewName(P("a/b").b, nullptr, 0, found, extra), NameBadCharacter);
+    char found[256] = "stale", extra[256] = "stale";
+    ExpectRows({Row(FCheckNewName(P("").b, nullptr, 0, found, extra), 2),
+                Row(std::string(found) + "|" + extra, "|"),
+                Row(FCheckNewName(P("a/b").b, nullptr, 1, found, extra), 0),
+                Row(FCheckNewName(P("a/b").b, nullptr, 0, found, extra), NameBadCharacter)});
 }
 
 }  // namespace
