@@ -7,8 +7,11 @@
 #include "mg/stringoutput.h"
 #include "platform/faults.h"
 #include "support/handles.h"
+#include "support/rows.h"
 
 namespace {
+
+using namespace mgtest;
 
 std::string TextOf(const LStrOutput& out) {
     return mgtest::LText(*out.Text());
@@ -24,13 +27,10 @@ int32_t ViaVPrintf(StringOutput& out, const char* format, ...) {
 
 TEST(LStrOutput, CollectsOnlyWhileEnabledAndCopies) {
     LStrOutput out;
-    EXPECT_EQ(out.Printf("ignored %ld", 1), 0);
-    EXPECT_EQ(TextOf(out), "");
-    out.SetEnabled(1);
-    const std::string big(700, 'b');  // no 512 limit here
-    EXPECT_EQ(out.Printf("%ld|%s|", 12, "ab"), 0);
-    EXPECT_EQ(ViaVPrintf(out, "%x\\n", 255), 0);
-    EXPECT_EQ(out.Printf("%s", big.c_str()), 0);
+    const std::string big(700, 'b'), text = "12|ab|FF\r\n" + big;  // no 512 limit here
+    ExpectRows({Row(out.Printf("ignored %ld", 1), 0), Row(TextOf(out), ""),
+                Row((out.SetEnabled(1), out.Printf("%ld|%s|", 12, "ab")), 0),
+                Row(ViaVPrintf(out, "%x\\n", 255), 0), Row(out.Printf("%s", big.c_str()), 0)});
     LStrOutput copy(out), assigned;
     out.SetEnabled(0);
     out.Printf("dropped");
@@ -40,9 +40,8 @@ TEST(LStrOutput, CollectsOnlyWhileEnabledAndCopies) {
     assigned = same;  // self-assignment keeps the text
     EXPECT_EQ(assigned.IsEnabled(), 1);
     assigned.Printf("e");
-    EXPECT_EQ(TextOf(copy), "12|ab|FF\r\n" + big + "d");
-    EXPECT_EQ(TextOf(assigned), "12|ab|FF\r\n" + big + "de");
-    EXPECT_EQ(TextOf(out), "12|ab|FF\r\n" + big);
+    ExpectRows({Row(TextOf(copy), text + "d"), Row(TextOf(assigned), text + "de"),
+                Row(TextOf(out), text)});
 }
 
 // Text that can't get room is lost without a word; construction, copy and assignment throw
