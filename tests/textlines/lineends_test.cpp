@@ -7,6 +7,7 @@
 #include "mg/textutil.h"
 #include "platform/faults.h"
 #include "support/handles.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -66,20 +67,17 @@ INSTANTIATE_TEST_SUITE_P(ZonesAndWidths, LineEnds,
 // An odd last byte of wide text stays at the end; 0x0D0A as one 16-bit unit is neither CR nor
 // LF. A failed growth or a start outside the block leaves the text as it was.
 TEST(LineEnds, UnitsFailuresAndBadStarts) {
-    EXPECT_EQ(Convert(ConvertLineEndsToCRLF, Widen("a\nb") + "Z", 0, true, true),
-              Widen("a\r\nb") + "Z");
-    EXPECT_EQ(Convert(ConvertLineEndsToLF, Widen("a\r\nb") + "Z", 0, true, true),
-              Widen("a\nb") + "Z");
     const std::string units("\x0a\x0d\x0d\x0a", 4);
-    EXPECT_EQ(Convert(ConvertLineEndsToCRLF, units, 0, true, true), units);
+    const Converter toCRLF = ConvertLineEndsToCRLF, toLF = ConvertLineEndsToLF;
+    ExpectRows({Row(Convert(toCRLF, Widen("a\nb") + "Z", 0, true, true), Widen("a\r\nb") + "Z"),
+                Row(Convert(toLF, Widen("a\r\nb") + "Z", 0, true, true), Widen("a\nb") + "Z"),
+                Row(Convert(toCRLF, units, 0, true, true), units)});
     for (bool mainZone : {true, false}) {
         Handle h = NewHandleOf("a\nb\rc", mainZone);
-        plat::FailAllocationAt(1);
-        EXPECT_NE(ConvertLineEndsToCRLF(h, 0, mainZone, 0), MgNoError);
-        plat::ResetFaults();
-        EXPECT_EQ(ConvertLineEndsToCRLF(h, 6, mainZone, 0), MgBadArgument);
-        EXPECT_EQ(ConvertLineEndsToLF(h, -1, mainZone, 0), MgBadArgument);
-        EXPECT_EQ(Contents(h, mainZone), "a\nb\rc");
+        ExpectRows({Row((plat::FailAllocationAt(1), toCRLF(h, 0, mainZone, 0)) != MgNoError, 1),
+                    Row((plat::ResetFaults(), toCRLF(h, 6, mainZone, 0)), MgBadArgument),
+                    Row(toLF(h, -1, mainZone, 0), MgBadArgument),
+                    Row(Contents(h, mainZone), "a\nb\rc")});
         DisposeIn(h, mainZone);
     }
 }
