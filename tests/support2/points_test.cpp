@@ -64,20 +64,21 @@ TEST(Rect, SetCentreAndMap) {
 
 TEST(Rect, SharedCornerContainmentAndPinning) {
     const Rect a = R(0, 0, 10, 10), r = R(10, 20, 30, 40), wider = R(10, 19, 30, 40);
-    const Rect b[] = {R(0, 0, 10, 10), R(5, 0, 10, 10), R(5, 5, 10, 10), R(0, 5, 9, 10),
-                      R(1, 1, 9, 10)};
-    // Containment is half open; pinning keeps a point inside.
-    const PointWord p[] = {W(10, 20), W(29, 39), W(30, 25), W(15, 40), W(5, 0)};
-    Point pinned[5];
-    for (int i = 0; i < 5; ++i) PinPoint(p[i], &r, &pinned[i]);
-    ExpectRows({Row(RectSharedCorner(&a, &b[0]), 0), Row(RectSharedCorner(&a, &b[1]), 1),
-                Row(RectSharedCorner(&a, &b[2]), 3), Row(RectSharedCorner(&a, &b[3]), 2),
-                Row(RectSharedCorner(&a, &b[4]), -1), Row(RectSharedCorner(nullptr, &a), -1),
-                Row(PointInRect(p[0], &r), 1), Row(PointInRect(p[1], &r), 1),
-                Row(PointInRect(p[2], &r), 0), Row(PointInRect(p[3], &r), 0),
-                Row(PointInRect(p[4], &r), 0), Row(S(pinned[0]), "10,20"),
-                Row(S(pinned[1]), "29,39"), Row(S(pinned[2]), "29,25"), Row(S(pinned[3]), "15,39"),
-                Row(S(pinned[4]), "10,20"), Row(RectInRect(&r, &r), 1),  // edges may coincide
+    // A rectangle's shared corner with `a`; a point in `r` (half open) and pinned inside it.
+    // clang-format off
+    const struct { Rect b; PointWord p; const char* want; } rows[] = {
+        {R(0, 0, 10, 10), W(10, 20), "0 1 10,20"}, {R(5, 0, 10, 10), W(29, 39), "1 1 29,39"},
+        {R(5, 5, 10, 10), W(30, 25), "3 0 29,25"}, {R(0, 5, 9, 10), W(15, 40), "2 0 15,39"},
+        {R(1, 1, 9, 10), W(5, 0), "-1 0 10,20"}};
+    // clang-format on
+    for (const auto& row : rows) {
+        Point pinned;
+        PinPoint(row.p, &r, &pinned);
+        EXPECT_EQ(std::to_string(RectSharedCorner(&a, &row.b)) + " " +
+                      std::to_string(PointInRect(row.p, &r)) + " " + S(pinned),
+                  row.want);
+    }
+    ExpectRows({Row(RectSharedCorner(nullptr, &a), -1), Row(RectInRect(&r, &r), 1),  // edges meet
                 Row(RectInRect(&r, &wider), 1), Row(RectInRect(&wider, &r), 0)});
     for (int16_t Rect::*field : {&Rect::top, &Rect::left, &Rect::bottom, &Rect::right}) {
         Rect other = r;
