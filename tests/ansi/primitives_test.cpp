@@ -86,9 +86,9 @@ TEST(Blocks, MoveSwapAndClear) {
         std::iota(a.begin(), a.end(), 0), std::iota(b.begin(), b.end(), 100);
         const auto a0 = a, b0 = b;
         BlockSwap(a.data(), b.data(), n);
-        EXPECT_TRUE(a == b0 && b == a0) << n;
-        EXPECT_EQ(BlockClear(a.data(), n), 0);
-        EXPECT_EQ(a, std::vector<uint8_t>(n, 0));
+        EXPECT_TRUE(a == b0 && b == a0 && BlockClear(a.data(), n) == 0 &&
+                    a == std::vector<uint8_t>(n, 0))
+            << n;
     }
 }
 
@@ -127,10 +127,9 @@ TEST(Floats, ClassesAndSmallFunctions) {
     const float fs[] = {1.0f, -HUGE_VALF, HUGE_VALF, std::nanf("")};
     const double fd[] = {1.0, -HUGE_VAL, HUGE_VAL, std::nan("")};
     const long double fx[] = {1.0L, -HUGE_VALL, HUGE_VALL, std::nanl("")};
-    for (int k = 0; k < 4; ++k) {
+    for (int k = 0; k < 4; ++k)
         ExpectRows({Row(FloatClass(&fs[k], fS), k), Row(FloatClass(&fd[k], fD), k),
                     Row(FloatClass(&fx[k], fX), k), Row(FloatClass(&fd[k], iL), 0)});
-    }
     for (double x : {1e-20, -1e-17, 1e-10, 0.5, -0.5, 0.75, 2.0, 1e10})
         EXPECT_NEAR(Log1Plus(x), std::log1p(x), std::fabs(std::log1p(x)) * 4e-16) << x;
     double s, c;
