@@ -47,16 +47,13 @@ TEST_F(ChecksTest, SoundZonesPass) {
     want.allocTotal = gBytesAllocated;
     for (MemZone* zone : {gMainZone, gCompactZone}) {
         memset(&r, 0x55, sizeof r);
-        EXPECT_EQ(ZoneStatistics(zone, 0, &r), MgNoError);
-        EXPECT_EQ(memcmp(&r, &want, sizeof r), 0);
+        EXPECT_TRUE(ZoneStatistics(zone, 0, &r) == MgNoError && memcmp(&r, &want, sizeof r) == 0);
     }
     gMemChecking = 1;
     Ptr p = MemNewPtrClear(3);
     Handle h = MemNewHandleClear(5);
     gMemChecking = 0;
-    EXPECT_TRUE(p && h);
-    MemDisposePtr(p);
-    MemDisposeHandle(h);
+    EXPECT_TRUE(p && h && MemDisposePtr(p) == MgNoError && MemDisposeHandle(h) == MgNoError);
 }
 
 // Each damage is found by a check and ends the process through a failure report.
