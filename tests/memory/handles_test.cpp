@@ -55,9 +55,8 @@ TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
 // zone are no handles.
 TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
     const int32_t bytes = gBytesAllocated;
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(MemNewHandle(-1), nullptr);
-    EXPECT_EQ(MemNewPtr(1), nullptr);
+    EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr &&
+                MemNewPtr(1) == nullptr);
     gBytesAllocated = bytes;
     Handle h = MemNewHandle(8), c = CompactNewHandle(1);
     mgmem::MasterBlock* block = gMainZone->blockTable[0];
@@ -225,11 +224,10 @@ TEST_F(TokensTest, NameLiveHandlesOnly) {
     for (uint32_t token :
          {0u, t & ~slots, (t & ~slots) | 10001, t | (0x1FFFFu << 14), blocks | 1, 0xFFFFFFFFu})
         EXPECT_EQ(MemHandleFromToken(token), nullptr) << token;
-    EXPECT_EQ(MemHandleToken(nullptr), 0u);
-    EXPECT_EQ(MemHandleToken(reinterpret_cast<Handle>(gMainZone->masterBlocks)), 0u);
-    MemDisposeHandle(h);
-    EXPECT_EQ(MemHandleToken(h), 0u);
-    EXPECT_EQ(MemHandleFromToken(t), nullptr);
+    ExpectRows({Row(MemHandleToken(nullptr), 0),
+                Row(MemHandleToken(reinterpret_cast<Handle>(gMainZone->masterBlocks)), 0),
+                Row((MemDisposeHandle(h), MemHandleToken(h)), 0),
+                Row(MemHandleFromToken(t) == nullptr, 1)});
 }
 
 // Blocks of several MiB, which the allocator hands to the host with a large-page hint: their
@@ -246,12 +244,11 @@ TEST_F(LargeBlocksTest, BytesComeOutAsWithAnyBlock) {
     Handle h = MemNewHandleClear(6 * kMiB + 1);
     Ptr p = MemNewPtrClear(5 * kMiB + 3);
     ASSERT_TRUE(h && p);
-    EXPECT_EQ(memcmp(*h, zeros.data(), 6 * kMiB + 1), 0);
-    EXPECT_EQ(memcmp(p, zeros.data(), 5 * kMiB + 3), 0);
+    EXPECT_TRUE(!memcmp(*h, zeros.data(), 6 * kMiB + 1) && !memcmp(p, zeros.data(), 5 * kMiB + 3));
     memcpy(*h, pattern.data(), 6 * kMiB + 1);
     ASSERT_EQ(MemResizeHandleClear(h, 12 * kMiB), MgNoError);
-    EXPECT_EQ(memcmp(*h, pattern.data(), 6 * kMiB + 1), 0);
-    EXPECT_EQ(memcmp(*h + 6 * kMiB + 1, zeros.data(), 6 * kMiB - 1), 0);
+    EXPECT_TRUE(!memcmp(*h, pattern.data(), 6 * kMiB + 1) &&
+                !memcmp(*h + 6 * kMiB + 1, zeros.data(), 6 * kMiB - 1));
     MemDisposeHandle(h);
     MemDisposePtr(p);
     Ptr q = MemNewPtr(8 * kMiB);
