@@ -1,5 +1,5 @@
-// The format engine itself: conversions, fields, the output limit, the decimal-mark form
-// and positional parameters.
+// The format engine itself: conversions, fields, the output limit, the decimal-mark form,
+// positional parameters, and the backslash codes read and written back.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -9,104 +9,71 @@
 #include "format/format_helpers.h"
 #include "mg/dbgtools.h"
 #include "mg/format.h"
+#include "support/rows.h"
 
 namespace {
 
 using formattest::Format;
+using namespace mgtest;
 
-struct Case {
-    std::string got;
-    const char* expected;
-};
-
-void ExpectAll(const std::vector<Case>& cases) {
-    for (size_t i = 0; i < cases.size(); ++i)
-        EXPECT_EQ(cases[i].got, cases[i].expected) << "case " << i;
-}
-
-TEST(FormatEngine, Integers) {
+// Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
+// no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
+TEST(FormatEngine, Conversions) {
     int8_t minusOne8 = -1;
-    int16_t minusOne16 = -1;
+    int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
-    uint8_t byte = 200;
+    uint8_t byte = 200, pstr[] = {3, 'x', 'y', 'z'};
     uint64_t big = 0xFFFFFFFF00000005ULL;
     double real = 3.75;
-    ExpectAll({
-        {Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"},
-        {Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"},
-        {Format("%d|%ld|%u|%.3d", INT32_MIN, -1, -1, 7), "-2147483648|-1|4294967295|7"},
-        {Format("%x|%o|%b|%08x", -1, 8, 5, 0xBEEF), "FFFFFFFF|10|101|0000BEEF"},
-        {Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"},
-        {Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"},
-        {Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"},
-        // The low half of a 64-bit cell as iL; the } may be missing.
-        {Format("%.0{iL}f|%{uBd|", &wide, &byte), "5|200|"},
-    });
-}
-
-TEST(FormatEngine, Floats) {
-    double real = 3.75;
     long double extended = 1.25L;
-    ExpectAll({
-        {Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"},
-        {Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
-         "-0.00|   3.142|2.0   |-0001.50"},
-        {Format("%e|%E|%g|%.0e", 1.5, 1.5, 1.5, 12345.0),
-         "1.500000E+0|1.500000E+0|1.500000E+0|1E+4"},
-        {Format("%20e|%40e", 1.0, 1.0),
-         " 1.00000000000000E+0|                   1.0000000000000000E+0"},
-        {Format("%f|%e|%.1{fD}f", 1e308, 0.0, &real), "1.000000E+308|0.000000E+0|3.8"},
-        {Format("%.1{fX}f", &extended), "1.2"},
-        {Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"},
-    });
-}
-
-// Widths are read into 32 bits with no limit check: a longer run wraps, and a width that
-// wraps to a negative number pads nothing.
-TEST(FormatEngine, WidthsThatWrap) {
-    ExpectAll({
-        {Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"},
-        {Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"},
-        {Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"},
-    });
-}
-
-TEST(FormatEngine, StringsCharactersPointsRectangles) {
     const char* text = "abcdef";
-    uint8_t pstr[] = {3, 'x', 'y', 'z'};
     struct {
         int32_t count;
         char text[4];
     } lstr = {4, {'L', 'S', 'T', 'R'}};
-    int16_t rect[4] = {1, 2, -3, 32767};
-    ExpectAll({
-        {Format("%8s|%-8s|%05s", text, text, "ab"), "  abcdef|abcdef  |000ab"},
-        // The precision caps the whole field, padding included.
-        {Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"},
-        {Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"},
-        {Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"},
-        {Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
-         "A|B|AB|ABCD|AB"},
-        {Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
-         "(3,4)|hv(1,-1)|(-32768,0)|"},
-        {Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)"},
-    });
+    ExpectRows(
+        {Row(Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"),
+         Row(Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"),
+         Row(Format("%d|%ld|%u|%.3d", INT32_MIN, -1, -1, 7), "-2147483648|-1|4294967295|7"),
+         Row(Format("%x|%o|%b|%08x", -1, 8, 5, 0xBEEF), "FFFFFFFF|10|101|0000BEEF"),
+         Row(Format("%{iB}x|%{iW}o|%{iB}d", &minusOne8, &minusOne16, &minusOne8), "FF|177777|-1"),
+         Row(Format("%{uB}d|%{uQ}u|%{fD}d", &byte, &big, &real), "200|5|4"),
+         Row(Format("%{*}x|%{x}d|%{iZ}d", int(uB), &byte, 7, 8), "C8|7|8"),
+         // The low half of a 64-bit cell as iL; the } may be missing.
+         Row(Format("%.0{iL}f|%{uBd|", &wide, &byte), "5|200|"),
+         Row(Format("%f|%.2f|%.0f|%.0f", 1.5, 2.675, 2.5, 3.5), "1.500000|2.67|2|4"),
+         Row(Format("%.2f|%8.3f|%-6.1f|%08.2f", -0.001, 3.14159, 2.0, -1.5),
+             "-0.00|   3.142|2.0   |-0001.50"),
+         Row(Format("%e|%E|%g|%.0e", 1.5, 1.5, 1.5, 12345.0),
+             "1.500000E+0|1.500000E+0|1.500000E+0|1E+4"),
+         Row(Format("%20e|%40e", 1.0, 1.0),
+             " 1.00000000000000E+0|                   1.0000000000000000E+0"),
+         Row(Format("%f|%e|%.1{fD}f|%.1{fX}f", 1e308, 0.0, &real, &extended),
+             "1.000000E+308|0.000000E+0|3.8|1.2"),
+         Row(Format("%.2147483647e|", 1.0), "1.0000000000000000E+0|"),
+         Row(Format("%4294967299d|%2147483648d|%-2147483649x", 5, 5, 255), "  5|5|FF"),
+         Row(Format("%2147483648f|%3000000000.1f", 1.5, 2.5), "1.500000|2.5"),
+         Row(Format("%2147483648s|%-3000000000c", "ab", 'c'), "ab|c"),
+         Row(Format("%8s|%-8s|%05s", text, text, "ab"), "  abcdef|abcdef  |000ab"),
+         // The precision caps the whole field, padding included.
+         Row(Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"),
+         Row(Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"),
+         Row(Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"),
+         Row(Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
+             "A|B|AB|ABCD|AB"),
+         Row(Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
+             "(3,4)|hv(1,-1)|(-32768,0)|"),
+         Row(Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)")});
 }
 
 TEST(FormatEngine, LiteralsAndBackslashCodes) {
-    ExpectAll({
-        {Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"},
-        {Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"},
-        {Format("\\41\\4\\4G\\ff"),
-         "A\x04\x04G\x0c"
-         "f"},
-    });
+    ExpectRows({Row(Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"),
+                Row(Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"),
+                Row(Format("\\41\\4\\4G\\ff"), "A\4\4G\14f")});
     const uint8_t withNul[] = {4, 'a', 0, '%', 'd'};  // NUL is an ordinary character
     char out[8];
     ASSERT_EQ(StrFormatFromP(out, withNul, 7), 3);
-    EXPECT_EQ(std::string(out, 3), std::string("a\0"
-                                               "7",
-                                               3));
+    EXPECT_EQ(std::string(out, 3), std::string("a\0007", 3));
 }
 
 // Every size from 0 up gives a prefix of the full text, never a byte more.
@@ -134,38 +101,31 @@ TEST(FormatEngine, OutputCutAtEveryByte) {
             std::string buffer(static_cast<size_t>(full) + 8, '#');
             int32_t n = row.call(buffer.data(), size);
             ASSERT_EQ(n, size < full ? size : full) << row.full << " size " << size;
-            EXPECT_EQ(buffer.substr(0, n), row.full.substr(0, n)) << row.full << " size " << size;
-            EXPECT_EQ(buffer.find_first_not_of('#', n), std::string::npos) << row.full;
+            EXPECT_EQ(buffer, row.full.substr(0, n) + std::string(full + 8 - n, '#'))
+                << row.full << " size " << size;
         }
     }
 }
 
-TEST(FormatEngine, DecimalMarkForm) {
+// The decimal-mark form is set once per call: the second pass starts with the mark the first
+// ended with. A gap in the positions gives no text at all.
+TEST(FormatEngine, DecimalMarkAndPositions) {
     double half = 0.5;
-    ExpectAll({
-        {Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"},
-        {Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"},
-        {Format("%\\2C;%.2f|%';%.1{fD}f", 0.5, &half), "0,50|0'5"},
-        {Format("%,;%d|%x", 1234, 255), "1234|FF"},
-        // Set once per call: the second pass starts with the mark the first ended with.
-        {Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"},
-    });
-}
-
-TEST(FormatEngine, PositionalParameters) {
     uint8_t pstr[] = {2, 'p', 'q'};
     int16_t rect[4] = {1, 2, 3, 4};
-    ExpectAll({
-        {Format("%1$s %2$d %1$s", "a", 7), "a 7 a"},
-        {Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"},
-        {Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
-         "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"},
-        {Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
-         "9876543210"},
-        // A gap in the positions: no text at all.
-        {Format("ab%2$d", 1, 2), ""},
-        {Format("%1$d%3$d", 1, 2, 3), ""},
-    });
+    ExpectRows(
+        {Row(Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"),
+         Row(Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"),
+         Row(Format("%\\2C;%.2f|%';%.1{fD}f", 0.5, &half), "0,50|0'5"),
+         Row(Format("%,;%d|%x", 1234, 255), "1234|FF"),
+         Row(Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"),
+         Row(Format("%1$s %2$d %1$s", "a", 7), "a 7 a"),
+         Row(Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"),
+         Row(Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
+             "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"),
+         Row(Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
+             "9876543210"),
+         Row(Format("ab%2$d", 1, 2), ""), Row(Format("%1$d%3$d", 1, 2, 3), "")});
     // The first pass stops at the limit too: literal text can fill a small buffer before a
     // position is recorded, and the gap then fails the binding.
     char buffer[4];
@@ -184,34 +144,70 @@ TEST(FormatEngine, WritesNoMoreThanItCounts) {
         int32_t n = StrFormat(nullptr, format, 7, 8, 9);
         std::string buffer(static_cast<size_t>(n) + 8, '#');
         EXPECT_EQ(StrFormat(buffer.data(), format, 7, 8, 9), n) << format;
-        EXPECT_EQ(buffer[static_cast<size_t>(n)], 0) << format;
-        EXPECT_EQ(buffer.find_first_not_of('#', static_cast<size_t>(n) + 1), std::string::npos)
-            << format;
+        EXPECT_EQ(buffer.substr(size_t(n)), std::string(1, '\0') + std::string(7, '#')) << format;
     }
-    EXPECT_EQ(Format("ab%1$d%k", 1), "ab");
-    EXPECT_EQ(Format("$%d%k", 5), "$5");
+    ExpectRows({Row(Format("ab%1$d%k", 1), "ab"), Row(Format("$%d%k", 5), "$5")});
     gFailureNoExit = 0;
     gFailureToHost = 1;
 }
 
 // Each specifier failure is reported; the report ends the process with status 1.
 TEST(FormatEngineDeathTest, SpecifierFailures) {
+    // clang-format off
     const char* const formats[] = {
-        "%k",        "%X",         "%i",
-        "%n",        "%a",         "%h",
-        "%l",        "%ld%lh",     "%5",
-        "%-5",       "%.3",        "%{",
-        "%{i",       "%{iB",       "%1$",
-        "%0$d",      "%11$d",      "%1${*}d",
-        "%1$d %d",   "%d %1$d",    "%1$d %1$ld",
-        "%1$s %1$d", "%1$c %1$4c", "%[;d",
-        "%\\s;d",    "%5;",        "%2147483648$d",
-    };
+        "%k", "%X", "%i", "%n", "%a", "%h", "%l", "%ld%lh", "%5", "%-5", "%.3", "%{", "%{i", "%{iB",
+        "%1$", "%0$d", "%11$d", "%1${*}d", "%1$d %d", "%d %1$d", "%1$d %1$ld", "%1$s %1$d",
+        "%1$c %1$4c", "%[;d", "%\\s;d", "%5;", "%2147483648$d"};
+    // clang-format on
     for (const char* format : formats) {
         char buffer[64];
         EXPECT_EXIT(StrFormatN(buffer, sizeof buffer, format, 1, 2, 3),
                     ::testing::ExitedWithCode(1), "Failure")
             << format;
+    }
+}
+
+TEST(Escapes, ParseTable) {
+    // What follows the backslash, the length given, the byte read and the bytes it took.
+    // clang-format off
+    const struct { const char* text; int32_t length; uint8_t byte; int32_t consumed; } cases[] = {
+        {"b", 1, 8, 1}, {"f", 1, 12, 1}, {"n", 1, 10, 1}, {"r", 1, 13, 1}, {"s", 1, 32, 1},
+        {"t", 1, 9, 1}, {"\\", 1, '\\', 1}, {"a", 1, 'a', 1}, {"41x", 3, 0x41, 2},
+        {"FF", 2, 0xFF, 2}, {"7G", 2, 7, 1}, {"9f", 2, 9, 1}, {"3C4", 3, 0x3C, 2},
+        {"A0", 2, 0xA0, 2}, {"e", 1, 'e', 1}, {"", 0, '\\', 0}, {"41", 1, 4, 1}};
+    // clang-format on
+    for (const auto& c : cases) {
+        const uint8_t* start = reinterpret_cast<const uint8_t*>(c.text);
+        const uint8_t* p = start;
+        EXPECT_EQ(ParseEscape(&p, start + c.length), c.byte) << c.text;
+        EXPECT_EQ(p - start, c.consumed) << c.text;
+    }
+}
+
+// Named codes, printable ASCII as itself, other bytes in hex. The wide form has no hex form:
+// what isn't named goes out as itself.
+TEST(Escapes, EmitTable) {
+    // clang-format off
+    const struct { uint16_t c; std::string text; } cases[] = {
+        {8, "\\b"}, {9, "\\t"}, {10, "\\n"}, {12, "\\f"}, {13, "\\r"}, {32, "\\s"}, {92, "\\\\"},
+        {33, "!"}, {'a', "a"}, {126, "~"}, {0, "\\00"}, {11, "\\0B"}, {31, "\\1F"}, {127, "\\7F"},
+        {200, "\\C8"}, {0x263A, ""}};
+    // clang-format on
+    for (const auto& c : cases) {
+        uint8_t buffer[4] = {}, *out = buffer;
+        if (c.c < 256) {
+            const int32_t n = EmitEscape(uint8_t(c.c), &out);
+            EXPECT_EQ(std::string(buffer, out), c.text);
+            EXPECT_TRUE(n == out - buffer && n == EmitEscape(uint8_t(c.c), nullptr)) << c.c;
+        }
+        const std::u16string want =
+            c.text.size() == 2 ? u"\\" + std::u16string(1, c.text[1]) : std::u16string(1, c.c);
+        uint16_t wide[3] = {0xEEEE, 0xEEEE, 0xEEEE}, *w = wide;
+        const int32_t bytes = EmitEscapeWide(c.c, &w);
+        EXPECT_EQ(std::u16string(wide, wide + 3), want + std::u16string(3 - want.size(), 0xEEEE));
+        EXPECT_TRUE(bytes == 2 * (w - wide) && w == wide + want.size() &&
+                    bytes == EmitEscapeWide(c.c, nullptr))
+            << c.c;
     }
 }
 

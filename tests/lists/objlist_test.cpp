@@ -5,71 +5,64 @@
 
 #include <vector>
 
-#include "mg/memory.h"
-#include "support/memory_env.h"
+#include "support/handles.h"
 
 namespace {
 
 using V = std::vector<uint32_t>;
 
-HObjList Make(int32_t blockSize, const V& items) {
-    HObjList list = MemNewHandleClear(blockSize);
+HObjList Make(const V& items) {
+    HObjList list = MemNewHandleClear(16);
     for (uint32_t item : items) EXPECT_EQ(HObjListInsert(list, item, 1 << 30), MgNoError);
     return list;
 }
 
-V Items(HObjList list) {
+// The items, then the block's size and, with `slot`, the first word behind the items.
+V Items(HObjList list, bool slot = false) {
     const int32_t* words = reinterpret_cast<const int32_t*>(*list);
-    return V(words + 1, words + 1 + words[0]);
+    V out(words + 1, words + 1 + words[0]);
+    out.push_back(MemHandleSize(list));
+    if (slot) out.push_back(words[words[0] + 1]);
+    return out;
 }
 
 TEST(HObjList, GrowsAndShrinksBySixteenWithSlack) {
-    HObjList list = Make(16, {});
-    std::vector<int32_t> sizes;
+    HObjList list = Make({});
+    V sizes, removed;
     for (uint32_t i = 1; i <= 8; ++i) {
         HObjListInsert(list, i, i % 2 ? -5 : 99);  // odd ones first, even ones last
         sizes.push_back(MemHandleSize(list));
     }
-    EXPECT_EQ(sizes, (std::vector<int32_t>{16, 16, 16, 32, 32, 32, 32, 48}));
-    sizes.clear();
-    V removed;
-    while (!Items(list).empty()) {
+    while (*reinterpret_cast<int32_t*>(*list) > 0) {
         removed.push_back(HObjListRemoveAt(list, -3));
         sizes.push_back(MemHandleSize(list));
     }
+    EXPECT_EQ(sizes, (V{16, 16, 16, 32, 32, 32, 32, 48, 48, 32, 32, 32, 32, 16, 16, 16}));
     EXPECT_EQ(removed, (V{7, 5, 3, 1, 2, 4, 6, 8}));
-    EXPECT_EQ(sizes, (std::vector<int32_t>{48, 32, 32, 32, 32, 16, 16, 16}));
     EXPECT_EQ(HObjListRemoveAt(list, 0), 0u);
     MemDisposeHandle(list);
 }
 
-TEST(HObjList, SearchRemovalAndFrontWorkFromTheBack) {
-    HObjList list = Make(16, {7, 8, 7, 9});
+// The freed slot is cleared.
+TEST(HObjList, SearchRemovalFrontAndCompact) {
+    HObjList list = Make({7, 8, 7, 9});
     EXPECT_EQ(HObjListIndexOf(list, 7), 2);
     EXPECT_EQ(HObjListBringToFront(list, 7), 1);
-    EXPECT_EQ(Items(list), (V{7, 7, 8, 9}));
-    EXPECT_EQ(HObjListBringToFront(list, 9), 1);
-    EXPECT_EQ(HObjListBringToFront(list, 9), 0);
-    EXPECT_EQ(HObjListBringToFront(list, 5), 0);
-    EXPECT_EQ(Items(list), (V{9, 7, 7, 8}));
-    EXPECT_EQ(HObjListRemove(list, 5), 0);
-    EXPECT_EQ(HObjListRemove(list, 7), 1);
-    EXPECT_EQ(HObjListRemoveAt(list, 99), 8u);
-    EXPECT_EQ(Items(list), (V{9, 7}));
-    EXPECT_EQ(reinterpret_cast<const int32_t*>(*list)[3], 0);  // the freed slot is cleared
+    EXPECT_EQ(Items(list), (V{7, 7, 8, 9, 32}));
+    const int32_t results[] = {HObjListBringToFront(list, 9), HObjListBringToFront(list, 9),
+                               HObjListBringToFront(list, 5), HObjListRemove(list, 5),
+                               HObjListRemove(list, 7),       int32_t(HObjListRemoveAt(list, 99))};
+    EXPECT_EQ(std::vector<int32_t>(results, results + 6), (std::vector<int32_t>{1, 0, 0, 0, 1, 8}));
+    EXPECT_EQ(Items(list, true), (V{9, 7, 16, 0}));
     MemDisposeHandle(list);
-}
-
-TEST(HObjList, CompactDropsZerosAndFitsTheBlock) {
-    HObjList list = Make(16, {0, 4, 0, 0, 5, 0, 6, 0, 0});
-    ASSERT_EQ(MemHandleSize(list), 48);
+    // Compacting drops the zeros and fits the block.
+    list = Make({0, 4, 0, 0, 5, 0, 6, 0, 0});
     EXPECT_EQ(HObjListCompact(list), MgNoError);
-    EXPECT_EQ(Items(list), (V{4, 5, 6}));
-    EXPECT_EQ(MemHandleSize(list), 16);  // (12 + 19) with the low bits cleared
+    EXPECT_EQ(Items(list), (V{4, 5, 6, 16}));  // (12 + 19) with the low bits cleared
     MemDisposeHandle(list);
-    list = Make(16, {0, 4, 5});
+    list = Make({0, 4, 5});
     EXPECT_EQ(HObjListCompact(list), MgNoError);
-    EXPECT_EQ(reinterpret_cast<const int32_t*>(*list)[3], 0);  // the freed slot is cleared
+    EXPECT_EQ(Items(list, true), (V{4, 5, 16, 0}));
     MemDisposeHandle(list);
 }
 

@@ -6,7 +6,7 @@
 #include "memory/zone.h"
 #include "mg/memory.h"
 #include "platform/faults.h"
-#include "support/memory_env.h"
+#include "support/handles.h"
 
 // Counter deltas of one zone across a test step.
 struct CounterDelta {

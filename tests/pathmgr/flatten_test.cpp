@@ -6,6 +6,7 @@ namespace {
 
 using FlatPaths = PathTest;
 using Bytes = std::vector<uint8_t>;
+using namespace mgtest;
 
 Bytes Flatten(Path p) {
     int32_t size = FPathFlatten(p, nullptr);
@@ -16,112 +17,58 @@ Bytes Flatten(Path p) {
     return out;
 }
 
+// "PTH0", the size, kind and count big-endian, then the names; unswapped, the fields keep the
+// host's order.
 TEST_F(FlatPaths, FlattenedBytes) {
-    OwnedPath a(Parse("C:\\a"));
-    EXPECT_EQ(Flatten(a),
-              (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 8, 0, 0, 0, 2, 1, 0x43, 1, 0x61}));
-    OwnedPath empty(FEmptyPath(nullptr));
-    EXPECT_EQ(Flatten(empty), (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 4, 0, 0, 0, 0}));
-    EXPECT_EQ(Flatten(nullptr), (Bytes{0x50, 0x54, 0x48, 0x30, 0, 0, 0, 0, 0, 0, 0, 0}));
-    OwnedPath unc(Parse("\\\\s\\v"));
+    OwnedPath a(Parse("C:\\a")), empty(FEmptyPath(nullptr)), unc(Parse("\\\\s\\v"));
+    EXPECT_EQ(Flatten(a), (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 1, 'a'}));
+    EXPECT_EQ(Flatten(empty), (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 4, 0, 0, 0, 0}));
+    EXPECT_EQ(Flatten(nullptr), (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(Flatten(unc),
               (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 10, 0, 3, 0, 1, 5, '\\', '\\', 's', '\\', 'v'}));
-    // Unswapped, the fields keep the host's order.
+    const int16_t fields[4] = {8, 0, 0, 2};  // size 8 as a little-endian word, kind, count
     uint8_t host[16];
-    EXPECT_EQ(FPathFlattenOrder(a, host, 0), 16);
-    int16_t kind, count;
-    uint32_t size;
-    memcpy(&size, host + 4, 4);
-    memcpy(&kind, host + 8, 2);
-    memcpy(&count, host + 10, 2);
-    EXPECT_EQ(size, 8u);
-    EXPECT_EQ(kind, 0);
-    EXPECT_EQ(count, 2);
+    EXPECT_TRUE(FPathFlattenOrder(a, host, 0) == 16 && memcmp(host + 4, &fields, 8) == 0);
 }
 
-TEST_F(FlatPaths, RoundTrip) {
-    for (const char* text : {"C:\\a\\b", "..\\x", "\\\\s\\v\\a", "", "."}) {
-        SCOPED_TRACE(text);
-        OwnedPath p(Parse(text));
-        Bytes flat = Flatten(p);
-        OwnedPath back;
-        EXPECT_EQ(FPathUnflatten(flat.data(), &back.p), static_cast<int32_t>(flat.size()));
-        EXPECT_EQ(Describe(back), Describe(p));
-        EXPECT_EQ(MemHandleSize(back), MemHandleSize(p));
-        // Into an existing, larger handle.
-        OwnedPath reuse(Parse("C:\\some\\longer\\path"));
-        EXPECT_EQ(FPathUnflattenOrder(flat.data(), &reuse.p, static_cast<int32_t>(flat.size()), 1),
-                  static_cast<int32_t>(flat.size()));
-        EXPECT_EQ(Describe(reuse), Describe(p));
-        // The size query.
-        EXPECT_EQ(FPathUnflatten(flat.data(), nullptr), static_cast<int32_t>(flat.size()));
-    }
-}
-
-TEST_F(FlatPaths, NullForm) {
-    Bytes flat = Flatten(nullptr);
+// The null form reads back as no path; its size query says 8, and 8 bytes are enough to read
+// it. A failure gives the bytes available plus one.
+TEST_F(FlatPaths, NullFormAndFailures) {
+    const Bytes null = Flatten(nullptr), flat = Flatten(OwnedPath(Parse("C:\\a")));
     Path var = nullptr;
-    EXPECT_EQ(FPathUnflatten(flat.data(), &var), 12);
-    EXPECT_EQ(var, nullptr);
-    EXPECT_EQ(FPathUnflatten(flat.data(), nullptr), 8);  // the size query says 8
-    // Only 8 bytes are needed to read it.
-    EXPECT_EQ(FPathUnflattenOrder(flat.data(), &var, 8, 1), 12);
-    OwnedPath existing(Parse("C:\\a"));
-    EXPECT_EQ(FPathUnflattenOrder(flat.data(), &existing.p, 12, 1), 13);
-}
-
-TEST_F(FlatPaths, FailuresAreAvailablePlusOne) {
-    OwnedPath a(Parse("C:\\a"));
-    Bytes flat = Flatten(a);
-    struct Row {
-        int32_t available;
-        int32_t result;
-    } rows[] = {{0, 1}, {3, 4}, {7, 8}, {15, 16}, {16, 16}};
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.available);
-        OwnedPath out;
-        EXPECT_EQ(FPathUnflattenOrder(flat.data(), &out.p, r.available, 1), r.result);
+    OwnedPath existing(Parse("C:\\a")), out;
+    ExpectRows({Row(FPathUnflatten(null.data(), &var), 12), Row(var == nullptr, 1),
+                Row(FPathUnflatten(null.data(), nullptr), 8),
+                Row(FPathUnflattenOrder(null.data(), &var, 8, 1), 12),
+                Row(FPathUnflattenOrder(null.data(), &existing.p, 12, 1), 13)});
+    for (int32_t available : {0, 3, 7, 15}) {
+        OwnedPath none;
+        EXPECT_EQ(FPathUnflattenOrder(flat.data(), &none.p, available, 1), available + 1);
     }
-    OwnedPath out;
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(FPathUnflattenOrder(flat.data(), &out.p, 16, 1), 17);
-    EXPECT_EQ(out.p, nullptr);
+    ExpectRows({Row(FPathUnflattenOrder(flat.data(), &out.p, 16, 1), 16),
+                Row((plat::FailAllocationAt(1), FPathUnflattenOrder(flat.data(), &var, 16, 1)), 17),
+                Row(var == nullptr, 1)});
 }
 
+// The old form: a size, a count and the names, with odd and even component sizes; it leaves
+// slack behind the names. L below 4 is no path at all, and an error when one was expected. A
+// component that runs past the data fails, leaving the partial handle to the caller.
 TEST_F(FlatPaths, OldForm) {
     const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'};
-    OwnedPath p;
-    EXPECT_EQ(FPathUnflattenOrder(relative.data(), &p.p, 12, 1), 12);
-    EXPECT_EQ(Describe(p), "R:a");
-    EXPECT_EQ(MemHandleSize(p), 8);  // the old form leaves slack behind the names
-    EXPECT_EQ(FPathUnflatten(relative.data(), nullptr), 12);
-
-    // Absolute, with odd and even component sizes.
     const Bytes absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0};
-    OwnedPath q;
-    EXPECT_EQ(FPathUnflatten(absolute.data(), &q.p), 14);
-    EXPECT_EQ(Describe(q), "A:C|ab");
-
-    const Bytes none{0, 0, 0, 4, 0, 0, 0, 0};
-    OwnedPath e;
-    EXPECT_EQ(FPathUnflattenOrder(none.data(), &e.p, 8, 1), 8);
-    EXPECT_EQ(Describe(e), "A:");
-
-    // L below 4: no path at all, and an error when one was expected.
-    const Bytes nothing{0, 0, 0, 2, 0, 0};
-    Path var = nullptr;
-    EXPECT_EQ(FPathUnflattenOrder(nothing.data(), &var, 6, 1), 8);
-    EXPECT_EQ(var, nullptr);
-    OwnedPath existing(Parse("a"));
-    EXPECT_EQ(FPathUnflattenOrder(nothing.data(), &existing.p, 6, 1), 7);
-
-    // A component that runs past the data fails, leaving the partial handle to the caller.
+    const Bytes none{0, 0, 0, 4, 0, 0, 0, 0}, nothing{0, 0, 0, 2, 0, 0};
     const Bytes cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
-    OwnedPath partial;
-    EXPECT_EQ(FPathUnflattenOrder(cut.data(), &partial.p, 12, 1), 13);
-    EXPECT_NE(partial.p, nullptr);
-    OwnedPath tiny;
-    EXPECT_EQ(FPathUnflattenOrder(relative.data(), &tiny.p, 7, 1), 8);
+    OwnedPath p, q, e, existing(Parse("a")), partial, tiny;
+    Path var = nullptr;
+    ExpectRows({Row(FPathUnflattenOrder(relative.data(), &p.p, 12, 1), 12), Row(Describe(p), "R:a"),
+                Row(MemHandleSize(p), 8), Row(FPathUnflatten(relative.data(), nullptr), 12),
+                Row(FPathUnflatten(absolute.data(), &q.p), 14), Row(Describe(q), "A:C|ab"),
+                Row(FPathUnflattenOrder(none.data(), &e.p, 8, 1), 8), Row(Describe(e), "A:"),
+                Row(FPathUnflattenOrder(nothing.data(), &var, 6, 1), 8), Row(var == nullptr, 1),
+                Row(FPathUnflattenOrder(nothing.data(), &existing.p, 6, 1), 7),
+                Row(FPathUnflattenOrder(cut.data(), &partial.p, 12, 1), 13),
+                Row(partial.p != nullptr, 1),
+                Row(FPathUnflattenOrder(relative.data(), &tiny.p, 7, 1), 8)});
 }
 
 }  // namespace

@@ -9,17 +9,11 @@
 #include "mg/memory.h"
 #include "mg/path.h"
 #include "platform/faults.h"
-#include "support/memory_env.h"
+#include "support/handles.h"
+#include "support/pstr.h"
+#include "support/rows.h"
 
-// A PStr built from a std::string.
-struct P {
-    uint8_t b[256] = {};
-    explicit P(const std::string& s) {
-        b[0] = static_cast<uint8_t>(s.size());
-        memcpy(b + 1, s.data(), s.size());
-    }
-    operator PStr() { return b; }
-};
+using mgtest::P;
 
 // Owns a path for the length of a test.
 struct OwnedPath {
@@ -44,21 +38,22 @@ inline Path Parse(const std::string& text, int32_t syntax = PathSyntaxWindows) {
 // "A:C|a|b": the kind (A, R, N or U), then the components, with ".." for an up-level one.
 inline std::string Describe(Path p) {
     if (p == nullptr) return "null";
-    const uint8_t* block = *p;
     int16_t kind, count;
-    memcpy(&kind, block, 2);
-    memcpy(&count, block + 2, 2);
-    std::string out(1, "ARNU?"[kind >= 0 && kind <= 3 ? kind : 4]);
-    out += ':';
-    int32_t offset = 4;
-    for (int32_t i = 0; i < count; ++i) {
-        if (i > 0) out += '|';
-        uint8_t length = block[offset];
-        out += length == 0 ? std::string("..")
-                           : std::string(reinterpret_cast<const char*>(block + offset + 1), length);
-        offset += length + 1;
-    }
+    memcpy(&kind, *p, 2);
+    memcpy(&count, *p + 2, 2);
+    std::string out = std::string(1, "ARNU?"[kind >= 0 && kind <= 3 ? kind : 4]) + ':';
+    for (const uint8_t* name = *p + 4; count-- > 0; name += 1 + *name)
+        out += (name == *p + 4 ? "" : "|") + (*name ? P::Text(name) : std::string(".."));
     return out;
+}
+
+// The status of a call and the path it left, as "0 A:C|a". The path is read by reference,
+// after the call, which may have set the variable.
+inline std::string After(MgStatus status, const Path& p) {
+    return std::to_string(status) + " " + Describe(p);
+}
+inline std::string After(MgStatus status, const OwnedPath& p) {
+    return After(status, p.p);
 }
 
 // The text a measure-then-write function gives; the write must match the measure exactly.

@@ -47,15 +47,13 @@ inline int64_t StartProgram(const std::filesystem::path& program,
     std::vector<const char*> argv;
     for (const auto& a : args) argv.push_back(a.c_str());
     argv.push_back(nullptr);
-    plat::ChildSpec child;
-    child.program = name.c_str();
-    child.args = argv.data();
-    child.directory = directory;
-    child.outFile = out;
-    child.errFile = err;
-    child.variable = variable;
-    child.inherit = inherit;
-    return plat::StartChild(child);
+    return plat::StartChild({.program = name.c_str(),
+                             .args = argv.data(),
+                             .directory = directory,
+                             .outFile = out,
+                             .errFile = err,
+                             .inherit = inherit,
+                             .variable = variable});
 }
 
 // Runs `program` with `args` (argv[1]...) in `dir`, stdout and stderr captured into files.

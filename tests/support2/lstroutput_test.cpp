@@ -1,18 +1,20 @@
+// The LStr sink: collects while enabled, copies take text and switch, memory failures.
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "mg/memory.h"
 #include "mg/mxexcept.h"
 #include "mg/stringoutput.h"
 #include "platform/faults.h"
-#include "support/memory_env.h"
+#include "support/handles.h"
+#include "support/rows.h"
 
 namespace {
 
+using namespace mgtest;
+
 std::string TextOf(const LStrOutput& out) {
-    const LStr* l = *out.Text();
-    return std::string(reinterpret_cast<const char*>(l->text), static_cast<size_t>(l->count));
+    return mgtest::LText(*out.Text());
 }
 
 int32_t ViaVPrintf(StringOutput& out, const char* format, ...) {
@@ -23,49 +25,35 @@ int32_t ViaVPrintf(StringOutput& out, const char* format, ...) {
     return r;
 }
 
-TEST(LStrOutput, CollectsOnlyWhileEnabled) {
+TEST(LStrOutput, CollectsOnlyWhileEnabledAndCopies) {
     LStrOutput out;
-    EXPECT_EQ(out.Printf("ignored %ld", 1), 0);
-    EXPECT_EQ(TextOf(out), "");
-    out.SetEnabled(1);
-    const std::string big(700, 'b');  // no 512 limit here
-    EXPECT_EQ(out.Printf("%ld|%s|", 12, "ab"), 0);
-    EXPECT_EQ(ViaVPrintf(out, "%x\\n", 255), 0);
-    EXPECT_EQ(out.Printf("%s", big.c_str()), 0);
+    const std::string big(700, 'b'), text = "12|ab|FF\r\n" + big;  // no 512 limit here
+    ExpectRows({Row(out.Printf("ignored %ld", 1), 0), Row(TextOf(out), ""),
+                Row((out.SetEnabled(1), out.Printf("%ld|%s|", 12, "ab")), 0),
+                Row(ViaVPrintf(out, "%x\\n", 255), 0), Row(out.Printf("%s", big.c_str()), 0)});
+    LStrOutput copy(out), assigned;
     out.SetEnabled(0);
     out.Printf("dropped");
-    EXPECT_EQ(TextOf(out), "12|ab|FF\r\n" + big);
+    copy.Printf("d");
+    assigned = copy;
+    LStrOutput& same = assigned;
+    assigned = same;  // self-assignment keeps the text
+    EXPECT_EQ(assigned.IsEnabled(), 1);
+    assigned.Printf("e");
+    ExpectRows({Row(TextOf(copy), text + "d"), Row(TextOf(assigned), text + "de"),
+                Row(TextOf(out), text)});
 }
 
-TEST(LStrOutput, CopiesTakeTextAndSwitch) {
-    LStrOutput a;
-    a.SetEnabled(1);
-    a.Printf("abc");
-    LStrOutput b(a);
-    b.Printf("d");
-    EXPECT_EQ(TextOf(a), "abc");
-    EXPECT_EQ(TextOf(b), "abcd");
-
-    LStrOutput c;
-    c = b;
-    LStrOutput& same = c;
-    c = same;  // self-assignment keeps the text
-    EXPECT_EQ(c.IsEnabled(), 1);
-    c.Printf("e");
-    EXPECT_EQ(TextOf(c), "abcde");
-    EXPECT_EQ(TextOf(b), "abcd");
-}
-
+// Text that can't get room is lost without a word; construction, copy and assignment throw
+// when their block can't be had.
 TEST(LStrOutput, MemoryFailures) {
     LStrOutput out;
     out.SetEnabled(1);
     out.Printf("kept");
-    plat::FailAllocationAt(1);  // the block can't grow: the text is lost without a word
+    plat::FailAllocationAt(1);
     out.Printf("%s", std::string(500, 'x').c_str());
     plat::ResetFaults();
     EXPECT_EQ(TextOf(out), "kept");
-
-    // Construction, copy and assignment throw when their block can't be had.
     for (int form = 0; form < 3; ++form) {
         LStrOutput target;
         plat::FailAllocationAt(1);
