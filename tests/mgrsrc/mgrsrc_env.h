@@ -14,11 +14,6 @@ inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesy
     return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
 }
 
-inline void WriteBytes(const std::filesystem::path& p, const Bytes& b) {
-    std::ofstream(p, std::ios::binary)
-        .write(reinterpret_cast<const char*>(b.data()), std::streamsize(b.size()));
-}
-
 inline Bytes AsBytes(const std::string& s) {
     return Bytes(s.begin(), s.end());
 }

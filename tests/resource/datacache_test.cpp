@@ -29,7 +29,7 @@ class DataCacheTest : public ResourceTest {
     // Every DATA resource's contents by id, loading as needed.
     std::map<int32_t, Bytes> LoadAll(ResFile f) {
         std::map<int32_t, Bytes> all;
-        for (int32_t id : Ids(f, "DATA")) all[id] = Load(f, "DATA", id);
+        for (const Res& r : Records(f)) all[r.id] = r.data;
         return all;
     }
     void ReleaseAll(ResFile f) {

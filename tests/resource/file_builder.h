@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -104,4 +106,9 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     map.insert(map.end(), names.begin(), names.end());
     Append(file, map);
     return file;
+}
+
+inline void WriteBytes(const std::filesystem::path& p, const Bytes& b) {
+    std::ofstream(p, std::ios::binary)
+        .write(reinterpret_cast<const char*>(b.data()), std::streamsize(b.size()));
 }
