@@ -4,20 +4,8 @@
 // switches the print on, stays silent on the same command lines.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "memory/zone.h"
-#include "mg/dbgtools.h"
-#include "mg/stringoutput.h"
-#include "mxsbutil/options.h"
-#include "platform/faults.h"
+#include "mxsbutil/child_run.h"
 #include "support/host_rules.h"
-#include "support/run_tool.h"
 
 namespace {
 
@@ -25,105 +13,6 @@ const char kUsage[] =
     "# Usage - mxsbutil -c <code name> [<any of the following arguments>]\n"
     "\t-t <type>\tType of external code\n\t-d <directory>\tGive directory of the code\n"
     "\t-v <version>\tSet the MXSB version\n\t-r <resource file>\n\t-vi <vi>\r\n";
-
-// The run starts the memory manager itself, so the LStrOutput is made once a zone is there.
-class LateLStrOutput : public StringOutput {
-  public:
-    int32_t Printf(const char* format, ...) override {
-        va_list args;
-        va_start(args, format);
-        const int32_t n = VPrintf(format, args);
-        va_end(args);
-        return n;
-    }
-    int32_t VPrintf(const char* format, va_list args) override {
-        if (!inner && mgmem::gMemStarted) {
-            inner = std::make_unique<LStrOutput>();
-            inner->SetEnabled(1);
-        }
-        return inner ? inner->VPrintf(format, args) : 0;
-    }
-    std::string Text() const {
-        if (!inner) return "";
-        const LStr* l = *inner->Text();
-        return std::string(reinterpret_cast<const char*>(l->text), l->count);
-    }
-
-  private:
-    std::unique_ptr<LStrOutput> inner;
-};
-
-struct Captured {
-    int status = -1;
-    std::string text;
-};
-
-void DebuggerText(const char* text, void* context) {
-    *static_cast<std::string*>(context) += text;
-}
-
-// The memory manager starts once per process, so each run is a child: this program again,
-// running only the child test below with its orders in the file this variable names (a
-// command line can be longer than a Windows environment variable).
-constexpr const char* kOrders = "MXSB_MESSAGES_CHILD";
-
-// Faults armed in the child just before the run: "read", "seek", "alloc:N", "write:N".
-void Arm(const std::string& fault) {
-    const size_t colon = fault.find(':');
-    const int64_t n = colon == std::string::npos ? 1 : std::stoll(fault.substr(colon + 1));
-    const std::string kind = fault.substr(0, colon);
-    if (kind == "read") plat::FailFileOpAt(plat::kFileRead, n, 6);
-    if (kind == "seek") plat::FailFileOpAt(plat::kFileSeek, n, 6);
-    if (kind == "alloc") plat::FailAllocationAt(n);
-    if (kind == "write") plat::FailFileOpAt(plat::kFileWrite, n, 9);
-}
-
-// Runs the packager with `args` in a child, the memory manager started first when
-// `startMemory` (a command line that fails never starts it), and `fault` armed just before.
-// The text is the LStrOutput's, or the debugger channel's when no zone ever came.
-Captured RunCaptured(const std::vector<std::string>& args, bool startMemory,
-                     const std::string& fault = "") {
-    TempDir scratch;
-    const std::filesystem::path textFile = scratch.path / "text", orders = scratch.path / "orders";
-    {
-        std::ofstream out(orders, std::ios::binary);
-        out << (startMemory ? "1" : "0") << '\x1F' << fault << '\x1F' << textFile.string();
-        for (const auto& a : args) out << '\x1F' << a;
-    }
-    Captured c;
-    const int64_t child =
-        StartTestChild("MessagesChild.DISABLED_Run", kOrders + ("=" + orders.string()));
-    if (child == 0) return c;
-    c.status = plat::WaitChild(child, 20000);
-    c.text = SlurpFile(textFile);
-    return c;
-}
-
-TEST(MessagesChild, DISABLED_Run) {
-    const char* orders = std::getenv(kOrders);
-    ASSERT_NE(orders, nullptr);
-    std::vector<std::string> parts;
-    std::stringstream in(SlurpFile(orders));
-    for (std::string part; std::getline(in, part, '\x1F');) parts.push_back(part);
-    ASSERT_GE(parts.size(), 3u);
-    if (parts[0] == "1") InitMemoryManager();
-    gDebugging = 1;
-    gDPrintfFileMode = 0;
-    auto* sink = new LateLStrOutput;
-    gDebugOutput = sink;
-    std::string debugger;
-    plat::CaptureDebuggerOutput(DebuggerText, &debugger);
-    std::vector<std::string> args = {"mxsbutil"};
-    args.insert(args.end(), parts.begin() + 3, parts.end());
-    std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    Arm(parts[1]);
-    const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
-    plat::CaptureDebuggerOutput(nullptr, nullptr);
-    std::ofstream(parts[2], std::ios::binary) << (mgmem::gMemStarted ? sink->Text() : debugger);
-    std::_Exit(status);
-}
 
 struct Row {
     std::vector<std::string> args;
@@ -135,7 +24,7 @@ void ExpectRows(const std::vector<Row>& rows, bool startMemory, const std::files
     for (const Row& r : rows) {
         std::string line;
         for (const auto& a : r.args) line += a + " ";
-        const Captured c = RunCaptured(r.args, startMemory);
+        const ChildRun c = RunInChild(r.args, "", true, startMemory);
         EXPECT_EQ(c.status, r.status) << line;
         EXPECT_EQ(c.text, r.text) << line;
         if (line.size() > CommandLineLimit()) continue;
@@ -238,7 +127,7 @@ TEST(Messages, InjectedFaults) {
          "RCreateCorrectFile error 9\r\nmxsbutil: error building resource file: 9\r\n"},
     };
     for (const auto& r : rows) {
-        const Captured c = RunCaptured({"-c", "foo", "-d", d}, false, r.fault);
+        const ChildRun c = RunInChild({"-c", "foo", "-d", d}, r.fault, true);
         EXPECT_EQ(c.status, r.status) << r.fault;
         EXPECT_EQ(c.text, r.text) << r.fault;
     }
@@ -249,8 +138,8 @@ TEST(Messages, InjectedFaults) {
     constexpr int64_t kRunAllocations = 60;
     bool sawModule = false, sawTag = false;
     for (int64_t failAt = 2; failAt <= kRunAllocations; ++failAt) {
-        const Captured c =
-            RunCaptured({"-c", "foo", "-d", d}, false, "alloc:" + std::to_string(failAt));
+        const ChildRun c =
+            RunInChild({"-c", "foo", "-d", d}, "alloc:" + std::to_string(failAt), true);
         ASSERT_TRUE(c.status == 0 || c.status == 1 || c.status == 2) << failAt;
         sawModule |= c.text ==
                      "memory error\r\nCouldn't get code resource\r\n"

@@ -1,0 +1,98 @@
+// The child's side of RunInChild: reads its orders, arms the fault, runs the packager, and
+// ends at once with the run's status: nothing is shut down, as in the tool, and what a failed
+// run leaves goes with the process instead of into the leak check.
+#include "mxsbutil/child_run.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+
+#include "memory/zone.h"
+#include "mg/dbgtools.h"
+#include "mg/stringoutput.h"
+#include "mxsbutil/options.h"
+#include "platform/faults.h"
+
+// A sanitizer report must not pass for one of the tool's own statuses 0, 1 or 2.
+extern "C" const char* __asan_default_options() {
+    return "exitcode=99";
+}
+extern "C" const char* __ubsan_default_options() {
+    return "exitcode=98:halt_on_error=1";
+}
+
+namespace {
+
+// The run starts the memory manager itself, so the LStrOutput is made once a zone is there.
+class LateLStrOutput : public StringOutput {
+  public:
+    int32_t Printf(const char* format, ...) override {
+        va_list args;
+        va_start(args, format);
+        const int32_t n = VPrintf(format, args);
+        va_end(args);
+        return n;
+    }
+    int32_t VPrintf(const char* format, va_list args) override {
+        if (!inner && mgmem::gMemStarted) {
+            inner = std::make_unique<LStrOutput>();
+            inner->SetEnabled(1);
+        }
+        return inner ? inner->VPrintf(format, args) : 0;
+    }
+    std::string Text() const {
+        if (!inner) return "";
+        const LStr* l = *inner->Text();
+        return std::string(reinterpret_cast<const char*>(l->text), l->count);
+    }
+
+  private:
+    std::unique_ptr<LStrOutput> inner;
+};
+
+void DebuggerText(const char* text, void* context) {
+    *static_cast<std::string*>(context) += text;
+}
+
+TEST(PackagerChild, DISABLED_Run) {
+    const char* orders = std::getenv(kChildOrders);
+    ASSERT_NE(orders, nullptr);
+    std::vector<std::string> parts;
+    std::stringstream in(SlurpFile(orders));
+    for (std::string part; std::getline(in, part, '\x1F');) parts.push_back(part);
+    ASSERT_GE(parts.size(), 3u);
+    const bool debug = parts[0][0] == '1';
+    if (parts[0][1] == '1') InitMemoryManager();
+    auto* sink = new LateLStrOutput;
+    std::string debugger;
+    if (debug) {
+        gDebugging = 1;
+        gDPrintfFileMode = 0;
+        gDebugOutput = sink;
+        plat::CaptureDebuggerOutput(DebuggerText, &debugger);
+    }
+    std::vector<std::string> args = {"mxsbutil"};
+    args.insert(args.end(), parts.begin() + 3, parts.end());
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    const size_t colon = parts[1].find(':');
+    const int64_t n = colon == std::string::npos ? 1 : std::stoll(parts[1].substr(colon + 1));
+    const std::string kind = parts[1].substr(0, colon);
+    if (kind == "read") plat::FailFileOpAt(plat::kFileRead, n, 6);
+    if (kind == "seek") plat::FailFileOpAt(plat::kFileSeek, n, 6);
+    if (kind == "alloc") plat::FailAllocationAt(n);
+    if (kind == "write") plat::FailFileOpAt(plat::kFileWrite, n, MgDiskFull);
+    const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
+    plat::CaptureDebuggerOutput(nullptr, nullptr);
+    const std::filesystem::path dir = parts[2];
+    std::ofstream(dir / "text", std::ios::binary) << (mgmem::gMemStarted ? sink->Text() : debugger);
+    const bool reached =
+        kind == "alloc" ? plat::AllocationCount() >= n : plat::FileOpCount(plat::kFileWrite) >= n;
+    std::ofstream(dir / "reached") << (reached ? 'y' : 'n');
+    std::_Exit(status);
+}
+
+}  // namespace
