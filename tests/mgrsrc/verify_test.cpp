@@ -4,8 +4,6 @@
 // tool trusts what verify refuses.
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "mgrsrc/mgrsrc_env.h"
 #include "resource/crafted_files.h"
 
@@ -34,72 +32,47 @@ Verified VerifyBytes(const TempDir& dir, const Bytes& file) {
     return {r, FirstErrorOffset(r.out)};
 }
 
-// Where the first fault of each crafted file lies, from the start of its map (maps) or of
-// the file (data). A row added to the corpus without one here fails the test.
-const std::map<std::string, uint32_t> kMapFaultAt = {
-    {"reference list over the type list", kTypeA + 8},
-    {"reference lists over each other", kTypeB + 8},
-    {"reference list over the map header", kTypeA + 8},
-    {"type list inside the map header", 44},
-    {"type list not on a word", 44},
-    {"reference list not on a word", kTypeB + 8},
-    {"type count 7FFFFFFF", kTypeCount},
-    {"reference count 7FFFFFFF", kTypeA + 8},
-    {"reference count below -1", kTypeB + 4},
-};
-
-TEST(MgrsrcVerify, CraftedMapsAreRefusedAtTheirFirstFault) {
+// Each crafted file is reported at its first fault; a refused map is refused by every command,
+// while bad data fails only its own resource.
+TEST(MgrsrcVerify, CraftedFilesAtTheirFirstFault) {
     TempDir dir;
     WriteBytes(dir.path / "g", Base());
-    for (const Spoiled& row : BadMaps()) {
-        SCOPED_TRACE(row.what);
-        auto expected = kMapFaultAt.find(row.what);
-        ASSERT_NE(expected, kMapFaultAt.end()) << "no expected offset for this row";
-        Bytes b = Base();
-        row.spoil(b);
-        Verified v = VerifyBytes(dir, b);
-        EXPECT_EQ(v.verify.status, 2) << v.verify.out;
-        EXPECT_EQ(v.first, MapAt(b) + expected->second) << v.verify.out;
-        // The reader refuses these on opening, and so does verify's summary.
-        EXPECT_EQ(row.open != MgNoError,
-                  v.verify.out.find("the reader refuses to open it") != std::string::npos);
-        for (const std::vector<std::string>& other : {std::vector<std::string>{"list", "f"},
-                                                      {"extract", "--all", "f", "out"},
-                                                      {"diff", "f", "g"},
-                                                      {"diff", "g", "f"}}) {
-            ToolResult r = Mgrsrc(other, dir.path);
-            EXPECT_EQ(r.status, 2) << other[0];
-            EXPECT_EQ(r.out, "") << other[0];
-            EXPECT_NE(r.err.find("not a sound resource file: offset "), std::string::npos) << r.err;
+    for (const auto* rows : {&BadMaps(), &BadData()}) {
+        for (const Spoiled& row : *rows) {
+            SCOPED_TRACE(row.what);
+            Bytes b = Base();
+            row.spoil(b);
+            Verified v = VerifyBytes(dir, b);
+            EXPECT_EQ(v.verify.status, 2) << v.verify.out;
+            const bool refused = row.open != MgNoError;
+            EXPECT_EQ(v.first, refused       ? MapAt(b) + row.faultAt
+                               : row.faultAt ? row.faultAt
+                                             : MapAt(b) + kRefA1 + 12)
+                << v.verify.out;
+            EXPECT_EQ(refused,
+                      v.verify.out.find("the reader refuses to open it") != std::string::npos);
+            if (!refused) {  // the other resources list and extract, the bad one shows no size
+                ToolResult list = Mgrsrc({"list", "f"}, dir.path);
+                EXPECT_EQ(list.status, 0) << list.err;
+                EXPECT_NE(list.out.find(Lined("AAAA 1 \"one\" ? none\n")), std::string::npos)
+                    << list.out;
+                EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "BBBB", "7"}, dir.path).out,
+                          "\5\6\7\10\11");
+                EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "AAAA", "1"}, dir.path).status, 2);
+                EXPECT_EQ(Mgrsrc({"diff", "f", "f"}, dir.path).status, 0);  // equal to itself
+                continue;
+            }
+            for (const std::vector<std::string>& other : {std::vector<std::string>{"list", "f"},
+                                                          {"extract", "--all", "f", "out"},
+                                                          {"diff", "f", "g"},
+                                                          {"diff", "g", "f"}}) {
+                ToolResult r = Mgrsrc(other, dir.path);
+                EXPECT_EQ(r.status, 2) << other[0];
+                EXPECT_EQ(r.out, "") << other[0];
+                EXPECT_NE(r.err.find("not a sound resource file: offset "), std::string::npos)
+                    << r.err;
+            }
         }
-    }
-}
-
-TEST(MgrsrcVerify, CraftedDataFailsOnlyItsResource) {
-    TempDir dir;
-    const std::map<std::string, uint32_t> faultAt = {
-        {"size word far beyond a short file", 32},
-        {"negative size word", 32},
-        {"data offset beyond the section", 0},  // the reference's data offset, below
-    };
-    for (const Spoiled& row : BadData()) {
-        SCOPED_TRACE(row.what);
-        auto expected = faultAt.find(row.what);
-        ASSERT_NE(expected, faultAt.end()) << "no expected offset for this row";
-        Bytes b = Base();
-        row.spoil(b);
-        Verified v = VerifyBytes(dir, b);
-        EXPECT_EQ(v.verify.status, 2) << v.verify.out;
-        const long long at = expected->second ? expected->second : MapAt(b) + kRefA1 + 12;
-        EXPECT_EQ(v.first, at) << v.verify.out;
-        // The file opens; the other resources list and extract, the bad one shows no size.
-        ToolResult list = Mgrsrc({"list", "f"}, dir.path);
-        EXPECT_EQ(list.status, 0) << list.err;
-        EXPECT_NE(list.out.find(Lined("AAAA 1 \"one\" ? none\n")), std::string::npos) << list.out;
-        EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "BBBB", "7"}, dir.path).out, "\5\6\7\10\11");
-        EXPECT_EQ(Mgrsrc({"extract", "-o", "-", "f", "AAAA", "1"}, dir.path).status, 2);
-        // Unreadable data compares equal to itself.
-        EXPECT_EQ(Mgrsrc({"diff", "f", "f"}, dir.path).status, 0);
     }
 }
 
@@ -107,22 +80,21 @@ TEST(MgrsrcVerify, CraftedDataFailsOnlyItsResource) {
 TEST(MgrsrcVerify, HeaderFaults) {
     TempDir dir;
     const struct {
-        const char* what;
         std::function<void(Bytes&)> spoil;
         long long first;  // from the start of the file; -1: from the start of the map
     } rows[] = {
-        {"empty", [](Bytes& b) { b.clear(); }, 0},
-        {"31 bytes", [](Bytes& b) { b.resize(31); }, 0},
-        {"signature", [](Bytes& b) { b[3] = 'X'; }, 0},
-        {"version 1", [](Bytes& b) { b[7] = 1; }, 6},
-        {"line end of a version 3", [](Bytes& b) { b[5] = 0x0D; }, 4},
-        {"map beyond the end", [](Bytes& b) { b.resize(b.size() - 1); }, 16},
-        {"negative map size", [](Bytes& b) { PutBig32(b, 20, 0xFFFFFF00); }, 20},
-        {"copy with another creator", [](Bytes& b) { PutMap32(b, 12, 0x41414141); }, -12},
-        {"name list beyond the map", [](Bytes& b) { PutMap32(b, 48, 0x10000); }, -48},
+        {[](Bytes& b) { b.clear(); }, 0},
+        {[](Bytes& b) { b.resize(31); }, 0},
+        {[](Bytes& b) { b[3] = 'X'; }, 0},                     // signature
+        {[](Bytes& b) { b[7] = 1; }, 6},                       // version 1
+        {[](Bytes& b) { b[5] = 0x0D; }, 4},                    // line end of a version 3
+        {[](Bytes& b) { b.resize(b.size() - 1); }, 16},        // map beyond the end
+        {[](Bytes& b) { PutBig32(b, 20, 0xFFFFFF00); }, 20},   // negative map size
+        {[](Bytes& b) { PutMap32(b, 12, 0x41414141); }, -12},  // copy with another creator
+        {[](Bytes& b) { PutMap32(b, 48, 0x10000); }, -48},     // name list beyond the map
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(row.first);
         Bytes b = Base();
         const long long mapAt = MapAt(b);
         row.spoil(b);
@@ -135,10 +107,6 @@ TEST(MgrsrcVerify, HeaderFaults) {
 // What a reader takes but a maker of files wants to hear about; the file stays sound.
 TEST(MgrsrcVerify, SuspiciousButSound) {
     TempDir dir;
-    auto unsortedV4 = [] {
-        Bytes b = BuildFile({{"AAAA", {{5, "", {1}}, {2, "", {2}}}}}, 4);
-        return b;
-    };
     const struct {
         const char* what;
         Bytes file;
@@ -151,7 +119,9 @@ TEST(MgrsrcVerify, SuspiciousButSound) {
          RunTimeBitsFromTheFile(),
          {"changed bit set in the file", "handle word isn't zero"}},
         {"a gap before the data", DataBehindAGap(8), {}},
-        {"unsorted version 4", unsortedV4(), {"id 2 out of order in a version-4 file"}},
+        {"unsorted version 4",
+         BuildFile({{"AAAA", {{5, "", {1}}, {2, "", {2}}}}}, 4),
+         {"id 2 out of order in a version-4 file"}},
         {"id twice", BuildFile({{"AAAA", {{3, "", {1}}, {3, "", {2}}}}}), {"id 3 appears twice"}},
         {"sound", Base(), {}},
     };
@@ -181,12 +151,7 @@ TEST(MgrsrcVerify, SummaryLine) {
 // A resource file at the end of another is found through its trailer, as the reader does.
 TEST(MgrsrcVerify, EmbeddedFile) {
     TempDir dir;
-    Bytes b(100, 0xEE);
-    const Bytes inner = Base();
-    b.insert(b.end(), inner.begin(), inner.end());
-    const uint32_t at = 100;
-    b.resize(b.size() + 4);
-    memcpy(b.data() + b.size() - 4, &at, 4);  // host order
+    const Bytes b = Embedded(Base(), 100);
     Verified v = VerifyBytes(dir, b);
     EXPECT_EQ(v.verify.status, 0) << v.verify.out;
     ToolResult list = Mgrsrc({"list", "f"}, dir.path);

@@ -50,12 +50,9 @@ TEST_F(HostileTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.at);
-        Bytes outer(8, 0xEE);
-        Append(outer, row.inner);
-        PutBig32(outer, 8 + row.at, row.value);
-        const int32_t at = 8;
-        outer.resize(outer.size() + 4);
-        memcpy(outer.data() + outer.size() - 4, &at, 4);
+        Bytes inner = row.inner;
+        PutBig32(inner, row.at, row.value);
+        const Bytes outer = crafted::Embedded(inner, 8);
         WriteFile("e", outer);
         const int32_t slots = OpenSlots();
         EXPECT_EQ(Open("e", FMModeRead, MgEndOfFile), 0);

@@ -84,11 +84,7 @@ TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
 
 // A resource file carried at the end of another file, found through its last four bytes.
 TEST_F(OpenTest, EmbeddedFileOpensForReadingOnly) {
-    Bytes outer(100, 0xEE);
-    const int32_t base = int32_t(outer.size());
-    Append(outer, Base());
-    outer.resize(outer.size() + 4);
-    memcpy(outer.data() + outer.size() - 4, &base, 4);
+    Bytes outer = crafted::Embedded(Base(), 100);
     WriteFile("outer", outer);
 
     Open("outer", FMModeReadWrite, MgBadResourceFile);
