@@ -1,20 +1,31 @@
+// Failure reports in child processes (death tests): the message on standard error, status 1,
+// and a record appended to the failure log in the temporary directory, set here by the host's
+// variable for it. The log is a text-mode stream: on a host whose text streams end lines with
+// CR LF, the format engine's own CR LF comes out as CR CR LF there. Also the host stubs that
+// print what a report and the packager print.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
+#include <memory>
+#include <regex>
 #include <string>
 
+#include "mg/datetime.h"
 #include "mg/dbgtools.h"
 #include "mg/host.h"
 #include "mg/memory.h"
-#include "mg/pstring.h"
+#include "platform/faults.h"
+#include "support/host_rules.h"
 #include "support/memory_env.h"
+#include "support/run_tool.h"
+#include "support/scoped_variable.h"
 
 namespace {
 
 TEST(StripDirectory, OnlyBackslashSeparates) {
     const struct {
-        const char* in;
-        const char* out;
+        const char *in, *out;
     } rows[] = {
         {"mgsource\\resource\\writeback.cpp", "writeback.cpp"},
         {"a/b/c.cpp", "a/b/c.cpp"},
@@ -31,27 +42,107 @@ TEST(StripDirectory, OnlyBackslashSeparates) {
     }
 }
 
-const char kAdvice[] =
-    "\r\n\r\nFor assistance in resolving this problem, please record the preceding "
-    "information and navigate to https://support\\.meridax\\.example, or contact Meridax "
-    "Technical Support\\.\n$";
+// The test makes a directory and points the host's variable for the temporary directory at
+// it. A death-test child that runs the test afresh (where the host can't fork) inherits the
+// variable and writes its record there too, rather than make a directory of its own.
+class FailureLog : public ::testing::Test {
+  protected:
+    FailureLog() {
+        if (testing::internal::InDeathTestChild()) {
+            path = std::filesystem::temp_directory_path();
+            return;
+        }
+        made = std::make_unique<TempDir>();
+        path = made->path;
+        tmp = std::make_unique<ScopedVariable>(TempVariable(), path.string());
+    }
+    std::string Log() const { return SlurpFile(path / "Meridax_Failure_Log.txt"); }
 
-TEST(FailureReport, PrintsLeafAndLineThenExits) {
-    EXPECT_EXIT(DReportFailure("mgsource\\memory\\handles.cpp", 120, nullptr, "$Revision: 1 $"),
-                ::testing::ExitedWithCode(1),
-                std::string("^Failure : \"handles\\.cpp\" line 120") + kAdvice);
-    EXPECT_EXIT(DReportError("x\\resource", 7, 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
-                std::string("^Error #3:  \"resource\" line 7") + kAdvice);
-    EXPECT_EXIT(DFailure("a/b/c", 9, "detail"), ::testing::ExitedWithCode(1),
-                std::string("^Failure detail: \"a/b/c\" line 9") + kAdvice);
-    EXPECT_EQ(DReportError("x", 1, 0, nullptr, nullptr), 0);  // error 0 reports nothing
+    std::unique_ptr<TempDir> made;
+    std::filesystem::path path;
+    std::unique_ptr<ScopedVariable> tmp;
+    // Line ends in the log: a real one, and the engine's CR LF.
+    const std::string nl = TextLineEnd(), crlf = "\r" + TextLineEnd();
+    const std::string advice =
+        "For assistance in resolving this problem, please record the preceding information and "
+        "navigate to https://support.meridax.example, or contact Meridax Technical Support.";
+};
+
+// A check of the date text: style 9 is no style.
+void FailInFormatDate() {
+    SetApplicationName(nullptr);
+    char buffer[128];
+    FormatDate(0, 9, buffer);
 }
 
-TEST(FailureReport, ReplacementFormatsAreUsed) {
-    // Four unread bytes, then the error format and the failure format.
+TEST_F(FailureLog, EachFailureAppendsOneRecord) {
+    EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
+                "^Failure : \"datetext\\.cpp\" line [0-9]+\r\n\r\nFor assistance[^\n]*\n$");
+    EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
+    const std::string log = Log();
+
+    // Two records, each opened by two empty lines and ####, line by line as laid out.
+    const std::regex record(
+        crlf + crlf + "####" + crlf +
+        "#Date: ([A-Z][a-z]{2}, [A-Z][a-z]{2} [0-9]{1,2}, [0-9]{4} [0-9]{1,2}:[0-9]{2}:[0-9]{2} "
+        "[AP]M)" +
+        crlf + "#Desc: Failure : \"datetext\\.cpp\" line [0-9]+" + crlf + crlf +
+        "For assistance[^\r\n]*" + crlf + "#RCS: \\$Revision: 1 \\$" + crlf +
+        "#OSName: ([^\r\n]*)" + crlf + "#OSVers: " + crlf + "#AppName: mxsbutil" + crlf +
+        "#AppKind: FDS" + crlf + "((0x[0-9A-F]{8,} - [^\r\n]* \\+ [0-9A-F]+" + nl + "){1,15})");
+    int records = 0;
+    for (std::sregex_iterator it(log.begin(), log.end(), record), end; it != end; ++it) {
+        ++records;
+        const std::smatch& m = *it;
+        // The date buffer read as a PStr: its first character is the count, not text.
+        EXPECT_EQ(m[2].str(), m[1].str().substr(1));
+        EXPECT_NE(m[3].str().find("FormatDate"), std::string::npos) << m[3];
+    }
+    EXPECT_EQ(records, 2) << log;
+    EXPECT_EQ(log.rfind(crlf + crlf + "####" + crlf, 0), 0u);  // nothing before the first record
+}
+
+// The leaf of the path and the line; the detail after "Failure"; the error number; the
+// message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
+TEST_F(FailureLog, MessagesAndTheirRecords) {
+    const std::string detail(300, 'd'), cut = "Failure " + std::string(247, 'd');
+    const struct {
+        std::function<void()> report;
+        std::string message, revision;
+    } rows[] = {
+        {[] { DReportFailure("mgsource\\memory\\handles.cpp", 120, nullptr, "$Revision: 1 $"); },
+         "Failure : \"handles.cpp\" line 120\r\n\r\n" + advice, "$Revision: 1 $"},
+        {[] { DReportError("x\\leaf", 7, 3, nullptr, "rev"); },
+         "Error #3:  \"leaf\" line 7\r\n\r\n" + advice, "rev"},
+        {[] { DFailure("a/b/c", 9, "detail"); },
+         "Failure detail: \"a/b/c\" line 9\r\n\r\n" + advice, "$Revision: 1 $"},
+        {[&] { DReportFailure("x\\leaf", 5, detail.c_str(), nullptr); }, cut, "unspecified"},
+    };
+    for (const auto& r : rows) {
+        std::filesystem::remove(path / "Meridax_Failure_Log.txt");
+        EXPECT_EXIT(r.report(), ::testing::ExitedWithCode(1),
+                    "^" + std::regex_replace(r.message, std::regex("[.$()]"), "\\$&") + "\n$");
+        std::string logged = r.message;
+        for (size_t at = 0; (at = logged.find("\r\n", at)) != std::string::npos; at += crlf.size())
+            logged.replace(at, 2, crlf);
+        EXPECT_NE(Log().find("#Desc: " + logged + crlf + "#RCS: " + r.revision + crlf),
+                  std::string::npos)
+            << Log();
+    }
+    // Error 0 reports nothing; without a file the record goes to the debug print, which is
+    // silent while switched off.
+    std::filesystem::remove(path / "Meridax_Failure_Log.txt");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(DReportError("x\\leaf", 5, 0, "detail", "rev"), 0);
+    DWriteFailureLog(reinterpret_cast<const uint8_t*>("\003abc"), nullptr, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(std::filesystem::exists(path / "Meridax_Failure_Log.txt"));
+}
+
+// Four unread bytes, then the error format and the failure format, as PStrs.
+TEST_F(FailureLog, ReplacementFormatsAreUsed) {
     const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
-    ASSERT_NE(h, nullptr);
     memcpy(*h, block.data(), block.size());
     EXPECT_EXIT((DSetFailureFormats(h), DReportFailure("d\\leaf", 5, "x", nullptr)),
                 ::testing::ExitedWithCode(1), "^Fx leaf 5\n$");
@@ -60,7 +151,9 @@ TEST(FailureReport, ReplacementFormatsAreUsed) {
     MemDisposeHandle(h);
 }
 
-TEST(FailureReport, EmptiesTheOutOfMemoryRecord) {
+// A report empties the record of a failed allocation first; the record's own checks are
+// failures.
+TEST_F(FailureLog, EmptiesTheOutOfMemoryRecord) {
     MemClearOutOfMemory();
     MemSetOutOfMemory(64, 0);
     MemReportOutOfMemory(0, 3);
@@ -72,44 +165,40 @@ TEST(FailureReport, EmptiesTheOutOfMemoryRecord) {
     MemClearOutOfMemory();
 }
 
-TEST(PackedList, GetClampsTheIndex) {
-    const std::string block = std::string("\0\0\0\0", 4) + "\1a" + "\2bc" + std::string(1, '\0');
-    Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
-    memcpy(*h, block.data(), block.size());
-    const int32_t count = 3;
-    memcpy(*h, &count, 4);
-    const struct {
-        int32_t index;
-        const char* want;
-    } rows[] = {{-5, "a"}, {0, "a"}, {1, "bc"}, {2, ""}, {3, ""}, {99, ""}};
-    for (const auto& r : rows) {
-        ConstPStr p = PListGet(h, r.index);
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(p) + 1, p[0]), r.want) << r.index;
+// With no usable directory for the log (the temporary directory's path too long) or no sink
+// to write it, the record is lost and the process still ends with the report. The child alone
+// takes the unusable directory, and works in one of the test's (a name that the long
+// directory can't take is taken as it stands), as the framework keeps its files in the parent's.
+TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
+    const std::string longDir = (path / std::string(140, 'n') / std::string(140, 'n')).string();
+    std::error_code ignored;  // a host may refuse so long a name; the log's name is too long anyway
+    std::filesystem::create_directories(longDir, ignored);
+    const std::string shortDir = path.string();
+    std::filesystem::create_directory(path / "cwd");
+    for (const auto& [tmpDir, failNew] :
+         {std::pair<std::string, int64_t>{longDir, 0}, {shortDir, 2}}) {
+        EXPECT_EXIT(
+            (std::filesystem::current_path(path / "cwd"),
+             plat::SetVariable(TempVariable(), tmpDir.c_str()), plat::FailGlobalNewAt(failNew),
+             DReportFailure("d\\leaf", 3, nullptr, nullptr)),
+            ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
+        EXPECT_FALSE(std::filesystem::exists(tmpDir + "/Meridax_Failure_Log.txt"));
     }
-    MemDisposeHandle(h);
 }
 
-TEST(HostStubs, PrintfFormatsOneLineAndCounts) {
+TEST(HostStubs, PrintWriteAndConfig) {
     const int32_t before = gHostPrintCount;
-    const std::string longText(600, 'x');
     testing::internal::CaptureStderr();
     EXPECT_EQ(HostPrintf("plain"), before + 1);
     EXPECT_EQ(HostPrintf("%d\\n%s", 42, "x"), before + 2);  // the engine's own line end
-    EXPECT_EQ(HostPrintf("%s", longText.c_str()), before + 3);
+    EXPECT_EQ(HostPrintf("%s", std::string(600, 'x').c_str()), before + 3);
     gHostPrintBusy = 1;  // as if called from within the formatting
     EXPECT_EQ(HostPrintf("unseen"), before + 3);
     gHostPrintBusy = 0;
+    HostWritePStr(reinterpret_cast<const uint8_t*>(""), 0);
+    HostWritePStr(reinterpret_cast<const uint8_t*>("\003abc"), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "plain\n42\r\nx\n" + std::string(512, 'x') + "\n");
-}
-
-TEST(HostStubs, WriteAndConfig) {
-    testing::internal::CaptureStderr();
-    const uint8_t empty[1] = {0};
-    HostWritePStr(empty, 0);
-    const uint8_t text[4] = {3, 'a', 'b', 'c'};
-    HostWritePStr(text, 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nabc\n");
+              "plain\n42\r\nx\n" + std::string(512, 'x') + "\n\nabc\n");
     int32_t value = 42;
     EXPECT_EQ(HostConfigRead(0, "useLocaleDecimalPt", &value), 20);
     EXPECT_EQ(value, 42);

@@ -86,13 +86,6 @@ class ResourceTest : public ::testing::Test {
         EXPECT_EQ(RGetNamed(f, T(type), PS(P(name)), &h), MgNoError) << type << " " << name;
         return h ? Contents(h) : Bytes();
     }
-    // The ids of a type in index order.
-    static std::vector<int32_t> Ids(ResFile f, const char* type) {
-        std::vector<int32_t> ids;
-        for (const Res& r : Records(f))
-            if (r.type == type) ids.push_back(r.id);
-        return ids;
-    }
     static int32_t FileAttrs(ResFile f) {
         int32_t attrs = -1;
         EXPECT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
