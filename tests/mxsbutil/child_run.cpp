@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 #include <sstream>
 
-#include "memory/zone.h"
 #include "mg/dbgtools.h"
 #include "mg/stringoutput.h"
 #include "mxsbutil/options.h"
@@ -25,36 +23,14 @@ extern "C" const char* __ubsan_default_options() {
 
 namespace {
 
-// The run starts the memory manager itself, so the LStrOutput is made once a zone is there.
-class LateLStrOutput : public StringOutput {
-  public:
-    int32_t Printf(const char* format, ...) override {
-        va_list args;
-        va_start(args, format);
-        const int32_t n = VPrintf(format, args);
-        va_end(args);
-        return n;
+// The debug print's tee: every line as formatted, with the engine's CR LF.
+struct TextSink : FormattingStringOutput {
+    void Output(const char* format, va_list args) override {
+        text.append(buffer, size_t(FormatInto(buffer, kOutputLimit, format, args)));
     }
-    int32_t VPrintf(const char* format, va_list args) override {
-        if (!inner && mgmem::gMemStarted) {
-            inner = std::make_unique<LStrOutput>();
-            inner->SetEnabled(1);
-        }
-        return inner ? inner->VPrintf(format, args) : 0;
-    }
-    std::string Text() const {
-        if (!inner) return "";
-        const LStr* l = *inner->Text();
-        return std::string(reinterpret_cast<const char*>(l->text), l->count);
-    }
-
-  private:
-    std::unique_ptr<LStrOutput> inner;
+    std::string text;
+    char buffer[kBufferSize];
 };
-
-void DebuggerText(const char* text, void* context) {
-    *static_cast<std::string*>(context) += text;
-}
 
 TEST(PackagerChild, DISABLED_Run) {
     const char* orders = std::getenv(kChildOrders);
@@ -63,15 +39,11 @@ TEST(PackagerChild, DISABLED_Run) {
     std::stringstream in(SlurpFile(orders));
     for (std::string part; std::getline(in, part, '\x1F');) parts.push_back(part);
     ASSERT_GE(parts.size(), 3u);
-    const bool debug = parts[0][0] == '1';
-    if (parts[0][1] == '1') InitMemoryManager();
-    auto* sink = new LateLStrOutput;
-    std::string debugger;
-    if (debug) {
+    TextSink sink;
+    if (parts[0] == "1") {
         gDebugging = 1;
         gDPrintfFileMode = 0;
-        gDebugOutput = sink;
-        plat::CaptureDebuggerOutput(DebuggerText, &debugger);
+        gDebugOutput = &sink;
     }
     std::vector<std::string> args = {"mxsbutil"};
     args.insert(args.end(), parts.begin() + 3, parts.end());
@@ -86,9 +58,8 @@ TEST(PackagerChild, DISABLED_Run) {
     if (kind == "alloc") plat::FailAllocationAt(n);
     if (kind == "write") plat::FailFileOpAt(plat::kFileWrite, n, MgDiskFull);
     const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
-    plat::CaptureDebuggerOutput(nullptr, nullptr);
     const std::filesystem::path dir = parts[2];
-    std::ofstream(dir / "text", std::ios::binary) << (mgmem::gMemStarted ? sink->Text() : debugger);
+    std::ofstream(dir / "text", std::ios::binary) << sink.text;
     const bool reached =
         kind == "alloc" ? plat::AllocationCount() >= n : plat::FileOpCount(plat::kFileWrite) >= n;
     std::ofstream(dir / "reached") << (reached ? 'y' : 'n');

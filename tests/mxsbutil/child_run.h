@@ -20,16 +20,14 @@ struct ChildRun {
 };
 
 // Runs the packager on `args` with `fault` armed just before ("read", "seek", "alloc:N",
-// "write:N"); with `debug`, DPrintf switched on and teed into an LStrOutput, the memory
-// manager started first when `startMemory` (a command line that fails never starts it).
+// "write:N"); with `debug`, DPrintf switched on and its text kept.
 inline ChildRun RunInChild(const std::vector<std::string>& args, const std::string& fault = "",
-                           bool debug = false, bool startMemory = false) {
+                           bool debug = false) {
     TempDir scratch;
     const std::filesystem::path orders = scratch.path / "orders";
     {
         std::ofstream out(orders, std::ios::binary);
-        out << (debug ? "1" : "0") << (startMemory ? "1" : "0") << '\x1F' << fault << '\x1F'
-            << scratch.path.string();
+        out << (debug ? "1" : "0") << '\x1F' << fault << '\x1F' << scratch.path.string();
         for (const auto& a : args) out << '\x1F' << a;
     }
     ChildRun c;

@@ -14,51 +14,13 @@ const char kUsage[] =
     "\t-t <type>\tType of external code\n\t-d <directory>\tGive directory of the code\n"
     "\t-v <version>\tSet the MXSB version\n\t-r <resource file>\n\t-vi <vi>\r\n";
 
-struct Row {
-    std::vector<std::string> args;
-    int status;
-    std::string text;
-};
-
-void ExpectRows(const std::vector<Row>& rows, bool startMemory, const std::filesystem::path& dir) {
-    for (const Row& r : rows) {
-        std::string line;
-        for (const auto& a : r.args) line += a + " ";
-        const ChildRun c = RunInChild(r.args, "", true, startMemory);
-        EXPECT_EQ(c.status, r.status) << line;
-        EXPECT_EQ(c.text, r.text) << line;
-        if (line.size() > CommandLineLimit()) continue;
-        const ToolResult real = RunTool(r.args, dir);
-        EXPECT_EQ(real.status, r.status) << line;
-        EXPECT_EQ(real.out + real.err, "") << line;
-    }
-}
-
-TEST(Messages, CommandLine) {
+// Each message as the print would give it, and the real program silent with the same status.
+// Last, failures the real program can't be made to meet: a module read or seek that fails (the
+// build goes on with what the block holds), allocations and writes that fail (a package that
+// doesn't reach the disk fails the run).
+TEST(Messages, EveryComplaint) {
     TempDir dir;
-    const std::string u = kUsage;
-    ExpectRows(
-        {
-            {{"-c", "a", "b"}, 1, "multiple name arguments not allowed\r\n"},
-            {{"b", "-c", "a", "-x"}, 1, "multiple name arguments not allowed\r\n"},
-            {{"-c", "a", "-v", "12"}, 1, "version must be one digit\r\n"},
-            {{"-c", "a", "-dir", "x"}, 1, "mxsbutil: \"-dir\" is not an option.\r\n" + u},
-            {{}, 1, "mxsbutil: needs a -c [code name] option\r\n" + u},
-            {{"-c", "a", "-t", "MXSB"},
-             1,
-             "mxsbutil: External subroutines are no longer supported\r\n" + u},
-            {{"-c", "a", "-t", "foo", "-d"},
-             1,
-             "mxsbutil: has an unrecognized type 'foo '\r\n" + u},
-            {{"-c", "a", "-d"}, 1, "mxsbutil - needs an -d [code directory] option\r\n" + u},
-            {{"-c", "a", "-t"}, 1, "mxsbutil: \"-t\" needs a value.\r\n" + u},
-        },
-        true, dir.path);
-}
-
-TEST(Messages, PackageRun) {
-    TempDir dir;
-    const std::string d = dir.path.string() + plat::DirectorySeparator();
+    const std::string d = dir.path.string() + plat::DirectorySeparator(), u = kUsage;
     std::ofstream(dir.path / "foo.dll") << "code";
     std::ofstream(dir.path / "other.dll") << "more";
     std::ofstream(dir.path / "dir.dll") << "code";
@@ -66,70 +28,65 @@ TEST(Messages, PackageRun) {
     ASSERT_EQ(RunTool({"-c", "other", "-d", d}, dir.path).status, 0);  // a resource file
     std::string deep;  // more names than a path holds
     for (int i = 0; i < 33000; ++i) deep += std::string("a") + plat::DirectorySeparator();
-    ExpectRows(
-        {
-            {{"-c", "none", "-d", d},
-             2,
-             "FMOpen error 7 on path " + d +
-                 "none.dll\r\nCouldn't get code resource\r\n"
-                 "mxsbutil: error building resource file: 1\r\n"},
-            {{"-c", "foo", "-d", d + deep},
-             2,
-             "FTextToPath error: 1\r\nmxsbutil: error building resource file: 1\r\n"},
-            {{"-c", "foo", "-d", d, "-vi", d + deep}, 1, "mxsbutil: FTextToPath error\r\n"},
-            {{"-c", "foo", "-d", d, "-vi", d + "other.msb"},
-             2,
-             "VI must already have 'foo.msb' loaded in.\r\n"
-             "couldn't get resource named 'foo.msb' in VI '" +
-                 d +
-                 "other.msb'\r\n"
-                 "mxsbutil: error building resource file: 15\r\n"},
-            {{"-c", "foo", "-d", d, "-r", d + "none.rsrc"},
-             2,
-             "ROpenFile error 7 on " + d +
-                 "none.rsrc (3)\r\n"
-                 "error adding additional resources\r\n"
-                 "mxsbutil: error building resource file: 7\r\n"},
-            {{"-c", "foo", "-d", d, "-vi", d + "foo.dll"},
-             2,
-             "error 13 opening new code resource's resource file\r\n"
-             "mxsbutil: error building resource file: 13\r\n"},
-            {{"-c", "dir", "-d", d},
-             2,
-             "RCreateCorrectFile error 8\r\nmxsbutil: error building resource file: 8\r\n"},
-            {{"-c", "foo", "-d", d, "-r", d + "other.msb"},
-             2,
-             "didn't add resource type PLAT, id 0, 'other'\r\nRSetAttrs error 15\r\n"
-             "error adding additional resources\r\n"
-             "mxsbutil: error building resource file: 15\r\n"},
-        },
-        false, dir.path);
-}
-
-// Failures the real program can't be made to meet: a module read or seek that fails (the
-// build goes on with what the block holds), and allocations that fail.
-TEST(Messages, InjectedFaults) {
-    TempDir dir;
-    const std::string d = dir.path.string() + plat::DirectorySeparator();
-    std::ofstream(dir.path / "foo.dll") << "code";
+    const std::string built = "mxsbutil: error building resource file: ";
+    const std::vector<std::string> run = {"-c", "foo", "-d", d};
     const struct {
-        const char* fault;
+        std::vector<std::string> args;
         int status;
-        std::string text;
+        std::string text, fault = "";
     } rows[] = {
-        {"read", 0, "FMRead error 6\r\n"},
-        {"seek", 0, "FMSeek error 6\r\n"},
-        {"alloc:1", 1, "mxsbutil: not enough memory\n"},
-        // A package that doesn't reach the disk fails the run.
-        {"write:2", 2,
-         "resource error 9 on RCloseFile\r\nmxsbutil: error building resource file: 9\r\n"},
-        {"write:1", 2,
-         "RCreateCorrectFile error 9\r\nmxsbutil: error building resource file: 9\r\n"},
+        {{"-c", "a", "b"}, 1, "multiple name arguments not allowed\r\n"},
+        {{"b", "-c", "a", "-x"}, 1, "multiple name arguments not allowed\r\n"},
+        {{"-c", "a", "-v", "12"}, 1, "version must be one digit\r\n"},
+        {{"-c", "a", "-dir", "x"}, 1, "mxsbutil: \"-dir\" is not an option.\r\n" + u},
+        {{}, 1, "mxsbutil: needs a -c [code name] option\r\n" + u},
+        {{"-c", "a", "-t", "MXSB"},
+         1,
+         "mxsbutil: External subroutines are no longer supported\r\n" + u},
+        {{"-c", "a", "-t", "foo", "-d"}, 1, "mxsbutil: has an unrecognized type 'foo '\r\n" + u},
+        {{"-c", "a", "-d"}, 1, "mxsbutil - needs an -d [code directory] option\r\n" + u},
+        {{"-c", "a", "-t"}, 1, "mxsbutil: \"-t\" needs a value.\r\n" + u},
+        {{"-c", "none", "-d", d},
+         2,
+         "FMOpen error 7 on path " + d + "none.dll\r\nCouldn't get code resource\r\n" + built +
+             "1\r\n"},
+        {{"-c", "foo", "-d", d + deep}, 2, "FTextToPath error: 1\r\n" + built + "1\r\n"},
+        {{"-c", "foo", "-d", d, "-vi", d + deep}, 1, "mxsbutil: FTextToPath error\r\n"},
+        {{"-c", "foo", "-d", d, "-vi", d + "other.msb"},
+         2,
+         "VI must already have 'foo.msb' loaded in.\r\ncouldn't get resource named 'foo.msb' in VI "
+         "'" +
+             d + "other.msb'\r\n" + built + "15\r\n"},
+        {{"-c", "foo", "-d", d, "-r", d + "none.rsrc"},
+         2,
+         "ROpenFile error 7 on " + d + "none.rsrc (3)\r\nerror adding additional resources\r\n" +
+             built + "7\r\n"},
+        {{"-c", "foo", "-d", d, "-vi", d + "foo.dll"},
+         2,
+         "error 13 opening new code resource's resource file\r\n" + built + "13\r\n"},
+        {{"-c", "dir", "-d", d}, 2, "RCreateCorrectFile error 8\r\n" + built + "8\r\n"},
+        {{"-c", "foo", "-d", d, "-r", d + "other.msb"},
+         2,
+         "didn't add resource type PLAT, id 0, 'other'\r\nRSetAttrs error 15\r\nerror adding "
+         "additional "
+         "resources\r\n" +
+             built + "15\r\n"},
+        {run, 0, "FMRead error 6\r\n", "read"},
+        {run, 0, "FMSeek error 6\r\n", "seek"},
+        {run, 1, "mxsbutil: not enough memory\r\n", "alloc:1"},
+        {run, 2, "resource error 9 on RCloseFile\r\n" + built + "9\r\n", "write:2"},
+        {run, 2, "RCreateCorrectFile error 9\r\n" + built + "9\r\n", "write:1"},
     };
     for (const auto& r : rows) {
-        const ChildRun c = RunInChild({"-c", "foo", "-d", d}, r.fault, true);
-        EXPECT_EQ(c.status, r.status) << r.fault;
-        EXPECT_EQ(c.text, r.text) << r.fault;
+        std::string line = r.fault + ": ";
+        for (const auto& a : r.args) line += a + " ";
+        const ChildRun c = RunInChild(r.args, r.fault, true);
+        EXPECT_EQ(c.status, r.status) << line;
+        EXPECT_EQ(c.text, r.text) << line;
+        if (!r.fault.empty() || line.size() > CommandLineLimit()) continue;
+        const ToolResult real = RunTool(r.args, dir.path);
+        EXPECT_EQ(real.status, r.status) << line;
+        EXPECT_EQ(real.out + real.err, "") << line;
     }
 
     // Every allocation of a run fails in turn (a run makes fewer than kRunAllocations); among
