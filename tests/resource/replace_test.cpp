@@ -18,6 +18,21 @@ Bytes Fill(size_t size, int32_t seed) {
     return b;
 }
 
+std::vector<Res> Join(const std::vector<std::vector<Res>>& parts) {
+    std::vector<Res> all;
+    for (const auto& p : parts) all.insert(all.end(), p.begin(), p.end());
+    return all;
+}
+
+// Some data in front that stays, some that moves, one resource changed, one added, one gone.
+const std::vector<Res> kKept = {{"AAAA", 1, "", Fill(1300000, 1)}, {"AAAA", 2, "two", Fill(10, 2)}},
+                       kLater = {{"AAAA", 4, "", Fill(70000, 4)}, {"AAAA", 5, "", Fill(3, 5)}};
+const std::vector<TypeLayout>
+    kOld = Layout(
+        Join({kKept, {{"AAAA", 3, "", Fill(5000, 3)}}, kLater, {{"BBBB", 1, "", Fill(7, 6)}}})),
+    kNew = Layout(Join(
+        {kKept, {{"AAAA", 3, "", Fill(6000, 33)}}, kLater, {{"CCCC", 9, "nine", Fill(9, 9)}}}));
+
 class ReplaceTest : public ResourceTest {
   protected:
     // Old or new, by everything the file holds.
@@ -25,44 +40,19 @@ class ReplaceTest : public ResourceTest {
         const std::vector<Res> held = FileRecords(FilePath("f"));
         return held == Flat(older) ? "old" : held == Flat(newer) ? "new" : "neither";
     }
+    // Makes kNew of kOld in memory.
+    static ResFile Edit(ResFile f) {
+        Handle h = Get(f, "AAAA", 3);
+        const Bytes d = Fill(6000, 33);
+        EXPECT_EQ(MemSetHandleBytes(&h, d.data(), int32_t(d.size())), MgNoError);
+        EXPECT_EQ(RChanged(h), MgNoError);
+        h = Get(f, "BBBB", 1);
+        EXPECT_EQ(RRemove(h, f), MgNoError);
+        MemDisposeHandle(h);
+        AddData(f, "CCCC", 9, Fill(9, 9), "nine");
+        return f;
+    }
 };
-
-// Some data in front that stays, some that moves, one resource changed, one added, one gone.
-const std::vector<TypeLayout> kOld = {
-    {"AAAA",
-     {{1, "", Fill(1300000, 1)},
-      {2, "two", Fill(10, 2)},
-      {3, "", Fill(5000, 3)},
-      {4, "", Fill(70000, 4)},
-      {5, "", Fill(3, 5)}}},
-    {"BBBB", {{1, "", Fill(7, 6)}}},
-};
-const std::vector<TypeLayout> kNew = {
-    {"AAAA",
-     {{1, "", Fill(1300000, 1)},
-      {2, "two", Fill(10, 2)},
-      {3, "", Fill(6000, 33)},
-      {4, "", Fill(70000, 4)},
-      {5, "", Fill(3, 5)}}},
-    {"CCCC", {{9, "nine", Fill(9, 9)}}},
-};
-
-// Opens the file and makes kNew of kOld in memory.
-ResFile Edit(ResFile f) {
-    Handle h = nullptr;
-    EXPECT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
-    EXPECT_EQ(MemResizeHandle(h, 6000), MgNoError);
-    const Bytes d = Fill(6000, 33);
-    memcpy(*h, d.data(), d.size());
-    EXPECT_EQ(RChanged(h), MgNoError);
-    EXPECT_EQ(RGet(f, T("BBBB"), 1, &h), MgNoError);
-    EXPECT_EQ(RRemove(h, f), MgNoError);
-    MemDisposeHandle(h);
-    h = MemNewHandle(9);
-    memcpy(*h, Fill(9, 9).data(), 9);
-    EXPECT_EQ(RAdd(h, f, T("CCCC"), 9, PS(P("nine"))), MgNoError);
-    return f;
-}
 
 TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
     const Bytes original = BuildFile(kOld);
@@ -149,27 +139,19 @@ TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
 
 // The child's side: ends at once with a status that says how far it got.
 TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
-    const char* name = std::getenv(kChildFile);
-    ASSERT_NE(name, nullptr);
+    const std::string name = std::getenv(kChildFile);
     const KillLayouts layouts;
-    Path p = nullptr;
-    if (FTextToPath(reinterpret_cast<const uint8_t*>(name), int32_t(strlen(name)), &p))
-        std::_Exit(2);
     ResFile f = 0;
-    if (ROpenFile(p, FMModeReadWrite, &f, nullptr, nullptr)) std::_Exit(3);
+    if (ROpenFile(NewPath(name), FMModeReadWrite, &f, nullptr, nullptr)) std::_Exit(3);
     for (const auto& r : layouts.newer[0].refs) {
-        Handle h = nullptr;
-        if (RGet(f, T("AAAA"), r.id, &h)) std::_Exit(4);
+        Handle h = Get(f, "AAAA", r.id);
         memcpy(*h, r.data.data(), r.data.size());
         RChanged(h);
     }
-    Handle h = MemNewHandle(5);
-    memcpy(*h, layouts.newer[1].refs[0].data.data(), 5);
-    if (RAdd(h, f, T("CCCC"), 1, nullptr)) std::_Exit(5);
-    std::ofstream(std::string(name) + ".ready") << "r";
-    const std::filesystem::path go = std::string(name) + ".go";
+    AddData(f, "CCCC", 1, layouts.newer[1].refs[0].data);
+    std::ofstream(name + ".ready") << "r";
     for (auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-         !std::filesystem::exists(go);)
+         !std::filesystem::exists(name + ".go");)
         if (std::chrono::steady_clock::now() > until) std::_Exit(6);
     std::_Exit(RCloseFile(f) ? 7 : 0);
 }

@@ -75,10 +75,15 @@ class ResourceTest : public ::testing::Test {
         return h;
     }
     static Bytes Contents(Handle h) { return Bytes(*h, *h + MemHandleSize(h)); }
-    // The contents of a resource, loaded by id or by name; empty when the load fails.
-    static Bytes Load(ResFile f, const char* type, int32_t id) {
+    // A resource loaded by id; null when the load fails.
+    static Handle Get(ResFile f, const char* type, int32_t id) {
         Handle h = nullptr;
         EXPECT_EQ(RGet(f, T(type), id, &h), MgNoError) << type << " " << id;
+        return h;
+    }
+    // The contents of a resource, loaded by id or by name; empty when the load fails.
+    static Bytes Load(ResFile f, const char* type, int32_t id) {
+        Handle h = Get(f, type, id);
         return h ? Contents(h) : Bytes();
     }
     static Bytes LoadNamed(ResFile f, const char* type, const std::string& name) {
