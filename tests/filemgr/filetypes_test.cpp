@@ -52,6 +52,14 @@ ResType T(const char* s) {
     return MgResType(s);
 }
 
+Path PosixPath(const std::string& text) {
+    Path p = nullptr;
+    EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
+                                &p, PathSyntaxPosix),
+              MgNoError);
+    return p;
+}
+
 TEST_F(FileTypes, TypeOfName) {
     struct {
         const char* name;
@@ -71,18 +79,12 @@ TEST_F(FileTypes, TypeOfName) {
     EXPECT_EQ(FTypeOfName(Name("a.txt").b), T("OTHR"));
     FSetTypeTables(nullptr, nullptr);
     EXPECT_EQ(FTypeOfName(Name("a.txt").b), 0u);
-}
-
-TEST_F(FileTypes, TypeOfPathTakesTheLastName) {
-    const std::string text = "/dir.txt/pic.pct";
-    Path p = nullptr;
-    ASSERT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
-                                &p, PathSyntaxPosix),
-              MgNoError);
+    // A path's type is its last name's; the empty path has none.
+    FSetTypeTables(primary, secondary);
+    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
     EXPECT_EQ(FTypeOfPath(p), T("PICT"));
-    FPathRelease(p);
-    Path root = FEmptyPath(nullptr);
     EXPECT_EQ(FTypeOfPath(root), 0u);
+    FPathRelease(p);
     FPathRelease(root);
 }
 
@@ -136,10 +138,7 @@ TEST_F(FileTypes, CountWordIsTrustedOnlyWithinTheBlock) {
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
-    Path p = nullptr;
-    ASSERT_EQ(
-        FTextToPathSyntax(reinterpret_cast<const uint8_t*>("a/b.txt"), 7, &p, PathSyntaxPosix),
-        MgNoError);
+    Path p = PosixPath("a/b.txt");
     EXPECT_DEATH(FTypeOfPath(p), "");
     FPathRelease(p);
 }

@@ -25,27 +25,16 @@ TEST_F(DirsTest, LinksPlayShortcuts) {
     OwnedPath p(dir.path.string());
     OwnedHandle names, types;
     ASSERT_EQ(FDirEntries(p, names, types), MgNoError);
-    struct Row {
-        const char* name;
-        uint32_t flags;
-    } expected[] = {{"b.txt", EntryIsFile},
-                    {"c", 0},
-                    {"dangling", EntryIsFile | EntryIsShortcut | EntryUnreadable},
-                    {"link-dir", EntryIsShortcut},
-                    {"link-file", EntryIsFile | EntryIsShortcut},
-                    {"to-root", EntryIsShortcut | EntryHasType}};
-    std::vector<std::string> listed = Names(names);
-    ASSERT_EQ(listed.size(), std::size(expected));
-    for (int32_t i = 0; i < int32_t(std::size(expected)); ++i) {
-        SCOPED_TRACE(expected[i].name);
-        EXPECT_EQ(listed[i], expected[i].name);
-        EXPECT_EQ(Record(types, i).flags, expected[i].flags);
-        if (expected[i].flags & EntryHasType) {
-            EXPECT_TRUE(IsVolumeKind(Record(types, i).type));
-        } else {
-            EXPECT_EQ(Record(types, i).type, 0u);
-        }
-    }
+    Entries listed = EntriesOf(names, types);
+    ASSERT_EQ(listed.size(), 6u);
+    EXPECT_TRUE(IsVolumeKind(std::get<2>(listed[5])));  // the root's kind of volume
+    std::get<2>(listed[5]) = 0;
+    EXPECT_EQ(listed, (Entries{{"b.txt", EntryIsFile, 0},
+                               {"c", 0, 0},
+                               {"dangling", EntryIsFile | EntryIsShortcut | EntryUnreadable, 0},
+                               {"link-dir", EntryIsShortcut, 0},
+                               {"link-file", EntryIsFile | EntryIsShortcut, 0},
+                               {"to-root", EntryIsShortcut | EntryHasType, 0}}));
 
     // A path through a link resolves to the real directory, the missing rest kept.
     OwnedPath viaLink(Name("link-dir/leaf"));
@@ -85,13 +74,11 @@ TEST_F(DirsTest, TheRootIsADirectory) {
 TEST_F(DirsTest, DrivesAreTheMountedFileSystems) {
     OwnedHandle names, types;
     ASSERT_EQ(FDriveEntries(names, types), MgNoError);
-    std::vector<std::string> drives = Names(names);
+    const std::vector<std::string> drives = Names(names);
     EXPECT_NE(std::find(drives.begin(), drives.end(), "/"), drives.end());
     ASSERT_EQ(MemHandleSize(types), 8 * static_cast<int32_t>(drives.size()));
-    for (size_t i = 0; i < drives.size(); ++i) {
-        EXPECT_EQ(Record(types, i).flags, uint32_t(EntryHasType)) << drives[i];
-        EXPECT_TRUE(IsVolumeKind(Record(types, i).type)) << drives[i];
-    }
+    for (const auto& [name, flags, type] : EntriesOf(names, types))
+        EXPECT_TRUE(flags == EntryHasType && IsVolumeKind(type)) << name;
 }
 
 // Names the Windows grammar refuses are ordinary names here.

@@ -18,11 +18,10 @@ TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
     const std::vector<std::string> drives = Names(names);
     const std::string ours = dir.path.root_name().string().substr(0, 1);
     EXPECT_NE(std::find(drives.begin(), drives.end(), ours), drives.end()) << ours;
-    for (size_t i = 0; i < drives.size(); ++i) {
-        EXPECT_TRUE(drives[i].size() == 1 && drives[i][0] >= 'A' && drives[i][0] <= 'Z');
-        EXPECT_EQ(Record(types, i).flags, uint32_t(EntryHasType)) << drives[i];
-        EXPECT_TRUE(IsVolumeKind(Record(types, i).type)) << drives[i];
-    }
+    for (const auto& [name, flags, type] : EntriesOf(names, types))
+        EXPECT_TRUE(name.size() == 1 && name[0] >= 'A' && name[0] <= 'Z' && flags == EntryHasType &&
+                    IsVolumeKind(type))
+            << name;
     Path top = FEmptyPath(nullptr);
     OwnedHandle listed;
     ASSERT_EQ(FDirEntries(top, listed, nullptr), MgNoError);
