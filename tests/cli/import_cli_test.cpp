@@ -1,8 +1,6 @@
 // Whole runs with -r (resources copied into the package) and -vi (an existing file updated in
 // place). Packages are read back with the resource manager itself.
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <tuple>
 
 #include "resource/crafted_files.h"

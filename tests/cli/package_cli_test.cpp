@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <fstream>
-#include <string>
-#include <vector>
 
 #include "support/host_rules.h"
 #include "support/run_tool.h"

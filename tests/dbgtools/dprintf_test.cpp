@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"
 #include "mg/stringoutput.h"

@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <regex>
-#include <string>
 
 #include "mg/datetime.h"
 #include "mg/dbgtools.h"

@@ -1,11 +1,7 @@
 // Listings, entry information, permissions, making and removing, places and range locks: what
 // every host does alike. Each host's own decisions are in posix/ and win32/.
-#include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "filemgr/dirs_env.h"
 #include "mg/filetypes.h"

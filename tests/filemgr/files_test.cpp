@@ -1,10 +1,8 @@
 // Opening, reading, seeking and the share modes of open files; the status of each errno.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <sstream>
 
 #include "filemgr/dirs_env.h"

@@ -1,7 +1,6 @@
 // Memory images and dates: files in memory, the image of an open file against what the disk
 // gets, and modification dates by file and by path. Random edit sessions and their images are
 // the property test's.
-#include <filesystem>
 
 #include "platform/platform.h"
 #include "resource/resmap.h"

@@ -1,5 +1,4 @@
 // Headers, maps and the table of open files.
-#include <functional>
 
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"

@@ -1,10 +1,6 @@
 // A write-back replaces the file in one step: whatever stops it - a failing write, flush or
 // rename, or the process being killed - the file afterwards is the old one or the new one.
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "resource/resource_env.h"

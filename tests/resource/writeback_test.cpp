@@ -1,5 +1,4 @@
 // The write-back pass: what reaches the disk, and how failures leave the file.
-#include <filesystem>
 
 #include "resource/resource_env.h"
 

@@ -1,12 +1,10 @@
 // What a POSIX host decides where the other host's notions have no POSIX meaning: links play
 // shortcuts, "/" is an ordinary directory, drives and volumes are mount points, the mode bits
 // are the permissions, and names the Windows grammar refuses are ordinary.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "filemgr/dirs_env.h"
 #include "support/memory_env.h"

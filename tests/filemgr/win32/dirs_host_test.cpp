@@ -1,9 +1,7 @@
 // What a Windows host decides: the drives are letters, the empty path is the level above them,
 // a path's volume is its drive, and the grammar refuses the names the host reserves.
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "filemgr/dirs_env.h"
 #include "support/memory_env.h"

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <tuple>
