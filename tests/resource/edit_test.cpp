@@ -53,10 +53,8 @@ TEST_F(EditTest, NamedLookupsMatchTheWholeNameWithinTheType) {
 TEST_F(EditTest, LoadsOnceDetachAndRelease) {
     WriteFile("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
     ResFile f = Open("a");
-    Handle h1 = nullptr, h2 = nullptr;
     const int64_t reads = plat::FileOpCount(plat::kFileRead);
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h1), MgNoError);
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h2), MgNoError);
+    Handle h1 = Get(f, "AAAA", 1), h2 = Get(f, "AAAA", 1);
     EXPECT_EQ(h1, h2);
     EXPECT_EQ(plat::FileOpCount(plat::kFileRead) - reads, 1);  // one window fill, once
     int32_t size = 0;
@@ -86,8 +84,7 @@ TEST_F(EditTest, LoadsOnceDetachAndRelease) {
 TEST_F(EditTest, ProtectedReadOnlyAndUnknownHandles) {
     WriteFile("a", BuildFile({{"AAAA", {{1, "", {1}, RAttrProtected}, {2, "", {2}}}}}));
     ResFile f = Open("a");
-    Handle p = nullptr, q = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &p), MgNoError);
+    Handle p = Get(f, "AAAA", 1);
     EXPECT_EQ(RRemove(p, f), MgResourceNotFound);
     Handle stranger = MemNewHandle(4);
     EXPECT_EQ(RRemove(stranger, f), MgResourceNotFound);
@@ -100,7 +97,7 @@ TEST_F(EditTest, ProtectedReadOnlyAndUnknownHandles) {
     MemDisposeHandle(p);
 
     f = Open("a", FMModeRead);
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &q), MgNoError);
+    Handle q = Get(f, "AAAA", 2);
     EXPECT_EQ(RChanged(q), MgNoPermission);
     EXPECT_EQ(RSetAttrs(q, 0), MgNoPermission);
     EXPECT_EQ(RRemove(q, f), MgNoPermission);

@@ -84,7 +84,7 @@ TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoadAndKeepsTheFileOpen) {
             EXPECT_EQ(Load(f, "AAAA", 2), Bytes{4});
             EXPECT_EQ(LoadNamed(f, "BBBB", "seven"), (Bytes{5, 6, 7, 8, 9}));
             if (mode == FMModeReadWrite) {
-                ASSERT_EQ(RGet(f, T("BBBB"), 7, &h), MgNoError);
+                h = Get(f, "BBBB", 7);
                 ASSERT_EQ(MemResizeHandle(h, 0), MgNoError);
                 ASSERT_EQ(RChanged(h), MgNoError);
                 EXPECT_EQ(RCloseFile(f), MgEndOfFile);
@@ -154,8 +154,7 @@ TEST_F(HostileTest, OddLayoutsAreWrittenBackCorrectly) {
             SCOPED_TRACE(testing::Message() << row.a2.size() << (inPlace ? " in place" : " new"));
             WriteFile("o", row.file);
             ResFile f = Open("o");
-            Handle b7 = nullptr;
-            ASSERT_EQ(RGet(f, T("BBBB"), 7, &b7), MgNoError);
+            Handle b7 = Get(f, "BBBB", 7);
             ASSERT_EQ(MemResizeHandle(b7, 6), MgNoError);
             (*b7)[5] = 10;
             ASSERT_EQ(RChanged(b7), MgNoError);

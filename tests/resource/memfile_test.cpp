@@ -28,9 +28,8 @@ class MemImage : public ResourceTest {
 TEST_F(MemImage, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
     WriteFile("u", BuildFile({{"DATA", {{1, "", Bytes(8, 1)}, {2, "", {2}}, {3, "", {3}}}}}));
     ResFile f = Open("u");
-    Handle first = nullptr, second = nullptr;
-    ASSERT_EQ(RGet(f, T("DATA"), 1, &first), MgNoError);
-    ASSERT_EQ(RGet(f, T("DATA"), 2, &second), MgNoError);
+    Handle first = Get(f, "DATA", 1);
+    Get(f, "DATA", 2);
     ASSERT_EQ(MemResizeHandle(first, 100), MgNoError);
     Handle image = reinterpret_cast<Handle>(1);
     EXPECT_EQ(RGetMemFileHandle(f, &image), MgBadArgument);

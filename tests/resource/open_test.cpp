@@ -90,8 +90,7 @@ TEST_F(OpenTest, EmbeddedFileOpensForReadingOnly) {
     ResFile f = Open("outer", FMModeRead);
     EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
     EXPECT_EQ(LoadNamed(f, "AAAA", "ONE"), (Bytes{1, 2, 3}));
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 1);
     EXPECT_EQ(RChanged(h), MgNoPermission);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(ReadFile("outer"), outer);

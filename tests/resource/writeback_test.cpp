@@ -25,8 +25,7 @@ TEST_F(WriteBackTest, OnlyADirtyFileIsWritten) {
     WriteFile("u", original);
     const auto before = std::filesystem::last_write_time(FilePath("u"));
     ResFile f = Open("u");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 2);
     const int64_t writes = plat::FileOpCount(plat::kFileWrite);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(plat::FileOpCount(plat::kFileWrite), writes);
@@ -34,7 +33,7 @@ TEST_F(WriteBackTest, OnlyADirtyFileIsWritten) {
     EXPECT_EQ(std::filesystem::last_write_time(FilePath("u")), before);
 
     f = Open("u");
-    ASSERT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
+    h = Get(f, "AAAA", 3);
     ASSERT_EQ(RSetAttrs(h, RAttrProtected), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(FileRecords(FilePath("u")).at(2), (Res{"AAAA", 3, "", Bytes(3, 3), RAttrProtected}));
@@ -55,8 +54,7 @@ TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
 TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
     WriteFile("m", BuildFile(kThree));
     ResFile f = Open("m");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 2);
     (*h)[0] = 0x55;
     ASSERT_EQ(RChanged(h), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
@@ -76,8 +74,7 @@ TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
 TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
     WriteFile("e", BuildFile({{"AAAA", {{1, "", {1}}}}}));
     ResFile f = Open("e");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 1);
     ASSERT_EQ(RRemove(h, f), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
     MemDisposeHandle(h);
