@@ -144,13 +144,10 @@ TEST_F(EditTest, UniqueIds) {
 }
 
 TEST_F(EditTest, StringAndPathGetters) {
-    Bytes longList;
-    AppendBig32(longList, 2);
-    AppendBig32(longList, 5);
-    Append(longList, {'h', 'e', 'l', 'l', 'o', 0, 0, 0});
-    AppendBig32(longList, 2);
-    Append(longList, {'o', 'k', 0, 0});
-    Bytes negative = longList;  // a count below zero holds no entry
+    // Two LStrs, each padded to a word, behind a count; a count below zero holds no entry.
+    const Bytes longList = {0,   0, 0, 2, 0, 0, 0, 5, 'h', 'e', 'l', 'l',
+                            'o', 0, 0, 0, 0, 0, 0, 2, 'o', 'k', 0,   0};
+    Bytes negative = longList;
     negative[0] = 0x80;
     Path p = MakePath("x/y");
     Bytes flat(1024);

@@ -32,9 +32,9 @@ const std::vector<TypeLayout>
 class ReplaceTest : public ResourceTest {
   protected:
     // Old or new, by everything the file holds.
-    std::string Which(const std::vector<TypeLayout>& older, const std::vector<TypeLayout>& newer) {
+    std::string Which(const std::vector<Res>& older, const std::vector<Res>& newer) {
         const std::vector<Res> held = FileRecords(FilePath("f"));
-        return held == Flat(older) ? "old" : held == Flat(newer) ? "new" : "neither";
+        return held == older ? "old" : held == newer ? "new" : "neither";
     }
     // Makes kNew of kOld in memory.
     static ResFile Edit(ResFile f) {
@@ -52,6 +52,7 @@ class ReplaceTest : public ResourceTest {
 
 TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
     const Bytes original = BuildFile(kOld);
+    const std::vector<Res> olds = Flat(kOld), news = Flat(kNew);
     for (plat::FileOp op :
          {plat::kFileWrite, plat::kFileFlush, plat::kFileReplace, plat::kFileTruncate}) {
         for (int64_t n = 1;; ++n) {
@@ -71,7 +72,7 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
                 EXPECT_EQ(Load(f, "AAAA", 4), Fill(70000, 4));
                 ASSERT_EQ(RCloseFile(f), MgNoError);
             }
-            EXPECT_EQ(Which(kOld, kNew), "new");
+            EXPECT_EQ(Which(olds, news), "new");
             if (!reached) break;
         }
     }
@@ -98,6 +99,7 @@ constexpr const char* kChildFile = "MXSB_REPLACE_CHILD";
 TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
     const KillLayouts layouts;
     const Bytes original = BuildFile(layouts.older);
+    const std::vector<Res> older = Flat(layouts.older), newer = Flat(layouts.newer);
     const std::filesystem::path ready = FilePath("f") + ".ready", go = FilePath("f") + ".go";
     // Returns the milliseconds from the go to the child's end or kill.
     auto run = [&](int32_t killAfterMs) {
@@ -120,12 +122,12 @@ TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
                            .count());
     };
     const int32_t whole = run(-1);
-    ASSERT_EQ(Which(layouts.older, layouts.newer), "new");
+    ASSERT_EQ(Which(older, newer), "new");
     int32_t olds = 0, news = 0;
     constexpr int32_t kPoints = 30;
     for (int32_t k = 0; k < kPoints; ++k) {
         run(whole * k / (kPoints - 4));  // the last few land after the end
-        const std::string which = Which(layouts.older, layouts.newer);
+        const std::string which = Which(older, newer);
         ASSERT_TRUE(which == "old" || which == "new") << which << " at point " << k;
         (which == "old" ? olds : news) += 1;
     }

@@ -65,7 +65,7 @@ inline std::vector<Res> Records(ResFile f) {
             EXPECT_EQ(RGetAttrs(h, &r.attrs), MgNoError);
             r.name.assign(reinterpret_cast<const char*>(name + 1), name[0]);
             r.data.assign(*h, *h + MemHandleSize(h));
-            out.push_back(r);
+            out.push_back(std::move(r));
         }
     }
     return out;
@@ -78,7 +78,7 @@ inline std::vector<Res> FileRecords(const std::string& file) {
     const MgStatus opened = ROpenFile(p, FMModeRead, &f, nullptr, nullptr);
     FPathRelease(p);
     if (opened) return {};
-    const std::vector<Res> records = Records(f);
+    std::vector<Res> records = Records(f);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     return records;
 }

@@ -58,7 +58,7 @@ Bytes Data(uint8_t choice, int32_t seed) {
 
 // Every case makes and syncs files: fewer, longer sessions keep the suite's time, unless
 // RC_PARAMS asks otherwise.
-[[maybe_unused]] const int kCases = setenv("RC_PARAMS", "max_success=30", 0);
+[[maybe_unused]] const int kCases = setenv("RC_PARAMS", "max_success=25", 0);
 
 using Step = std::tuple<uint8_t, uint8_t, uint8_t, uint8_t>;  // operation, file, type, detail
 
