@@ -14,15 +14,13 @@ void Collect(const char* text, void* context) {
 }
 
 // dprintf.txt lies beside the program: this suite's is the only one that writes it.
-std::filesystem::path DPrintfFile() {
-    return ThisProgram().parent_path() / "dprintf.txt";
-}
+const std::filesystem::path kFile = ThisProgram().parent_path() / "dprintf.txt";
 
 // Switched on, with no file unless a test asks, and the debugger channel collected.
 class DebugPrintOn : public ::testing::Test {
   protected:
     void SetUp() override {
-        std::filesystem::remove_all(DPrintfFile());
+        std::filesystem::remove_all(kFile);
         gDebugging = 1;
         gDPrintfFileMode = 0;
         plat::CaptureDebuggerOutput(Collect, &debugger);
@@ -32,7 +30,7 @@ class DebugPrintOn : public ::testing::Test {
         DebugExit();
         gDebugging = 0;
         gDPrintfFileMode = 1;
-        std::filesystem::remove_all(DPrintfFile());
+        std::filesystem::remove_all(kFile);
     }
     std::string debugger;
 };
@@ -43,30 +41,25 @@ TEST_F(DebugPrintOn, SwitchCountsAndCuts) {
     gDebugging = 0;
     gDPrintfFileMode = 1;
     const int32_t before = gDPrintfCount;
-    EXPECT_EQ(DPrintf("x %d", 1), 0);
-    EXPECT_STREQ(DSPrintf("x %d", 1), "");
-    EXPECT_EQ(DPrintWarn("f", 1, "x"), 0);
-    StopHere("x");
-    EXPECT_EQ(debugger, "");
-    EXPECT_EQ(DPrintfRaw("raw"), before + 1);
+    EXPECT_EQ(std::make_tuple(DPrintf("x %d", 1), std::string(DSPrintf("x %d", 1)),
+                              DPrintWarn("f", 1, "x"), StopHere("x"), DPrintfRaw("raw")),
+              std::make_tuple(0, "", 0, 0, before + 1));
     EXPECT_EQ(debugger, "raw\n");
-    EXPECT_FALSE(std::filesystem::exists(DPrintfFile()));
-
+    EXPECT_FALSE(std::filesystem::exists(kFile));
     gDebugging = 1;
     gDPrintfFileMode = 0;
     debugger.clear();
-    const std::string longText(600, 'y');
+    const std::string longText(600, 'y'), cut(512, 'y');
     EXPECT_EQ(DPrintf("a%d%s", 1, "\\n"), before + 2);  // an argument's backslash stays
     EXPECT_EQ(DPrintf("%s", longText.c_str()), before + 3);
     EXPECT_EQ(DPrintfRaw(longText.c_str()), before + 4);
     EXPECT_EQ(StopHere("here"), 0);
     StopHere(nullptr);
-    EXPECT_EQ(debugger, "a1\\n\n" + std::string(512, 'y') + "\n" + std::string(512, 'y') +
-                            "\nStopHere: here\nStopHere: \n");
-    EXPECT_STREQ(DSPrintf("%s", longText.c_str()), std::string(512, 'y').c_str());
+    EXPECT_EQ(debugger, "a1\\n\n" + cut + "\n" + cut + "\nStopHere: here\nStopHere: \n");
+    EXPECT_EQ(DSPrintf("%s", longText.c_str()), cut);
     gDPrintfBusy = 1;  // as inside a DPrintf
-    EXPECT_EQ(DPrintf("nested"), 0);
-    EXPECT_STREQ(DSPrintf("nested"), "");
+    EXPECT_EQ(std::make_pair(DPrintf("nested"), std::string(DSPrintf("nested"))),
+              std::make_pair(0, std::string()));
     gDPrintfBusy = 0;
     EXPECT_EQ(gDPrintfCount, before + 6);
 }
@@ -83,27 +76,25 @@ TEST_F(DebugPrintOn, TheFile) {
         DPrintfRaw("raw");
         DPrintSeverity("", 0, "W: ", "bare");
         EXPECT_EQ(debugger, "a\nb2\nraw\nbare\n");
-        if (mode == 2) {  // flushed line by line
-            EXPECT_EQ(SlurpFile(DPrintfFile()), "a\r\nb2\r\nraw\r\nbare\r\n");
-        }
+        const std::string flushed = mode == 2 ? SlurpFile(kFile) : "a\r\nb2\r\nraw\r\nbare\r\n";
         DebugExit();
         EXPECT_EQ(gDPrintfFileMode, 0);
-        EXPECT_EQ(SlurpFile(DPrintfFile()), "a\r\nb2\r\nraw\r\nbare\r\n") << mode;
+        EXPECT_EQ(SlurpFile(kFile), flushed) << mode;
+        EXPECT_EQ(SlurpFile(kFile), "a\r\nb2\r\nraw\r\nbare\r\n") << mode;
     }
-    std::filesystem::remove_all(DPrintfFile());
-    std::filesystem::create_directory(DPrintfFile());
+    std::filesystem::remove_all(kFile);
+    std::filesystem::create_directory(kFile);
     const int32_t before = gDPrintfCount;
     for (bool raw : {false, true}) {
         debugger.clear();
         gDPrintfFileMode = 1;
-        if (raw) DPrintfRaw("z");
-        if (!raw) DPrintf("x");
+        raw ? DPrintfRaw("z") : DPrintf("x");
         EXPECT_EQ(gDPrintfFileMode, 0);
         DPrintf("y");
         EXPECT_EQ(debugger, raw ? "z\n Can't create dprintf.txt\ny\n" : "x\ny\n");
     }
     EXPECT_EQ(gDPrintfCount, before + 5);
-    EXPECT_TRUE(std::filesystem::is_directory(DPrintfFile()));
+    EXPECT_TRUE(std::filesystem::is_directory(kFile));
 }
 
 TEST_F(DebugPrintOn, TeeIntoTheExtraSink) {
@@ -123,21 +114,15 @@ TEST_F(DebugPrintOn, TeeIntoTheExtraSink) {
 }
 
 TEST_F(DebugPrintOn, SeverityForms) {
-    const struct {
-        int32_t (*print)(const char*, int32_t, const char*);
-        const char* file;
-        const char* line;
-    } rows[] = {
-        {DPrintInfo, "name", "name(12) :I: message\n"},
-        {DPrintWarn, "dir\\name.cpp", "dir\\name.cpp(12) :W: message\n"},
-        {DPrintError, "name", "name(12) :E: message\n"},
-        {DPrintWarn, "", "message\n"},
-        {DPrintError, nullptr, "message\n"},
-    };
-    for (const auto& r : rows) {
+    for (const auto& [print, file, line] :
+         {std::tuple{&DPrintInfo, "name", "name(12) :I: message\n"},
+          {&DPrintWarn, "dir\\name.cpp", "dir\\name.cpp(12) :W: message\n"},
+          {&DPrintError, "name", "name(12) :E: message\n"},
+          {&DPrintWarn, "", "message\n"},
+          {&DPrintError, nullptr, "message\n"}}) {
         debugger.clear();
-        EXPECT_EQ(r.print(r.file, 12, "message"), 0);
-        EXPECT_EQ(debugger, r.line);
+        EXPECT_EQ(print(file, 12, "message"), 0);
+        EXPECT_EQ(debugger, line);
     }
 }
 

@@ -23,21 +23,16 @@
 namespace {
 
 TEST(StripDirectory, OnlyBackslashSeparates) {
-    const struct {
-        const char *in, *out;
-    } rows[] = {
-        {"mgsource\\resource\\writeback.cpp", "writeback.cpp"},
-        {"a/b/c.cpp", "a/b/c.cpp"},
-        {"leaf", "leaf"},
-        {"\\x", "x"},
-        {"dir\\", ""},
-        {"", ""},
-    };
-    for (const auto& r : rows) {
+    for (const auto& [in, out] : {std::pair{"mgsource\\resource\\writeback.cpp", "writeback.cpp"},
+                                  {"a/b/c.cpp", "a/b/c.cpp"},
+                                  {"leaf", "leaf"},
+                                  {"\\x", "x"},
+                                  {"dir\\", ""},
+                                  {"", ""}}) {
         char buf[64];
-        strcpy(buf, r.in);
+        strcpy(buf, in);
         DStripDirectory(buf);
-        EXPECT_STREQ(buf, r.out) << r.in;
+        EXPECT_STREQ(buf, out) << in;
     }
 }
 
@@ -199,9 +194,9 @@ TEST(HostStubs, PrintWriteAndConfig) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "plain\n42\r\nx\n" + std::string(512, 'x') + "\n\nabc\n");
     int32_t value = 42;
-    EXPECT_EQ(HostConfigRead(0, "useLocaleDecimalPt", &value), 20);
-    EXPECT_EQ(value, 42);
     char name[4096];
+    EXPECT_EQ(std::make_pair(HostConfigRead(0, "useLocaleDecimalPt", &value), value),
+              std::make_pair(20, 42));
     EXPECT_GT(HostGetModuleFileName(nullptr, name, sizeof name), 0);
 }
 

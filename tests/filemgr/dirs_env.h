@@ -46,18 +46,13 @@ inline std::vector<std::string> Names(Handle names) {
     return out;
 }
 
-inline DirEntryRecord Record(Handle types, int32_t i) {
-    DirEntryRecord r;
-    memcpy(&r, *types + 8 * i, 8);
-    return r;
-}
-
 // A listing's names with their records' flags and types.
 using Entries = std::vector<std::tuple<std::string, uint32_t, ResType>>;
 inline Entries EntriesOf(Handle names, Handle types) {
     Entries out;
     for (const std::string& name : Names(names)) {
-        const DirEntryRecord r = Record(types, int32_t(out.size()));
+        DirEntryRecord r;
+        memcpy(&r, *types + 8 * out.size(), 8);
         out.emplace_back(name, r.flags, r.type);
     }
     return out;

@@ -29,28 +29,25 @@ Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
 }
 
 using Name = mgtest::P;
+const auto T = MgResType;
 
 class FileTypes : public ::testing::Test {
   protected:
-    void SetUp() override {
-        // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and
-        // can't; "tiff" is the last record and runs into the block's end.
-        primary = Table(
-            {{"TEXT", "txt"}, {"JPEG", "jpeg"}, {"\0ull", ""}, {"HTML", "html"}, {"TIFF", "tiff"}});
-        secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
-        FSetTypeTables(primary, secondary);
-    }
+    // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't;
+    // "tiff" is the last record and runs into the block's end.
+    Handle primary = Table({{"TEXT", "txt"},
+                            {"JPEG", "jpeg"},
+                            {"\0ull", ""},
+                            {"HTML", "html"},
+                            {"TIFF", "tiff"}}),
+           secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
+    void SetUp() override { FSetTypeTables(primary, secondary); }
     void TearDown() override {
         FSetTypeTables(nullptr, nullptr);
         MemDisposeHandle(primary);
         MemDisposeHandle(secondary);
     }
-    Handle primary = nullptr, secondary = nullptr;
 };
-
-ResType T(const char* s) {
-    return MgResType(s);
-}
 
 Path PosixPath(const std::string& text) {
     Path p = nullptr;
@@ -61,40 +58,35 @@ Path PosixPath(const std::string& text) {
 }
 
 TEST_F(FileTypes, TypeOfName) {
-    struct {
-        const char* name;
-        ResType want;
-    } cases[] = {{"A.TXT", T("TEXT")},
-                 {"a.b.pct", T("PICT")},
-                 {"a.jpeg", T("JPEG")},
-                 {"a.c", T("CSRC")},
-                 {"a.html", 0},
-                 {"a.tiff", 0},
-                 {"a.toolong", 0},
-                 {"a.", 0},
-                 {"txt", 0}};
-    for (const auto& c : cases) EXPECT_EQ(FTypeOfName(Name(c.name).b), c.want) << c.name;
+    const std::pair<const char*, ResType> cases[] = {{"A.TXT", T("TEXT")},
+                                                     {"a.b.pct", T("PICT")},
+                                                     {"a.jpeg", T("JPEG")},
+                                                     {"a.c", T("CSRC")},
+                                                     {"a.html", 0},
+                                                     {"a.tiff", 0},
+                                                     {"a.toolong", 0},
+                                                     {"a.", 0},
+                                                     {"txt", 0}};
+    for (const auto& [name, want] : cases) EXPECT_EQ(FTypeOfName(Name(name).b), want) << name;
     EXPECT_EQ(FTypeOfExtension("jpegs", 5), 0u);
+    // A path's type is its last name's; the empty path has none.
+    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
+    EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
+    FPathRelease(p);
+    FPathRelease(root);
     FSetTypeTables(nullptr, secondary);
     EXPECT_EQ(FTypeOfName(Name("a.txt").b), T("OTHR"));
     FSetTypeTables(nullptr, nullptr);
     EXPECT_EQ(FTypeOfName(Name("a.txt").b), 0u);
-    // A path's type is its last name's; the empty path has none.
-    FSetTypeTables(primary, secondary);
-    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
-    EXPECT_EQ(FTypeOfPath(p), T("PICT"));
-    EXPECT_EQ(FTypeOfPath(root), 0u);
-    FPathRelease(p);
-    FPathRelease(root);
 }
 
-TEST_F(FileTypes, AddExtension) {
-    struct {
+TEST_F(FileTypes, AddAndStripExtensions) {
+    const struct {
         std::string name;
         ResType type;
         MgStatus want;
         std::string after;
-    } cases[] = {
+    } adds[] = {
         {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
         {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
         {"c", T("NONE"), 15, "c"},
@@ -103,24 +95,21 @@ TEST_F(FileTypes, AddExtension) {
         {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
         {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : adds) {
         Name n(c.name);
         EXPECT_EQ(FAddExtension(n.b, c.type), c.want) << c.name.size();
         EXPECT_EQ(n.str(), c.after);
     }
     EXPECT_EQ(FAddExtensionFrom(Name("x").b, T("TEXT"), nullptr), 15);
-}
-
-TEST_F(FileTypes, StripExtension) {
-    struct {
+    const struct {
         std::string name;
         ResType type;
         int32_t removed;
         std::string after;
-    } cases[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
-                 {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
-                 {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
-    for (const auto& c : cases) {
+    } strips[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
+                  {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
+                  {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
+    for (const auto& c : strips) {
         Name n(c.name);
         EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
         EXPECT_EQ(n.str(), c.after);

@@ -18,55 +18,56 @@ Bytes Payload(int32_t id, uint8_t generation) {
     return b;
 }
 
-std::vector<TypeLayout> SmallResources(int32_t count, uint8_t generation = 0) {
+Bytes SmallResources(int32_t count, uint8_t generation = 0) {
     TypeLayout t{"DATA", {}};
     for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, generation)});
-    return {t};
+    return BuildFile({t});
 }
 
-class DataCacheTest : public ResourceTest {};
+class DataCacheTest : public ResourceTest {
+  protected:
+    static std::map<int32_t, Bytes> ById(ResFile f) {
+        std::map<int32_t, Bytes> out;
+        for (const Res& r : Records(f)) out[r.id] = r.data;
+        return out;
+    }
+};
 
 // 8000 resources of 24 bytes on disk span three windows. Each edit moves data on disk at the
 // write-back; every resource then reloads from its new place, not from a window filled before.
 TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     constexpr int32_t kCount = 8000;
     static_assert(kCount * 24 > 2 * kWindow);
-    enum Edit { kChange, kRemove, kAdd };
-    // Ids chosen on both sides of the first window's end (about id 2730).
-    for (const Edit edit : {kChange, kRemove, kAdd}) {
+    // Ids on both sides of the first window's end (about id 2730); edits 0 change, 1 remove,
+    // 2 add.
+    for (int edit : {0, 1, 2}) {
         for (const int32_t id : {2, 2730, 2731, 7999}) {
-            WriteFile("s", BuildFile(SmallResources(kCount)));
+            SCOPED_TRACE(testing::Message() << edit << " " << id);
+            WriteFile("s", SmallResources(kCount));
             ResFile f = Open("s");
-            std::map<int32_t, Bytes> expected;
-            for (const Res& r : Records(f)) expected[r.id] = r.data;
+            std::map<int32_t, Bytes> expected = ById(f);
             // Reloading the neighbour in front leaves the window over the edited place.
-            const int32_t front = id > 1 ? id - 1 : id;
-            ASSERT_EQ(RRelease(Get(f, "DATA", front)), MgNoError);
-            Get(f, "DATA", front);
+            ASSERT_EQ(RRelease(Get(f, "DATA", id - 1)), MgNoError);
+            Get(f, "DATA", id - 1);
             Handle h = Get(f, "DATA", id);
-            if (edit == kChange) {
-                (*h)[15] = 0xEE;
+            if (edit == 0) {
+                (*h)[15] = expected[id][15] = 0xEE;
                 ASSERT_EQ(RChanged(h), MgNoError);
-                expected[id][15] = 0xEE;
-            } else if (edit == kRemove) {
+            } else if (edit == 1) {
                 ASSERT_EQ(RRemove(h, f), MgNoError);
                 MemDisposeHandle(h);
                 expected.erase(id);
             } else {
-                AddData(f, "DATA", -id, Payload(id, 7));
                 expected[-id] = Payload(id, 7);
+                AddData(f, "DATA", -id, expected[-id]);
             }
             ASSERT_EQ(RUpdateFile(f), MgNoError);
             for (const auto& [loaded, data] : expected)
                 ASSERT_EQ(RRelease(Get(f, "DATA", loaded)), MgNoError);
-            for (int32_t near = front; near <= id + 2 && near <= kCount; ++near) {
-                if (expected.count(near)) {
-                    EXPECT_EQ(Load(f, "DATA", near), expected[near]) << edit << " " << id;
-                }
-            }
-            std::map<int32_t, Bytes> reloaded;
-            for (const Res& r : Records(f)) reloaded[r.id] = r.data;
-            EXPECT_EQ(reloaded, expected) << edit << " " << id;
+            for (auto it = expected.lower_bound(id - 1);
+                 it != expected.end() && it->first <= id + 2; ++it)
+                EXPECT_EQ(Load(f, "DATA", it->first), it->second);
+            EXPECT_EQ(ById(f), expected);
             ASSERT_EQ(RCloseFile(f), MgNoError);
         }
     }
@@ -75,8 +76,8 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
 // A closed file's id comes back for the next file opened; its window must not. Without memory
 // for a window the loads still work, reading the file directly.
 TEST_F(DataCacheTest, ReusedIdAndNoWindowMemory) {
-    WriteFile("a", BuildFile(SmallResources(3)));
-    WriteFile("b", BuildFile(SmallResources(3, 5)));
+    WriteFile("a", SmallResources(3));
+    WriteFile("b", SmallResources(3, 5));
     ResFile a = Open("a", FMModeRead);
     Get(a, "DATA", 1);
     ASSERT_EQ(RCloseFile(a), MgNoError);
@@ -89,13 +90,13 @@ TEST_F(DataCacheTest, ReusedIdAndNoWindowMemory) {
     ASSERT_EQ(RCloseFile(b), MgNoError);
 }
 
+// 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
 TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
-    // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
     for (const auto& [count, backward, maxReads] :
          {std::tuple<int32_t, bool, int64_t>{2000, false, 1},
           {12000, false, 5},
           {12000, true, 6}}) {
-        WriteFile("m", BuildFile(SmallResources(count)));
+        WriteFile("m", SmallResources(count));
         ResFile f = Open("m", FMModeRead);
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
         for (int32_t i = 1; i <= count; ++i) {
@@ -111,10 +112,8 @@ TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
 // into the handle; the contents are the same either way, also next to a small neighbour.
 TEST_F(DataCacheTest, SizesAroundTheWindow) {
     for (const int32_t size : {kWindow - 8, kWindow - 4, kWindow - 3, kWindow, kWindow + 1}) {
-        Bytes big(size_t(size), 0);
-        for (size_t i = 0; i < big.size(); ++i) big[i] = uint8_t(i * 13 + 5);
         const std::vector<TypeLayout> layout = {
-            {"DATA", {{1, "", Payload(1, 1)}, {2, "", big}, {3, "", {9}}}}};
+            {"DATA", {{1, "", Payload(1, 1)}, {2, "", Fill(size_t(size), 5)}, {3, "", {9}}}}};
         WriteFile("z", BuildFile(layout));
         EXPECT_EQ(FileRecords(FilePath("z")), Flat(layout)) << size;
     }
@@ -126,7 +125,7 @@ TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
     for (const auto& [op, status] :
          {std::pair{plat::kFileRead, MgIOError}, std::pair{plat::kFileSeek, MgIOError},
           std::pair{plat::kFileRead, MgNoPermission}}) {
-        WriteFile("f", BuildFile(SmallResources(10)));
+        WriteFile("f", SmallResources(10));
         ResFile f = Open("f", FMModeRead);
         plat::FailFileOpAt(op, 1, status);
         Handle h = nullptr;
@@ -143,7 +142,7 @@ TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
 // The map moved in front of the data, so that cutting the file short cuts the data section:
 // resources still in the file load, the one cut off gives 4 as a short read does.
 TEST_F(DataCacheTest, DataSectionCutShort) {
-    const Bytes file = BuildFile(SmallResources(6));
+    const Bytes file = SmallResources(6);
     const uint32_t dataSize = Big32At(file, 28), mapSize = Big32At(file, 20);
     Bytes header(file.begin(), file.begin() + 32), map(file.begin() + 32 + dataSize, file.end());
     // Loading goes by the map's copy of the header, so both copies move.

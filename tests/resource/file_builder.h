@@ -26,7 +26,13 @@ struct TypeLayout {
     std::vector<RefLayout> refs;  // written in this order, sorted or not
 };
 
-// Writes a file the way the manager lays it out; fields can be spoiled afterwards.
+// `size` bytes that differ with `seed` and don't repeat every 256.
+inline Bytes Fill(size_t size, int seed) {
+    Bytes b(size);
+    for (size_t i = 0; i < size; ++i) b[i] = uint8_t(size_t(seed) + i * 7 + (i >> 8));
+    return b;
+}
+
 inline void PutBig32(Bytes& b, size_t at, uint32_t v) {
     b[at] = uint8_t(v >> 24);
     b[at + 1] = uint8_t(v >> 16);

@@ -40,6 +40,9 @@ TEST_F(OpenTest, HeaderValidity) {
          [](Bytes& b) { PutBig32(b, 20, 40), b.resize(MapAt(b) + 40); }, MgIOError},
         {"map beyond the file", [](Bytes& b) { PutBig32(b, 20, Big32At(b, 20) + 100); },
          MgEndOfFile},
+        {"trailer of an embedded file pointing nowhere",
+         [](Bytes& b) { b = crafted::Embedded(Base(), 100), b[b.size() - 4] = 5; },
+         MgBadResourceFile},
     };
     for (const auto& c : cases) {
         for (int32_t mode : {FMModeReadWrite, FMModeRead}) {
@@ -47,9 +50,7 @@ TEST_F(OpenTest, HeaderValidity) {
             Bytes b = Base();
             c.spoil(b);
             WriteFile("f", b);
-            ResFile f = Open("f", mode, c.status);
-            EXPECT_EQ(f != 0, c.status == MgNoError);
-            if (f) {
+            if (ResFile f = Open("f", mode, c.status)) {
                 EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
                 EXPECT_EQ(RCloseFile(f), MgNoError);
             }
@@ -57,6 +58,7 @@ TEST_F(OpenTest, HeaderValidity) {
     }
 }
 
+// A new file is an empty header, and an empty map in memory in which nothing is found.
 TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
     ResFile f = CreateAndOpen("new");
     EXPECT_EQ(ReadFile("new"), BuildFile({}));
@@ -67,13 +69,11 @@ TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
     ResType t = 1;
     Handle h = nullptr;
     EXPECT_EQ(RCount(f, T("AAAA"), &n), MgNoError);
-    EXPECT_EQ(n, 0);
-    EXPECT_EQ(Records(f), std::vector<Res>{});
     EXPECT_EQ(RGetIndType(f, &t, 1), MgResourceNotFound);
-    EXPECT_EQ(t, 0u);
-    EXPECT_EQ(RGet(f, T("AAAA"), 1, &h), MgResourceNotFound);
-    EXPECT_EQ(RGetInd(f, T("AAAA"), 1, &h), MgResourceNotFound);
-    EXPECT_EQ(RGetNamed(f, T("AAAA"), PS(P("x")), &h), MgResourceNotFound);
+    EXPECT_EQ(std::make_pair(n, t), std::make_pair(0, 0u));
+    for (MgStatus s : {RGet(f, T("AAAA"), 1, &h), RGetInd(f, T("AAAA"), 1, &h),
+                       RGetNamed(f, T("AAAA"), PS(P("x")), &h)})
+        EXPECT_EQ(s, MgResourceNotFound);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(RCloseFile(f), MgBadResourceFile);
     // Without replace, an existing file stays as it was.
@@ -83,28 +83,18 @@ TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
 
 // A resource file carried at the end of another file, found through its last four bytes.
 TEST_F(OpenTest, EmbeddedFileOpensForReadingOnly) {
-    Bytes outer = crafted::Embedded(Base(), 100);
+    const Bytes outer = crafted::Embedded(Base(), 100);
     WriteFile("outer", outer);
-
     Open("outer", FMModeReadWrite, MgBadResourceFile);
     ResFile f = Open("outer", FMModeRead);
     EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
     EXPECT_EQ(LoadNamed(f, "AAAA", "ONE"), (Bytes{1, 2, 3}));
-    Handle h = Get(f, "AAAA", 1);
-    EXPECT_EQ(RChanged(h), MgNoPermission);
+    EXPECT_EQ(RChanged(Get(f, "AAAA", 1)), MgNoPermission);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(ReadFile("outer"), outer);
-
     ResType type = 0, creator = 0;
     EXPECT_EQ(RGetFileTypeCreator(MakePath("outer"), &type, &creator), MgNoError);
-    EXPECT_EQ(type, T("TEST"));
-    EXPECT_EQ(creator, T("CRTR"));
-
-    // A trailer pointing nowhere useful is no resource file.
-    const int32_t wrong = 5;
-    memcpy(outer.data() + outer.size() - 4, &wrong, 4);
-    WriteFile("outer", outer);
-    Open("outer", FMModeRead, MgBadResourceFile);
+    EXPECT_EQ(std::make_pair(type, creator), std::make_pair(T("TEST"), T("CRTR")));
 }
 
 // Each reference keeps its own data through the sort, which alone doesn't make the map dirty;
@@ -119,23 +109,14 @@ TEST_F(OpenTest, UnsortedListsAreSortedOnlyBelowVersionFour) {
         std::vector<Res> want = Flat(unsorted);
         if (version < 4) want = {want[1], want[3], want[2], want[0]};
         EXPECT_EQ(Records(f), want) << version;
-        if (version < 4) {
-            EXPECT_EQ(Load(f, "AAAA", 1), Bytes{1});  // found by id once sorted
-        }
+        EXPECT_EQ(Load(f, "AAAA", 1), Bytes{1});
         EXPECT_EQ(RCloseFile(f), MgNoError);
         EXPECT_EQ(ReadFile("u"), b) << version;
     }
 }
 
-TEST_F(OpenTest, TableGrowsBeyondTwentyFiles) {
-    WriteFile("g", Base());
-    std::vector<ResFile> files;
-    for (int i = 0; i < 25; ++i) files.push_back(Open("g", FMModeRead));
-    EXPECT_GE(RFileTableSize, 28);
-    for (ResFile f : files) EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-// Also: the type and creator that opening reports, a bad mode, and a read-only file's flags.
+// Also: the table of open files grows beyond twenty, the type and creator that opening
+// reports, a bad mode, and a read-only file's flags.
 TEST_F(OpenTest, SetTypeCreatorRewritesBothHeaders) {
     WriteFile("s", Base());
     EXPECT_EQ(RSetFileTypeCreator(MakePath("s"), T("NEWT"), T("NEWC")), MgNoError);
@@ -143,12 +124,13 @@ TEST_F(OpenTest, SetTypeCreatorRewritesBothHeaders) {
     ResFile f = 7;
     EXPECT_EQ(ROpenFile(MakePath("s"), 2, &f, nullptr, nullptr), MgBadArgument);
     EXPECT_EQ(f, 0);
+    std::vector<ResFile> files;
+    for (int i = 0; i < 25; ++i) files.push_back(Open("s", FMModeRead));
+    EXPECT_GE(RFileTableSize, 28);
+    for (ResFile g : files) EXPECT_EQ(RCloseFile(g), MgNoError);
     ASSERT_EQ(ROpenFile(MakePath("s"), FMModeRead, &f, &type, &creator), MgNoError);
-    EXPECT_EQ(type, T("NEWT"));
-    EXPECT_EQ(creator, T("NEWC"));
-    int32_t attrs = 0;
-    EXPECT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
-    EXPECT_EQ(attrs, RFileReadOnly);
+    EXPECT_EQ(std::make_tuple(type, creator, FileAttrs(f)),
+              std::make_tuple(T("NEWT"), T("NEWC"), int32_t(RFileReadOnly)));
     EXPECT_EQ(RSetFileAttrs(f, 0), MgNoPermission);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     // An empty file has no map to read at its map offset.

@@ -60,9 +60,10 @@ inline std::vector<Res> Records(ResFile f) {
             uint8_t name[256] = {0};
             Res r{std::string(reinterpret_cast<const char*>(&type), 4), 0, "", {}};
             EXPECT_EQ(RGetInd(f, type, i, &h), MgNoError);
-            if (!h) continue;
-            EXPECT_EQ(RGetInfo(h, &r.id, nullptr, name), MgNoError);
-            EXPECT_EQ(RGetAttrs(h, &r.attrs), MgNoError);
+            if (!h || RGetInfo(h, &r.id, nullptr, name) || RGetAttrs(h, &r.attrs)) {
+                ADD_FAILURE() << r.type << " " << i;
+                continue;
+            }
             r.name.assign(reinterpret_cast<const char*>(name + 1), name[0]);
             r.data.assign(*h, *h + MemHandleSize(h));
             out.push_back(std::move(r));

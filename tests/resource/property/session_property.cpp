@@ -16,12 +16,7 @@
 namespace {
 
 // What RFindHandle must answer: the first reference of any open file holding the handle.
-struct Found {
-    ResFile file = 0;
-    ResRefEntry* ref = nullptr;
-    ResType type = 0;
-};
-Found Walk(Handle h) {
+std::tuple<ResFile, ResRefEntry*, ResType> Walk(Handle h) {
     const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
     for (int32_t i = 0; i < RFileTableSize; ++i) {
         if (slots[i].fileId == 0 || slots[i].reserved != 0 || rsrc::MapEmpty(slots[i].map))
@@ -35,7 +30,7 @@ Found Walk(Handle h) {
                     return {slots[i].fileId, &refs[r], te->type};
         }
     }
-    return {};
+    return {0, nullptr, 0};
 }
 
 // Types in the order of their first addition, ids sorted within a type.
@@ -48,12 +43,15 @@ std::vector<Res> Flatten(const Model& model, bool written) {
     return out;
 }
 
+void Settle(Model& model) {
+    for (auto& g : model)
+        for (auto& r : g.second) r.second.attrs = 0;
+}
+
+// Sizes around the 4-byte pad and the 4096-byte copy steps.
 Bytes Data(uint8_t choice, int32_t seed) {
-    // Sizes around the 4-byte pad and the 4096-byte copy steps.
-    const int32_t sizes[] = {0, 1, 3, 4, 17, 4093, 6000};
-    Bytes b(size_t(sizes[choice % 7]));
-    for (size_t i = 0; i < b.size(); ++i) b[i] = uint8_t(seed + i * 7);
-    return b;
+    const size_t sizes[] = {0, 1, 3, 4, 17, 4093, 6000};
+    return Fill(sizes[choice % 7], seed);
 }
 
 // Every case makes and syncs files: fewer, longer sessions keep the suite's time, unless
@@ -71,7 +69,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     std::set<Handle> seen;  // handles still allocated: loaded, added or detached
     auto forget = [&](ResFile f) {
         for (auto it = seen.begin(); it != seen.end();)
-            it = Walk(*it).file == f ? seen.erase(it) : std::next(it);
+            it = std::get<0>(Walk(*it)) == f ? seen.erase(it) : std::next(it);
     };
     int32_t step = 0;
     for (const auto& [op, which, typeChoice, detail] : steps) {
@@ -128,24 +126,20 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             }
         } else if (op % 8 == 6) {
             RC_ASSERT(RUpdateFile(f) == MgNoError);
-            for (auto& g : model)
-                for (auto& r : g.second) r.second.attrs = 0;
+            Settle(model);
         } else if (op % 8 == 7 && detail % 8 == 0) {  // closing disposes every loaded handle
             forget(f);
             RC_ASSERT(RCloseFile(f) == MgNoError);
             f = Open(leaves[which % 2]);
-            for (auto& g : model)
-                for (auto& r : g.second) r.second.attrs = 0;
+            Settle(model);
         }
         for (Handle k : seen) {
-            const Found w = Walk(k);
+            const auto [wFile, wRef, wType] = Walk(k);
             ResFileEntry* entry = nullptr;
             ResRefEntry* ref = nullptr;
             ResType t = 0;
-            const MgStatus s = RFindHandle(k, &entry, &ref, &t);
-            RC_ASSERT(s == (w.ref ? MgNoError : MgResourceNotFound));
-            if (w.ref)
-                RC_ASSERT(std::tie(entry->fileId, ref, t) == std::tie(w.file, w.ref, w.type));
+            RC_ASSERT(RFindHandle(k, &entry, &ref, &t) == (wRef ? MgNoError : MgResourceNotFound));
+            if (wRef) RC_ASSERT(std::tie(entry->fileId, ref, t) == std::tie(wFile, wRef, wType));
         }
     }
     // The first file through its memory image, which then describes the map; the second
