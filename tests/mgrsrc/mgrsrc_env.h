@@ -14,6 +14,14 @@ inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesy
     return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
 }
 
+// The words of a command line written out with blanks between them.
+inline std::vector<std::string> Words(const std::string& line) {
+    std::vector<std::string> words;
+    std::istringstream in(line);
+    for (std::string w; in >> w;) words.push_back(w);
+    return words;
+}
+
 inline Bytes AsBytes(const std::string& s) {
     return Bytes(s.begin(), s.end());
 }

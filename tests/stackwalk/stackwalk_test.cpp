@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -38,27 +39,13 @@ namespace chain {
 
 namespace {
 
-// The lines of a dump, through an LStr sink.
-std::vector<std::string> Dump(const StackTrace* trace) {
+// The text of a dump, through an LStr sink.
+std::string Dump(const StackTrace* trace) {
     LStrOutput out;
     out.SetEnabled(1);
     DDumpStack(trace, &out);
     const LStr* text = *out.Text();
-    std::vector<std::string> lines;
-    std::string all(reinterpret_cast<const char*>(text->text), static_cast<size_t>(text->count));
-    for (size_t end; (end = all.find('\n')) != std::string::npos; all.erase(0, end + 1))
-        lines.push_back(all.substr(0, end + 1));
-    EXPECT_EQ(all, "");
-    return lines;
-}
-
-std::string NameOf(StackAddress address, int32_t mode, uint32_t* offset = nullptr) {
-    StackDecoder decoder(&address, 1);
-    decoder.SetMode(mode);
-    const FixedList<DecodedFrame> frames = decoder.Decode();
-    EXPECT_EQ(frames.Length(), 1);
-    if (offset) *offset = frames[0].offset;
-    return frames[0].name;
+    return std::string(reinterpret_cast<const char*>(text->text), size_t(text->count));
 }
 
 std::vector<StackAddress> TraceOf(const StackTrace& t) {
@@ -71,17 +58,17 @@ TEST(StackTrace, NamesAChainOfCallersInOrderUpToItsCapacity) {
     ExceptStackTrace trace;
     chain::Level1(trace, 1);  // 1 drops the address inside Capture
     ASSERT_GE(trace.Count(), 3);
-    const std::vector<std::string> lines = Dump(&trace);
-    ASSERT_EQ(lines.size(), static_cast<size_t>(trace.Count()));
-    for (int i = 0; i < 3; ++i) {
+    std::string dump = Dump(&trace);
+    EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), trace.Count());
+    for (int i = 0; i < 3; ++i, dump.erase(0, dump.find('\n') + 1)) {
         char address[32];
         snprintf(address, sizeof address, "0x%08llX - ",
                  static_cast<unsigned long long>(trace.Addresses()[i]));
-        const std::string level = "chain::Level" + std::to_string(3 - i);
-        EXPECT_EQ(lines[i].substr(0, lines[i].find(" + ") + 3),
-                  address + std::string("test_stackwalk ") +
-                      TracedFunctionName(level, "StackTrace&, int") + " + ");
-        EXPECT_EQ(lines[i].back(), '\n');
+        EXPECT_EQ(
+            dump.substr(0, dump.find(" + ") + 3),
+            address + std::string("test_stackwalk ") +
+                TracedFunctionName("chain::Level" + std::to_string(3 - i), "StackTrace&, int") +
+                " + ");
     }
     FailureStackTrace failure;
     chain::Recurse(trace, 40);
@@ -89,8 +76,7 @@ TEST(StackTrace, NamesAChainOfCallersInOrderUpToItsCapacity) {
     EXPECT_EQ(std::make_pair(trace.Count(), failure.Count()), std::make_pair(8, 15));
     trace.Capture(100000);  // more to skip than there are frames
     EXPECT_EQ(trace.Count(), 0);
-    EXPECT_TRUE(Dump(&trace).empty());
-    EXPECT_TRUE(Dump(nullptr).empty());
+    EXPECT_EQ(Dump(&trace) + Dump(nullptr), "");
 }
 
 TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
@@ -123,23 +109,27 @@ TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
 // Mode 2 names every module, mode 1 the main module alone, mode 0 nothing; a name is cut to
 // 49 characters. An unmapped address is unknown in every mode.
 TEST(StackDecoder, NamesByMode) {
+    auto name = [](StackAddress address, int32_t mode) {
+        StackDecoder decoder(&address, 1);
+        decoder.SetMode(mode);
+        const FixedList<DecodedFrame> frames = decoder.Decode();
+        EXPECT_EQ(frames.Length(), 1);
+        return std::string(frames[0].name) + " + " + std::to_string(frames[0].offset);
+    };
     const StackAddress own =
         reinterpret_cast<StackAddress>(chain::AnExceedinglyLongFunctionNameThatCannotFitInTheField);
     // The C library's stream record lies in the C library's own data.
     const StackAddress library = reinterpret_cast<StackAddress>(stderr);
-    const std::string unknown = "<unknown> <unknown>";
-    uint32_t offset = 99;
+    const std::string unknown = "<unknown> <unknown> + 0";
     EXPECT_EQ(
-        NameOf(own + 3, 2, &offset),
-        std::string("test_stackwalk chain::AnExceedinglyLongFunctionNameThatCannot").substr(0, 49));
-    EXPECT_EQ(offset, 3u);
-    EXPECT_EQ(NameOf(own, 1).substr(0, 15), "test_stackwalk ");
-    EXPECT_EQ(NameOf(own, 0, &offset), unknown);
-    EXPECT_EQ(offset, 0u);
-    EXPECT_NE(NameOf(library, 2).substr(0, 10), "<unknown> ");
-    EXPECT_EQ(NameOf(library, 1), unknown);
-    for (int32_t mode : {0, 1, 2}) EXPECT_EQ(NameOf(16, mode, &offset), unknown);
-    EXPECT_EQ(offset, 0u);
+        name(own + 3, 2),
+        std::string("test_stackwalk chain::AnExceedinglyLongFunctionNameThatCannot").substr(0, 49) +
+            " + 3");
+    EXPECT_EQ(name(own, 1).substr(0, 15), "test_stackwalk ");
+    EXPECT_EQ(name(own, 0), unknown);
+    EXPECT_NE(name(library, 2).substr(0, 10), "<unknown> ");
+    EXPECT_EQ(name(library, 1), unknown);
+    for (int32_t mode : {0, 1, 2}) EXPECT_EQ(name(16, mode), unknown);
 }
 
 }  // namespace

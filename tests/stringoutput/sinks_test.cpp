@@ -33,21 +33,19 @@ struct SelfPrinting : FormattingStringOutput {
 };
 
 // Each call is counted, cut at 512 characters, and formatted by the engine (its "\n" is
-// CR LF).
-TEST(FormattingSink, CountsCutsAndDropsNestedCalls) {
+// CR LF). A tee forwards to both of its sinks and gives the second one's count.
+TEST(FormattingSink, CountsCutsDropsNestedCallsAndTees) {
     SelfPrinting self;
     EXPECT_EQ(self.Printf("one %ld", 1), 1);
     EXPECT_EQ(self.nested, 0);
     EXPECT_EQ(self.Printf("two"), 2);
     EXPECT_EQ(self.nested, 1);
     EXPECT_EQ(self.text, "one 1two");
-
     DebuggerText channel;
     std::unique_ptr<StringOutput> sink(MakeDebuggerOutput());
     EXPECT_EQ(sink->Printf("%s", std::string(600, 'x').c_str()), 1);
     EXPECT_EQ(sink->Printf("a\\nb"), 2);
     EXPECT_EQ(channel.text, std::string(512, 'x') + "a\r\nb");
-
     StdErrStringOutput err;
     std::unique_ptr<StringOutput> console(MakeConsoleOutput());
     testing::internal::CaptureStderr();
@@ -56,6 +54,19 @@ TEST(FormattingSink, CountsCutsAndDropsNestedCalls) {
     console->Printf("%x", 255);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), ConsoleTextInStandardOutput("FF"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "42-e");
+    DebuggerStringOutput a, b;
+    b.Printf("b's first");
+    for (const auto& [first, second, result, texts] :
+         {std::tuple<StringOutput*, StringOutput*, int32_t, const char*>{&a, &b, 2, "7,7,"},
+          {&a, nullptr, 2, "7,"},
+          {nullptr, &b, 3, "7,"},
+          {nullptr, nullptr, 0, ""}}) {
+        channel.text.clear();
+        TeeStringOutput tee(first, second);
+        tee.Open(1);
+        EXPECT_EQ(tee.Printf("%ld,", 7), result);
+        EXPECT_EQ(channel.text, texts);
+    }
 }
 
 // Mode 0 truncates, every other mode appends; a sink that isn't open (no name, a name that
@@ -64,12 +75,11 @@ TEST(FileSink, TruncatesOrAppendsByModeAndStaysSilentWhenNotOpen) {
     TempDir dir;
     const std::string path = (dir.path / "sink.txt").string();
     const OutputFileName name(kOutputNameAsGiven, path.c_str(), 0);
-    for (const auto& [mode, text, file] :
-         {std::tuple<int32_t, const char*, const char*>{0, "first", "first"},
-          {1, "+one", "first+one"},
-          {2, "+two", "first+one+two"},
-          {0, "again", "again"},
-          {5, "+five", "again+five"}}) {
+    for (const auto& [mode, text, file] : {std::tuple{0, "first", "first"},
+                                           {1, "+one", "first+one"},
+                                           {2, "+two", "first+one+two"},
+                                           {0, "again", "again"},
+                                           {5, "+five", "again+five"}}) {
         std::unique_ptr<StringOutput> sink(MakeFileOutput(&name));
         sink->Open(mode);
         sink->Printf("%s", text);
@@ -83,33 +93,10 @@ TEST(FileSink, TruncatesOrAppendsByModeAndStaysSilentWhenNotOpen) {
                                            {&unopened, false}}) {
         FileStringOutput sink(outputName);
         if (open) sink.Open(0);
-        EXPECT_EQ(sink.Printf("a"), 1);
-        EXPECT_EQ(sink.Printf("b"), 2);
+        EXPECT_EQ((std::vector<int32_t>{sink.Printf("a"), sink.Printf("b")}),
+                  (std::vector<int32_t>{1, 2}));
     }
-    EXPECT_FALSE(std::filesystem::exists(missing));
-    EXPECT_FALSE(std::filesystem::exists("u"));
-}
-
-TEST(TeeSink, ForwardsToBothAndGivesTheLastResult) {
-    DebuggerText channel;
-    DebuggerStringOutput a, b;
-    b.Printf("b's first");
-    const struct {
-        StringOutput* first;
-        StringOutput* second;
-        int32_t result;  // a's and b's counts go up by one a call
-        const char* texts;
-    } rows[] = {{&a, &b, 2, "7,7,"},
-                {&a, nullptr, 2, "7,"},
-                {nullptr, &b, 3, "7,"},
-                {nullptr, nullptr, 0, ""}};
-    for (const auto& r : rows) {
-        channel.text.clear();
-        TeeStringOutput tee(r.first, r.second);
-        tee.Open(1);
-        EXPECT_EQ(tee.Printf("%ld,", 7), r.result);
-        EXPECT_EQ(channel.text, r.texts);
-    }
+    EXPECT_FALSE(std::filesystem::exists(missing) || std::filesystem::exists("u"));
 }
 
 // Names by kind, clones alike, and the limits of each kind with their texts.
@@ -120,6 +107,7 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
     const std::string program = ThisProgram().parent_path().string() + plat::DirectorySeparator();
     // Room behind the temporary directory: its length + n + 2 may be 289.
     const int32_t room = 289 - 2 - static_cast<int32_t>(temp.size());
+    const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n');
     const struct {
         int32_t kind;
         std::string name;
@@ -133,11 +121,11 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
         {-5, "log", 1, "log.txt"},
         {2, "log", 0, program + "log"},
         {2, "log", 1, program + "log.txt"},
-        {1, std::string(288, 'n'), 0, std::string(288, 'n')},
-        {1, std::string(289, 'n'), 0, "Path too long"},
-        {1, std::string(288, 'n'), 1, "GetModuleFileName failed"},
-        {1, std::string(284, 'n'), 1, std::string(284, 'n') + ".txt"},
-        {1, std::string(285, 'n'), 1, "GetModuleFileName failed"},
+        {1, n288, 0, n288},
+        {1, n289, 0, "Path too long"},
+        {1, n288, 1, "GetModuleFileName failed"},
+        {1, n284, 1, n284 + ".txt"},
+        {1, n285, 1, "GetModuleFileName failed"},
         {0, std::string(room, 'n'), 0, temp + std::string(room, 'n')},
         {0, std::string(room + 1, 'n'), 0, "Path too long"},
         {3, std::string(room + 1, 'n'), 0, "Path too long"},
@@ -164,20 +152,20 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
         OutputFileName name(0, nullptr, 0);
         ADD_FAILURE() << "a null name was taken";
     } catch (const MXExcept& e) {
-        EXPECT_EQ(e.GetError(), 1);
-        EXPECT_STREQ(e.GetDetail(), "inFilename is NULL");
+        EXPECT_EQ(std::make_pair(e.GetError(), std::string(e.GetDetail())),
+                  std::make_pair(1, std::string("inFilename is NULL")));
     }
     EXPECT_EQ(MakeOutputName(1, nullptr, 0), nullptr);
 }
 
 TEST(Factories, GiveNullWhenMemoryFails) {
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(MakeDebuggerOutput(), nullptr);
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(MakeOutputName(1, "x", 0), nullptr);
     const OutputFileName name(1, "x", 0);
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(name.Clone(), nullptr);
+    for (auto make : {+[](const OutputFileName*) -> void* { return MakeDebuggerOutput(); },
+                      +[](const OutputFileName*) -> void* { return MakeOutputName(1, "x", 0); },
+                      +[](const OutputFileName* n) -> void* { return n->Clone(); }}) {
+        plat::FailGlobalNewAt(1);
+        EXPECT_EQ(make(&name), nullptr);
+    }
     plat::ResetFaults();
 }
 
