@@ -35,8 +35,7 @@ Outcome RunWith(std::vector<std::string> args, const std::string& name, const By
 }
 
 TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
-    Bytes big(5000);
-    for (size_t i = 0; i < big.size(); ++i) big[i] = uint8_t(i * 13 + 1);
+    const Bytes big = Fill(5000, 1);
     // Types in an order no sort would give; ids out of order within a type.
     const std::vector<Res> source = {
         {"STR ", 5, "five", B("abc")},
@@ -52,29 +51,6 @@ TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
     EXPECT_EQ(r.file, file);  // the source is only read
     EXPECT_EQ(r.package, (std::vector<Res>{kOwn[0], source[5], kOwn[1], source[1], source[0],
                                            source[3], source[2], source[4]}));
-}
-
-// A collision stops the copy where it stands; a missing source fails the run, an empty one
-// doesn't.
-TEST(ImportCli, CollisionsEmptyAndMissingSources) {
-    const Res a1 = {"AAAA", 1, "", B("a")};
-    const struct {
-        std::vector<Res> source;
-        int status;
-        std::vector<Res> package;
-    } rows[] = {
-        {{{"PLAT", 0, "x", B("sparc")}}, 2, kOwn},
-        {{a1, {"MXSB", 0, "", B("b")}}, 2, {kOwn[0], kOwn[1], a1}},
-        {{}, 0, kOwn},
-    };
-    for (const auto& row : rows) {
-        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", BuildFile(Layout(row.source)));
-        EXPECT_EQ(r.status, row.status) << row.source.size();
-        EXPECT_EQ(r.package, row.package) << row.source.size();
-    }
-    const Outcome missing = RunWith({"foo", "-r"}, "src.rsrc", {});
-    EXPECT_EQ(missing.status, 2);
-    EXPECT_EQ(missing.package, kOwn);
 }
 
 // The module and platform entries named like the code swap ids with the new ones; other
@@ -109,8 +85,9 @@ TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
     }
 }
 
-// Crafted files given to -r and -vi: a sound package or a clean status 2, never a crash, a
-// failure report or a loop, and never a resource of the file changed behind its back.
+// Sources given to -r: a collision stops the copy where it stands; a missing source fails the
+// run, an empty one doesn't. Crafted sources give a sound package or a clean status 2, never a
+// crash, a failure report or a loop, and never a resource of the file changed behind its back.
 TEST(HostileCli, CraftedSourcesAndTargets) {
     Bytes huge = crafted::Base(), overlapping = crafted::Base();
     crafted::BadData()[0].spoil(huge);
@@ -118,11 +95,16 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
     std::vector<Res> copied = Flat(crafted::BaseLayout());
     copied.insert(copied.begin(), kOwn.begin(), kOwn.end());
     copied[2].attrs = RAttrProtected;  // the changed bit stored in the file is dropped
+    const Res a1 = {"AAAA", 1, "", B("a")};
     const struct {
         Bytes source;
         int status;
         std::vector<Res> package;
     } rows[] = {
+        {BuildFile(Layout({{"PLAT", 0, "x", B("sparc")}})), 2, kOwn},
+        {BuildFile(Layout({a1, {"MXSB", 0, "", B("b")}})), 2, {kOwn[0], kOwn[1], a1}},
+        {BuildFile({}), 0, kOwn},
+        {{}, 2, kOwn},  // missing
         {crafted::RunTimeBitsFromTheFile(), 0, copied},
         {huge, 2, kOwn},  // a resource of nearly 2 GiB in a short source
         {overlapping, 2, kOwn},

@@ -195,8 +195,8 @@ TEST(HostStubs, PrintWriteAndConfig) {
               "plain\n42\r\nx\n" + std::string(512, 'x') + "\n\nabc\n");
     int32_t value = 42;
     char name[4096];
-    EXPECT_EQ(std::make_pair(HostConfigRead(0, "useLocaleDecimalPt", &value), value),
-              std::make_pair(20, 42));
+    EXPECT_EQ(HostConfigRead(0, "useLocaleDecimalPt", &value), 20);
+    EXPECT_EQ(value, 42);
     EXPECT_GT(HostGetModuleFileName(nullptr, name, sizeof name), 0);
 }
 

@@ -72,17 +72,12 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
         AppendBig32(typeList, uint32_t(listOffset));
         listOffset += 20 * int32_t(t.refs.size());
         for (const auto& r : t.refs) {
-            AppendBig32(refs, uint32_t(r.id));
-            if (r.name.empty()) {
-                AppendBig32(refs, 0xFFFFFFFFu);
-            } else {
-                AppendBig32(refs, uint32_t(names.size()));
-                names.push_back(uint8_t(r.name.size()));
-                names.insert(names.end(), r.name.begin(), r.name.end());
-            }
-            AppendBig32(refs, uint32_t(r.attrs));
-            AppendBig32(refs, uint32_t(data.size()));
-            AppendBig32(refs, 0);
+            const uint32_t nameAt = r.name.empty() ? 0xFFFFFFFFu : uint32_t(names.size());
+            for (uint32_t v :
+                 {uint32_t(r.id), nameAt, uint32_t(r.attrs), uint32_t(data.size()), 0u})
+                AppendBig32(refs, v);
+            if (!r.name.empty()) names.push_back(uint8_t(r.name.size()));
+            names.insert(names.end(), r.name.begin(), r.name.end());
             AppendBig32(data, uint32_t(r.data.size()));
             data.insert(data.end(), r.data.begin(), r.data.end());
             while (data.size() % 4) data.push_back(0);
@@ -96,10 +91,8 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     memcpy(header.data() + 12, creator, 4);
     const uint32_t mapSize =
         refCount ? uint32_t(52 + typeList.size() + refs.size() + names.size()) : 0;
-    PutBig32(header, 16, uint32_t(32 + data.size()));
-    PutBig32(header, 20, mapSize);
-    PutBig32(header, 24, 32);
-    PutBig32(header, 28, uint32_t(data.size()));
+    const uint32_t fields[] = {uint32_t(32 + data.size()), mapSize, 32, uint32_t(data.size())};
+    for (size_t i = 0; i < 4; ++i) PutBig32(header, 16 + 4 * i, fields[i]);
     Bytes file = header;
     Append(file, data);
     if (!refCount) return file;
