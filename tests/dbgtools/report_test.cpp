@@ -23,12 +23,13 @@
 namespace {
 
 TEST(StripDirectory, OnlyBackslashSeparates) {
-    for (const auto& [in, out] : {std::pair{"mgsource\\resource\\writeback.cpp", "writeback.cpp"},
-                                  {"a/b/c.cpp", "a/b/c.cpp"},
-                                  {"leaf", "leaf"},
-                                  {"\\x", "x"},
-                                  {"dir\\", ""},
-                                  {"", ""}}) {
+    const char* rows[][2] = {{"leaf", "leaf"},
+                             {"\\x", "x"},
+                             {"dir\\", ""},
+                             {"", ""},
+                             {"a/b/c.cpp", "a/b/c.cpp"},
+                             {"mgsource\\resource\\writeback.cpp", "writeback.cpp"}};
+    for (const auto& [in, out] : rows) {
         char buf[64];
         strcpy(buf, in);
         DStripDirectory(buf);
