@@ -12,19 +12,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Upper(std::string text) {
-    for (char& c : text) c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
-    return text;
-}
-
-void WriteFile(const std::filesystem::path& p, const std::string& bytes) {
-    std::ofstream(p, std::ios::binary) << bytes;
-}
+const Bytes kHello = {'H', 'E', 'L', 'L', 'O'};
 
 // The package of a code name and its module, as it must stand byte for byte on every host:
 // the map goes out with its dirty bit (0x20), cleared only after the write.
-std::string WorkedPackage(const std::string& name = "foo",
-                          const Bytes& module = {'H', 'E', 'L', 'L', 'O'}) {
+std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
     Bytes b =
         BuildFile({{"PLAT", {{0, name, {'i', '3', '8', '6'}}}}, {"MXSB", {{0, name, module}}}}, 3,
                   "MXSB", "MXDX");
@@ -48,7 +40,7 @@ TEST(PackageCli, ModuleSizesArePackedWhole) {
 // the packager's messages suite).
 TEST(PackageCli, StatusesAndTheSuccessLine) {
     TempDir dir;
-    WriteFile(dir.path / "foo.dll", "HELLO");
+    WriteBytes(dir.path / "foo.dll", kHello);
     auto made = [](const char* type) {
         return "Meridax resource file, type '" + std::string(type) +
                "', name 'foo.msb', created properly." + TextLineEnd();
@@ -76,12 +68,15 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
 // longer package is replaced whole, not written over.
 TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
     TempDir dir;
-    WriteFile(dir.path / "foo.dll", "HELLO");
-    const std::string d = dir.path.string(), upper = Upper(d);
+    WriteBytes(dir.path / "foo.dll", kHello);
+    const std::string d = dir.path.string(), upper = [](std::string t) {
+        for (char& c : t) c = char(toupper(static_cast<unsigned char>(c)));
+        return t;
+    }(d);
     // A blank and a separator at the end: the argument is quoted where the host quotes.
     const fs::path spaced = dir.path / "a b";
     fs::create_directory(spaced);
-    WriteFile(spaced / "foo.dll", "HELLO");
+    WriteBytes(spaced / "foo.dll", kHello);
     const bool caseBlind = WindowsHost();
     const struct {
         std::string name, directory;
@@ -96,7 +91,7 @@ TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name + " in " + row.directory);
         const fs::path package = fs::path(row.directory) / (row.name + ".msb");
-        if (row.status == 0) WriteFile(package, std::string(5000, 'x'));
+        if (row.status == 0) WriteBytes(package, Bytes(5000, 'x'));
         ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
         EXPECT_EQ(r.status, row.status);
         if (row.status != 0) continue;
@@ -116,7 +111,8 @@ TEST(PackageCli, LongCodeNames) {
         const bool fits =
             (dir.path / std::string(255, 'n')).string().size() <= size_t(plat::NativeNameMax());
         std::string name(length, 'n');
-        WriteFile(dir.path / (name + std::string(".dll").substr(0, 255 - length)), "CODE");
+        WriteBytes(dir.path / (name + std::string(".dll").substr(0, 255 - length)),
+                   {'C', 'O', 'D', 'E'});
         EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
         EXPECT_EQ(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb")), fits)
             << length;
