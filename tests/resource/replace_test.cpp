@@ -1,5 +1,6 @@
 // A write-back replaces the file in one step: whatever stops it - a failing write, flush or
 // rename, or the process being killed - the file afterwards is the old one or the new one.
+// Out of memory at any allocation of an edit session leaves a file just as sound.
 #include <chrono>
 #include <thread>
 
@@ -58,6 +59,55 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
             }
             EXPECT_EQ(Which(olds, news), "new");
             if (!reached) break;
+        }
+    }
+}
+
+// Opens a file, changes one resource, adds one, removes one and closes, with the Nth
+// allocation failing. Every step succeeds or reports 2; the file then closes cleanly, and
+// holds exactly what the successful steps made of it.
+TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
+    const Bytes original = BuildFile({{"AAAA", {{1, "one", {1}}, {2, "", {2, 2}}, {3, "", {3}}}}});
+    const std::string name = P("added");
+    for (int64_t n = 1;; ++n) {
+        WriteFile("o", original);
+        Path path = MakePath("o");
+        Handle added = MemNewHandle(3), h = nullptr, one = nullptr;
+        memcpy(*added, "new", 3);
+        plat::ResetFaults();
+        plat::FailAllocationAt(n);
+        auto step = [&](MgStatus s, const char* what) {
+            EXPECT_TRUE(s == MgNoError || s == MgNoMemory) << n << " " << what << " " << s;
+            return s == MgNoError;
+        };
+        std::vector<Res> want = {{"AAAA", 1, "one", {1}},
+                                 {"AAAA", 2, "", {2, 2}},
+                                 {"AAAA", 3, "", {3}},
+                                 {"BBBB", 5, "added", B("new")}};
+        bool addedOk = false;
+        ResFile f = 0;
+        if (step(ROpenFile(path, FMModeReadWrite, &f, nullptr, nullptr), "open")) {
+            if (step(RGet(f, T("AAAA"), 2, &h), "get")) {
+                (*h)[0] = want[1].data[0] = 9;
+                ASSERT_EQ(RChanged(h), MgNoError);
+            }
+            addedOk = step(RAdd(added, f, T("BBBB"), 5, PS(name)), "add");
+            if (step(RGet(f, T("AAAA"), 1, &one), "get one") && step(RRemove(one, f), "remove")) {
+                want.erase(want.begin());
+                MemDisposeHandle(one);
+            }
+            if (!step(RCloseFile(f), "close")) {
+                plat::ResetFaults();
+                ASSERT_EQ(RCloseFile(f), MgNoError) << n;
+            }
+        }
+        const bool failed = plat::AllocationCount() >= n;
+        plat::ResetFaults();
+        if (!addedOk) MemDisposeHandle(added), want.pop_back();
+        ASSERT_EQ(FileRecords(FilePath("o")), want) << n;
+        if (!failed) {
+            EXPECT_GE(n, 6);
+            break;
         }
     }
 }
