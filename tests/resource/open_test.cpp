@@ -11,7 +11,24 @@ namespace {
 using crafted::Base;
 using crafted::MapAt;
 
-class OpenTest : public ResourceTest {};
+class OpenTest : public ResourceTest {
+  protected:
+    static int32_t OpenSlots() {
+        const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
+        int32_t n = 0;
+        for (int32_t i = 0; i < RFileTableSize; ++i) n += slots[i].fileId != 0;
+        return n;
+    }
+    // Refused with `status` in `mode`, taking no slot and leaving the last get and the file.
+    void Refused(const Bytes& b, int32_t mode, MgStatus status) {
+        WriteFile("m", b);
+        const int32_t slots = OpenSlots();
+        const Handle last = RLastGot.handle;
+        EXPECT_EQ(Open("m", mode, status), 0);
+        EXPECT_EQ(std::make_pair(OpenSlots(), RLastGot.handle), std::make_pair(slots, last));
+        EXPECT_EQ(ReadFile("m"), b);
+    }
+};
 
 TEST_F(OpenTest, HeaderValidity) {
     const struct {
@@ -137,26 +154,7 @@ TEST_F(OpenTest, SetTypeCreatorRewritesBothHeaders) {
     EXPECT_EQ(type, 0u);
 }
 
-class HostileTest : public ResourceTest {
-  protected:
-    static int32_t OpenSlots() {
-        const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
-        int32_t n = 0;
-        for (int32_t i = 0; i < RFileTableSize; ++i) n += slots[i].fileId != 0;
-        return n;
-    }
-    // Refused with `status` in `mode`, taking no slot and leaving the last get and the file.
-    void Refused(const Bytes& b, int32_t mode, MgStatus status) {
-        WriteFile("m", b);
-        const int32_t slots = OpenSlots();
-        const Handle last = RLastGot.handle;
-        EXPECT_EQ(Open("m", mode, status), 0);
-        EXPECT_EQ(std::make_pair(OpenSlots(), RLastGot.handle), std::make_pair(slots, last));
-        EXPECT_EQ(ReadFile("m"), b);
-    }
-};
-
-TEST_F(HostileTest, UntrustworthyMapsAreRefused) {
+TEST_F(OpenTest, UntrustworthyMapsAreRefused) {
     for (const auto& row : crafted::BadMaps()) {
         SCOPED_TRACE(row.what);
         Bytes b = crafted::Base();
@@ -168,7 +166,7 @@ TEST_F(HostileTest, UntrustworthyMapsAreRefused) {
 // A file carried at the end of another one, whose offsets, moved by where it stands (8), are
 // past any 32-bit position: the header's, or the map copy's, which aren't compared, and which
 // in a file with no map are the header's moved twice. The check of the bytes says so too.
-TEST_F(HostileTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
+TEST_F(OpenTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
     const Bytes base = crafted::Base(), empty = BuildFile({});
     const struct {
         const Bytes& inner;
@@ -195,7 +193,7 @@ TEST_F(HostileTest, EmbeddedOffsetsPastAnyPositionAreRefused) {
 // memory, and dropping the dirty bit lets it go (freeing the changed handle, an empty one
 // here, which a lost file would leak). A data section claimed up to the last 32-bit position
 // can't take a resource written at once behind it either.
-TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoadAndKeepsTheFileOpen) {
+TEST_F(OpenTest, BadDataFailsOnlyItsOwnLoadAndKeepsTheFileOpen) {
     for (const auto& row : crafted::BadData()) {
         SCOPED_TRACE(row.what);
         Bytes b = crafted::Base();
@@ -237,7 +235,7 @@ TEST_F(HostileTest, BadDataFailsOnlyItsOwnLoadAndKeepsTheFileOpen) {
 
 // A changed bit or handle word stored in the file is run-time state of another writer: it is
 // dropped, so detaching and releasing work and closing writes nothing.
-TEST_F(HostileTest, RunTimeBitsFromTheFileAreDropped) {
+TEST_F(OpenTest, RunTimeBitsFromTheFileAreDropped) {
     const Bytes b = crafted::RunTimeBitsFromTheFile();
     WriteFile("r", b);
     for (int32_t mode : {FMModeRead, FMModeReadWrite}) {
@@ -257,7 +255,7 @@ TEST_F(HostileTest, RunTimeBitsFromTheFileAreDropped) {
 // Layouts the manager never writes but a reader accepts: shared data and a data section
 // behind a gap. A write-back (a new file, or in place when no new file can be made) either
 // writes them out correctly or refuses with 6 and leaves the file as it was.
-TEST_F(HostileTest, OddLayoutsAreWrittenBackCorrectly) {
+TEST_F(OpenTest, OddLayoutsAreWrittenBackCorrectly) {
     const struct {
         Bytes file;
         Bytes a2;          // what AAAA 2 holds

@@ -162,6 +162,15 @@ class ResourceTest : public ::testing::Test {
         return h;
     }
     static Bytes Contents(Handle h) { return Bytes(*h, *h + MemHandleSize(h)); }
+    // The file that an open file's memory image makes.
+    static Bytes Image(ResFile f) {
+        Handle image = nullptr;
+        EXPECT_EQ(RGetMemFileHandle(f, &image), MgNoError);
+        if (!image) return {};
+        Bytes b = Contents(image);
+        MemDisposeHandle(image);
+        return b;
+    }
     // A resource loaded by id; null when the load fails.
     static Handle Get(ResFile f, const char* type, int32_t id) {
         Handle h = nullptr;

@@ -126,19 +126,7 @@ TEST_F(WriteBackTest, WriteNowAndPreAlloc) {
     EXPECT_EQ(FileRecords(FilePath("n")), want);
 }
 
-class MemImage : public ResourceTest {
-  protected:
-    static Bytes Image(ResFile f) {
-        Handle image = nullptr;
-        EXPECT_EQ(RGetMemFileHandle(f, &image), MgNoError);
-        if (!image) return {};
-        Bytes b = Contents(image);
-        MemDisposeHandle(image);
-        return b;
-    }
-};
-
-TEST_F(MemImage, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
+TEST_F(WriteBackTest, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
     WriteFile("u", BuildFile({{"DATA", {{1, "", Bytes(8, 1)}, {2, "", {2}}, {3, "", {3}}}}}));
     ResFile f = Open("u");
     Handle first = Get(f, "DATA", 1);
@@ -157,7 +145,7 @@ TEST_F(MemImage, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
 }
 
 // Adds alone give the very file that closing writes, run-time words zero included.
-TEST_F(MemImage, MemoryFileHoldsResourcesItCannotFindByHandle) {
+TEST_F(WriteBackTest, MemoryFileHoldsResourcesItCannotFindByHandle) {
     // The disk file opens first: a file opened later would take the memory file's slot.
     ASSERT_EQ(RCreateCorrectFile(MakePath("disk"), 1, T("CRTR"), T("MEMF"), 0644), MgNoError);
     ResFile disk = Open("disk"), id = -1;
@@ -192,7 +180,7 @@ TEST_F(MemImage, MemoryFileHoldsResourcesItCannotFindByHandle) {
 
 // By path and by open file, with the read-only flag, rounded to the nearest second as the file
 // layer does; and the bad arguments.
-TEST_F(MemImage, ModificationDateByPathAndByFile) {
+TEST_F(WriteBackTest, ModificationDateByPathAndByFile) {
     ASSERT_EQ(RCloseFile(CreateAndOpen("dated")), MgNoError);
     // 2020-01-01 00:00:00 UTC in seconds since 1904, and in 100 ns since 1601, plus 1.5 s.
     const uint32_t even = 1577836800u + 2082844800u;

@@ -145,10 +145,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     // The first file through its memory image, which then describes the map; the second
     // through the disk.
     RC_ASSERT(Records(files[0]) == Flatten(models[0], false));
-    Handle image = nullptr;
-    RC_ASSERT(RGetMemFileHandle(files[0], &image) == MgNoError);
-    WriteFile("image", Contents(image));
-    MemDisposeHandle(image);
+    WriteFile("image", Image(files[0]));
     RC_ASSERT(FileRecords(FilePath("image")) == Flatten(models[0], true));
     forget(files[0]);
     Drop(files[0]);
