@@ -229,51 +229,45 @@ TEST_F(DirsTest, MakingMovingAndRemoving) {
     }
 }
 
+// The exact case of a path, the current and temporary directories (with a fallback to the
+// program's), the preferred one (the host has none: the fallback stands when it is a
+// directory), and the running program: outside mxsbutil the layer's own routine names it, as it
+// was started, made absolute; with no room for it, nothing.
 TEST_F(DirsTest, WellKnownPlaces) {
     OwnedPath exact(MakeDir("real")), missing(Name("nothing/here"));
     const std::string before = PathText(exact);
-    EXPECT_EQ(FExactCasePath(exact), MgNoError);
-    EXPECT_EQ(PathText(exact), before);
-    EXPECT_EQ(FExactCasePath(missing), MgNotFound);
-    Path cwd = nullptr;
-    ASSERT_EQ(FCurrentDirectory(&cwd), MgNoError);
-    EXPECT_EQ(PathText(cwd), fs::current_path().string());
-    FPathRelease(cwd);
+    Path cwd = nullptr, temp = FEmptyPath(nullptr), fallback = FEmptyPath(nullptr),
+         preferred = nullptr, app = FEmptyPath(nullptr), appDir = FEmptyPath(nullptr);
+    char name[4096], text[FNativeNameBufferSize], parent[FNativeNameBufferSize];
     ScopedVariable tmp(TempVariable(), dir.path.string());
-    Path temp = FEmptyPath(nullptr);
-    EXPECT_EQ(FTempDirectory(temp), MgNoError);
-    EXPECT_EQ(PathText(temp), dir.path.string());
-    tmp.Set(Name("absent"));
-    EXPECT_EQ(FTempDirectory(temp), MgNoError);  // falls back to the program's directory
-    EXPECT_EQ(PathText(temp), ThisProgram().parent_path().string());
-    FPathRelease(temp);
-    // The host has no preferred directory: the fallback stands when it is a directory.
-    Path preferred = nullptr;
-    EXPECT_EQ(FPreferredDirectory("any", &preferred, exact), MgNoError);
-    EXPECT_TRUE(FPathSame(preferred, exact));
-    EXPECT_EQ(FPreferredDirectory("any", &preferred, missing), MgNotFound);
-    EXPECT_EQ(preferred, nullptr);
-    EXPECT_EQ(FPreferredDirectory("any", &preferred, nullptr), 20);
-}
-
-// Outside mxsbutil the layer's own routine names the running program, as it was started, made
-// absolute; with no room for it, nothing.
-TEST(ApplicationPath, NamesTheRunningProgram) {
+    const std::vector<MgStatus> statuses = {FExactCasePath(exact),
+                                            FExactCasePath(missing),
+                                            FCurrentDirectory(&cwd),
+                                            FTempDirectory(temp),
+                                            (tmp.Set(Name("absent")), FTempDirectory(fallback)),
+                                            FPreferredDirectory("any", &preferred, exact),
+                                            MgStatus(FPathSame(preferred, exact)),
+                                            FPreferredDirectory("any", &preferred, missing),
+                                            MgStatus(preferred != nullptr),
+                                            FPreferredDirectory("any", &preferred, nullptr),
+                                            FApplicationPath(app),
+                                            FApplicationDirectory(appDir),
+                                            FPathToNativeName(app, text),
+                                            FPathToNativeName(appDir, parent),
+                                            FApplicationPath(nullptr)};
+    EXPECT_EQ(statuses, (std::vector<MgStatus>{0, MgNotFound, 0, 0, 0, 0, 1, MgNotFound, 0, 20, 0,
+                                               0, 0, 0, MgBadArgument}));
     const std::string self =
         fs::canonical(testing::internal::GetArgvs()[0]).make_preferred().string();
-    char name[4096], text[FNativeNameBufferSize], dir[FNativeNameBufferSize];
+    EXPECT_EQ((std::vector<std::string>{PathText(exact), PathText(cwd), PathText(temp),
+                                        PathText(fallback), text, parent}),
+              (std::vector<std::string>{before, fs::current_path().string(), dir.path.string(),
+                                        ThisProgram().parent_path().string(), self,
+                                        fs::path(self).parent_path().string()}));
     EXPECT_EQ(FApplicationName(name, sizeof name), static_cast<int32_t>(self.size()));
     EXPECT_EQ(name, self);
     EXPECT_EQ(FApplicationName(name, static_cast<int32_t>(self.size())), 0);
-    Path p = FEmptyPath(nullptr);
-    ASSERT_EQ(FApplicationPath(p), MgNoError);
-    EXPECT_EQ(FPathToNativeName(p, text), MgNoError);
-    ASSERT_EQ(FApplicationDirectory(p), MgNoError);
-    EXPECT_EQ(FPathToNativeName(p, dir), MgNoError);
-    EXPECT_EQ(std::make_pair(std::string(text), std::string(dir)),
-              std::make_pair(self, fs::path(self).parent_path().string()));
-    FPathRelease(p);
-    EXPECT_EQ(FApplicationPath(nullptr), MgBadArgument);
+    for (Path p : {cwd, temp, fallback, app, appDir}) FPathRelease(p);
 }
 
 // Range locks hold against another opener of the file, and go with the unlock.
