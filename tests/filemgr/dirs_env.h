@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "mg/filemgr.h"
@@ -45,10 +46,16 @@ inline std::vector<std::string> Names(Handle names) {
     return out;
 }
 
-inline DirEntryRecord Record(Handle types, int32_t i) {
-    DirEntryRecord r;
-    memcpy(&r, *types + 8 * i, 8);
-    return r;
+// A listing's names with their records' flags and types.
+using Entries = std::vector<std::tuple<std::string, uint32_t, ResType>>;
+inline Entries EntriesOf(Handle names, Handle types) {
+    Entries out;
+    for (const std::string& name : Names(names)) {
+        DirEntryRecord r;
+        memcpy(&r, *types + 8 * out.size(), 8);
+        out.emplace_back(name, r.flags, r.type);
+    }
+    return out;
 }
 
 inline std::string PathText(Path p) {

@@ -1,16 +1,18 @@
-// Opening, reading, seeking and the share modes of open files; the status of each errno.
-#include <gtest/gtest.h>
+// Opening, reading, seeking and the share modes of open files; the status of each errno. File
+// types by extension: the dot search, the two tables, the four-character quirk, and the limits
+// of adding and stripping.
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <sstream>
 
 #include "filemgr/dirs_env.h"
+#include "mg/filetypes.h"
 #include "platform/platform.h"
 #include "support/host_rules.h"
 #include "support/memory_env.h"
+#include "support/pstr.h"
 #include "support/run_tool.h"
 
 namespace {
@@ -21,206 +23,166 @@ class FilesTest : public DirsTest {
         OwnedPath p(name);
         FileRef ref = -1;
         EXPECT_EQ(FMOpen(&ref, p, mode, deny), want) << name;
-        if (want != MgNoError) {
-            EXPECT_EQ(ref, 0);
-        }
+        EXPECT_EQ(ref == 0, want != MgNoError);
         return ref;
+    }
+    int32_t Size(FileRef ref) {
+        int32_t size = -1;
+        EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
+        return size;
     }
 };
 
-TEST_F(FilesTest, OpenRefusesBadArguments) {
-    std::string f = Make("a", "x");
-    OwnedPath p(f);
-    FileRef ref = -1;
-    EXPECT_EQ(FMOpen(&ref, p, 4, FMShareAll), MgBadArgument);
-    EXPECT_EQ(FMOpen(&ref, p, -1, FMShareAll), MgBadArgument);
-    EXPECT_EQ(FMOpen(&ref, p, FMModeRead, 3), MgBadArgument);
-    EXPECT_EQ(ref, 0);
-    OwnedPath relative("a/b");
-    EXPECT_EQ(FMOpen(&ref, relative, FMModeRead, FMShareAll), MgBadArgument);
-    OwnedPath root("/");
-    EXPECT_EQ(FMOpen(&ref, root, FMModeRead, FMShareAll), MgBadArgument);  // a volume root
-    Open(Name("missing"), FMModeRead, FMShareAll, MgNotFound);
-    Open(dir.path.string(), FMModeRead, FMShareAll, MgNoPermission);  // a directory
+// Bad modes, paths that name no file, and the reference 0, refused before any platform call.
+TEST_F(FilesTest, BadArgumentsAreRefused) {
+    const std::string f = Make("a", "x");
+    const struct {
+        std::string name;
+        int32_t mode, deny;
+        MgStatus want;
+    } rows[] = {{f, 4, FMShareAll, MgBadArgument},
+                {f, -1, FMShareAll, MgBadArgument},
+                {f, FMModeRead, 3, MgBadArgument},
+                {"a/b", FMModeRead, FMShareAll, MgBadArgument},
+                {"/", FMModeRead, FMShareAll, MgBadArgument},  // a volume root
+                {Name("missing"), FMModeRead, FMShareAll, MgNotFound},
+                {dir.path.string(), FMModeRead, FMShareAll, MgNoPermission}};  // a directory
+    for (const auto& r : rows) Open(r.name, r.mode, r.deny, r.want);
+    int32_t v = 0;
+    char b[4];
+    for (MgStatus s :
+         {FMClose(0), FMRead(0, 1, &v, b), FMWriteBytes(0, 1, &v, b), FMSeek(0, 0, FMSeekCurrent),
+          FMTell(0, &v), FGetEOF(0, &v), FSetFileEnd(0, 1), FMFlush(0), FMFlushFile(0)})
+        EXPECT_EQ(s, MgBadArgument);
 }
 
-TEST_F(FilesTest, CreateNewAndOver) {
+// A new file can't be made over an old one, but can replace it whole; a read-only
+// reference can't write, and truncating empties the file.
+TEST_F(FilesTest, CreateAndModes) {
     OwnedPath p(Name("new"));
     FileRef ref = -1;
     ASSERT_EQ(FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
               MgNoError);
-    ASSERT_NE(ref, 0);
     EXPECT_EQ(FMWriteBytes(ref, 5, nullptr, "hello"), MgNoError);
     EXPECT_EQ(FMClose(ref), MgNoError);
     EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeReadWrite, FMShareAll, 0), MgDuplicate);
     EXPECT_EQ(ref, 0);
     EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeTruncate, FMShareAll, 0), MgBadArgument);
+    FileRef r = Open(Name("new"), FMModeRead, FMShareAll);
+    EXPECT_EQ(FMWriteBytes(r, 1, nullptr, "x"), WriteToReadOnlyStatus());
+    FMClose(r);
     ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
-    int32_t size = -1;
-    EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
-    EXPECT_EQ(size, 0);  // replaced whole
+    EXPECT_EQ(Size(ref), 0);
     EXPECT_EQ(FMClose(ref), MgNoError);
+    r = Open(Make("new", "abcdef"), FMModeTruncate, FMShareAll);
+    EXPECT_EQ(Size(r), 0);
+    FMClose(r);
 }
 
 TEST_F(FilesTest, ReadsSeeksAndEnds) {
     std::string data(100, 'z');
     for (int i = 0; i < 100; ++i) data[i] = static_cast<char>(i);
     FileRef ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
+    auto pos = [&] {
+        int32_t at = -1;
+        EXPECT_EQ(FMTell(ref, &at), MgNoError);
+        return at;
+    };
     char buf[200];
-    int32_t actual = -1, pos = -1;
+    int32_t actual = -1;
     EXPECT_EQ(FMRead(ref, 0, &actual, buf), MgNoError);
     EXPECT_EQ(actual, 0);
     EXPECT_EQ(FMSeek(ref, -40, FMSeekEnd), MgNoError);
     EXPECT_EQ(FMRead(ref, 100, &actual, buf), MgEndOfFile);  // short read: what there was
-    EXPECT_EQ(actual, 40);
-    EXPECT_EQ(buf[0], 60);
-
-    EXPECT_EQ(FMSeek(ref, 100, FMSeekStart), MgNoError);  // exactly the size
-    EXPECT_EQ(FMSeek(ref, 101, FMSeekStart), MgEndOfFile);
-    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-    EXPECT_EQ(pos, 100);
-    EXPECT_EQ(FMSeek(ref, -1, FMSeekStart), MgEndOfFile);
-    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-    EXPECT_EQ(pos, 0);
-    EXPECT_EQ(FMSeek(ref, 10, FMSeekCurrent), MgNoError);
-    EXPECT_EQ(FMSeek(ref, -5, 0), MgNoError);  // any other mode counts from the end
-    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-    EXPECT_EQ(pos, 95);
+    EXPECT_EQ(std::make_pair(actual, int(buf[0])), std::make_pair(40, 60));
+    // Seeks (or, with a negative mode, the end set) and the position after each. Seeks beyond
+    // either end stop there; any other mode counts from the end. Setting the end keeps a
+    // position inside the file and pulls one beyond it back; a file can grow this way, not by
+    // seeking.
+    const struct {
+        int32_t offset, mode;
+        MgStatus want;
+        int32_t at;
+    } steps[] = {{100, FMSeekStart, MgNoError, 100},
+                 {101, FMSeekStart, MgEndOfFile, 100},
+                 {-1, FMSeekStart, MgEndOfFile, 0},
+                 {10, FMSeekCurrent, MgNoError, 10},
+                 {-5, 0, MgNoError, 95},
+                 {20, FMSeekStart, MgNoError, 20},
+                 {10, -1, MgNoError, 10},
+                 {5, FMSeekStart, MgNoError, 5},
+                 {8, -1, MgNoError, 5},
+                 {50, -1, MgNoError, 5},
+                 {-1, -1, MgBadArgument, 5}};
+    for (const auto& s : steps) {
+        EXPECT_EQ(s.mode < 0 ? FSetFileEnd(ref, s.offset) : FMSeek(ref, s.offset, s.mode), s.want)
+            << s.offset;
+        EXPECT_EQ(pos(), s.at) << s.offset;
+    }
+    EXPECT_EQ(Size(ref), 50);
     EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
-
-    // Setting the end keeps a position inside the file and pulls one beyond it back.
-    EXPECT_EQ(FMSeek(ref, 20, FMSeekStart), MgNoError);
-    EXPECT_EQ(FSetFileEnd(ref, 10), MgNoError);
-    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-    EXPECT_EQ(pos, 10);
-    EXPECT_EQ(FMSeek(ref, 5, FMSeekStart), MgNoError);
-    EXPECT_EQ(FSetFileEnd(ref, 8), MgNoError);
-    EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-    EXPECT_EQ(pos, 5);
-    EXPECT_EQ(FSetFileEnd(ref, 50), MgNoError);  // a file can grow this way, not by seeking
-    int32_t size = 0;
-    EXPECT_EQ(FGetEOF(ref, &size), MgNoError);
-    EXPECT_EQ(size, 50);
-    EXPECT_EQ(FSetFileEnd(ref, -1), MgBadArgument);
     EXPECT_EQ(FMFlush(ref), MgNoError);
     EXPECT_EQ(FMClose(ref), MgNoError);
 }
 
-TEST_F(FilesTest, ReferenceZeroIsRefusedEverywhere) {
-    int32_t v = 0;
-    char b[4];
-    EXPECT_EQ(FMClose(0), MgBadArgument);
-    EXPECT_EQ(FMRead(0, 1, &v, b), MgBadArgument);
-    EXPECT_EQ(FMWriteBytes(0, 1, &v, b), MgBadArgument);
-    EXPECT_EQ(FMSeek(0, 0, FMSeekCurrent), MgBadArgument);
-    EXPECT_EQ(FMTell(0, &v), MgBadArgument);
-    EXPECT_EQ(FGetEOF(0, &v), MgBadArgument);
-    EXPECT_EQ(FSetFileEnd(0, 1), MgBadArgument);
-    EXPECT_EQ(FMFlush(0), MgBadArgument);
-    EXPECT_EQ(FMFlushFile(0), MgBadArgument);
-}
-
-TEST_F(FilesTest, ModesLimitAccess) {
-    std::string f = Make("m", "abcdef");
-    FileRef r = Open(f, FMModeRead, FMShareAll);
-    int32_t actual = 0;
-    EXPECT_EQ(FMWriteBytes(r, 1, &actual, "x"), WriteToReadOnlyStatus());
-    FMClose(r);
-    FileRef t = Open(f, FMModeTruncate, FMShareAll);
-    int32_t size = -1;
-    EXPECT_EQ(FGetEOF(t, &size), MgNoError);
-    EXPECT_EQ(size, 0);
-    FMClose(t);
-}
-
-// Second opener against a first one, by their share modes: a table of the deny rules.
+// Second opener against a first one, by their share modes: a table of the deny rules. A
+// refused truncating open changes nothing.
 TEST_F(FilesTest, DenyModesWithinOneProcess) {
     const struct {
         int32_t mode1, deny1, mode2, deny2;
         MgStatus want;
-    } rows[] = {
-        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
-        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
-        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
-        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
-        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
-        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
-        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
-        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
-        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission},
-    };
-    std::string f = Make("s", "shared");
+    } rows[] = {{FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
+                {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
+                {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
+                {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
+                {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
+                {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
+                {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
+                {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
+                {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
+    const std::string f = Make("s", "shared");
     for (const auto& r : rows) {
         FileRef first = Open(f, r.mode1, r.deny1);
-        FileRef second = Open(f, r.mode2, r.deny2, r.want);
-        if (second) FMClose(second);
+        if (FileRef second = Open(f, r.mode2, r.deny2, r.want)) FMClose(second);
         FMClose(first);
     }
-    // A refused truncating open changed nothing.
     EXPECT_EQ(SlurpFile(f), "shared");
 }
 
-// Share modes between two processes: a child of this program holds the file open with one
-// mode while this process opens it again. A refused open comes after FMOpen's two waits.
+// Share modes between two processes: a child of this program holds the file open for reading,
+// denying writes, while this process opens it again. A refused open comes after FMOpen's two
+// waits. Once the child is gone the file is free again.
 TEST_F(FilesTest, DenyModesHoldAgainstAnotherProcess) {
-    struct Second {
-        int32_t mode, deny;
-        MgStatus want;
-    };
-    const struct {
-        int32_t mode, deny;
-        std::vector<Second> seconds;
-    } holders[] = {
-        {FMModeRead, FMShareNone, {{FMModeRead, FMShareAll, MgNoPermission}}},
-        {FMModeRead,
-         FMShareRead,
-         {{FMModeRead, FMShareAll, MgNoError},
-          {FMModeWrite, FMShareAll, MgNoPermission},
-          {FMModeReadWrite, FMShareAll, MgNoPermission}}},
-    };
-    std::string f = Make("x", "locked");
-    for (const auto& h : holders) {
-        SCOPED_TRACE(testing::Message() << "held with mode " << h.mode << " deny " << h.deny);
-        std::filesystem::remove(f + ".ready");
-        std::filesystem::remove(f + ".done");
-        const std::string orders = f + "|" + std::to_string(h.mode) + "|" + std::to_string(h.deny);
-        int64_t child = StartTestChild("HoldOpen.DISABLED_Child", "MXSB_HOLD=" + orders);
-        ASSERT_NE(child, 0);
-        std::string ready;
-        for (int i = 0; i < 3000 && ready.empty(); ++i) {
-            plat::SleepMilliseconds(10);
-            ready = SlurpFile(f + ".ready");
-        }
-        EXPECT_EQ(ready, "y");
-        for (const Second& s : h.seconds) {
-            const auto start = std::chrono::steady_clock::now();
-            FileRef ref = Open(f, s.mode, s.deny, s.want);
-            const auto waited = std::chrono::steady_clock::now() - start;
-            if (ref) FMClose(ref);
-            if (s.want != MgNoError) {
-                EXPECT_GE(waited, std::chrono::milliseconds(90)) << s.mode;
-            }
-        }
-        std::ofstream(f + ".done") << "y";
-        EXPECT_EQ(plat::WaitChild(child, 30000), 0);
+    const std::string f = Make("x", "locked");
+    const int64_t child = StartTestChild("HoldOpen.DISABLED_Child", "MXSB_HOLD=" + f);
+    ASSERT_NE(child, 0);
+    for (int i = 0; i < 3000 && !std::filesystem::exists(f + ".ready"); ++i)
+        plat::SleepMilliseconds(10);
+    EXPECT_EQ(SlurpFile(f + ".ready"), "y");
+    for (const auto& [mode, want] : {std::pair{FMModeRead, MgNoError},
+                                     {FMModeWrite, MgNoPermission},
+                                     {FMModeReadWrite, MgNoPermission}}) {
+        const auto start = std::chrono::steady_clock::now();
+        if (FileRef ref = Open(f, mode, FMShareAll, want)) FMClose(ref);
+        EXPECT_GE(std::chrono::steady_clock::now() - start,
+                  std::chrono::milliseconds(want ? 90 : 0));
     }
-    FMClose(Open(f, FMModeRead, FMShareNone));  // free again once the children are gone
+    std::ofstream(f + ".done") << "y";
+    EXPECT_EQ(plat::WaitChild(child, 30000), 0);
+    FMClose(Open(f, FMModeRead, FMShareNone));
 }
 
-// The holder: opens the file of MXSB_HOLD ("<file>|<mode>|<deny>"), says in <file>.ready
-// whether it could, and keeps it open until <file>.done appears.
+// The holder: opens the file that MXSB_HOLD names, says in <file>.ready whether it could, and
+// keeps it open until <file>.done appears.
 TEST(HoldOpen, DISABLED_Child) {
-    const char* orders = std::getenv("MXSB_HOLD");
-    if (orders == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
-    std::string file;
-    int32_t mode = 0, deny = 0;
-    std::stringstream in(orders);
-    std::getline(in, file, '|');
-    char bar = 0;
-    in >> mode >> bar >> deny;
+    const char* name = std::getenv("MXSB_HOLD");
+    if (name == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
+    const std::string file = name;
     FileRef ref = 0;
     OwnedPath p(file);
-    std::ofstream(file + ".ready") << (FMOpen(&ref, p, mode, deny) == MgNoError ? "y" : "n");
+    const MgStatus opened = FMOpen(&ref, p, FMModeRead, FMShareRead);
+    std::ofstream(file + ".tmp") << (opened == MgNoError ? "y" : "n");
+    std::filesystem::rename(file + ".tmp", file + ".ready");
     for (int i = 0; i < 3000 && !std::filesystem::exists(file + ".done"); ++i)
         plat::SleepMilliseconds(10);
     FMClose(ref);
@@ -233,8 +195,8 @@ TEST_F(FilesTest, InjectedFailuresAndCounts) {
     plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
     EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
     EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
-    EXPECT_EQ(actual, 0);
-    EXPECT_EQ(plat::FileOpCount(plat::kFileRead), 2);
+    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
+              std::make_pair(0, int64_t{2}));
     plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
     EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
     plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
@@ -258,6 +220,122 @@ TEST(FileErrors, ErrnoTable) {
     mode_t old = umask(022);
     EXPECT_EQ(FMPermissionMask(0666), 0644);
     umask(old);
+}
+
+// A table of (type, extension) records; extensions of 4 characters fill the field unended.
+Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
+    Handle h = MemNewHandleClear(4 + 8 * int32_t(records.size()));
+    const int32_t n = int32_t(records.size());
+    memcpy(*h, &n, 4);
+    for (int32_t i = 0; i < n; ++i) {
+        memcpy(*h + 4 + 8 * i, records[i].first, 4);
+        memcpy(*h + 8 + 8 * i, records[i].second, strnlen(records[i].second, 4));
+    }
+    return h;
+}
+
+using Leaf = mgtest::P;
+const auto T = MgResType;
+
+class FileTypes : public ::testing::Test {
+  protected:
+    // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't;
+    // "tiff" is the last record and runs into the block's end.
+    Handle primary = Table({{"TEXT", "txt"},
+                            {"JPEG", "jpeg"},
+                            {"\0ull", ""},
+                            {"HTML", "html"},
+                            {"TIFF", "tiff"}}),
+           secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
+    void SetUp() override { FSetTypeTables(primary, secondary); }
+    void TearDown() override {
+        FSetTypeTables(nullptr, nullptr);
+        MemDisposeHandle(primary);
+        MemDisposeHandle(secondary);
+    }
+};
+
+Path PosixPath(const std::string& text) {
+    Path p = nullptr;
+    EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
+                                &p, PathSyntaxPosix),
+              MgNoError);
+    return p;
+}
+
+TEST_F(FileTypes, TypeOfName) {
+    const std::pair<const char*, ResType> cases[] = {{"A.TXT", T("TEXT")},
+                                                     {"a.b.pct", T("PICT")},
+                                                     {"a.jpeg", T("JPEG")},
+                                                     {"a.c", T("CSRC")},
+                                                     {"a.html", 0},
+                                                     {"a.tiff", 0},
+                                                     {"a.toolong", 0},
+                                                     {"a.", 0},
+                                                     {"txt", 0}};
+    for (const auto& [name, want] : cases) EXPECT_EQ(FTypeOfName(Leaf(name).b), want) << name;
+    EXPECT_EQ(FTypeOfExtension("jpegs", 5), 0u);
+    // A path's type is its last name's; the empty path has none.
+    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
+    EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
+    FPathRelease(p);
+    FPathRelease(root);
+    FSetTypeTables(nullptr, secondary);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), T("OTHR"));
+    FSetTypeTables(nullptr, nullptr);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
+}
+
+TEST_F(FileTypes, AddAndStripExtensions) {
+    const struct {
+        std::string name;
+        ResType type;
+        MgStatus want;
+        std::string after;
+    } adds[] = {
+        {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
+        {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
+        {"c", T("NONE"), 15, "c"},
+        {"d", T("HTML"), 0, "d.html"},  // a full field: four bytes, no more
+        {std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
+        {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
+        {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+    };
+    for (const auto& c : adds) {
+        Leaf n(c.name);
+        EXPECT_EQ(FAddExtension(n.b, c.type), c.want) << c.name.size();
+        EXPECT_EQ(n.str(), c.after);
+    }
+    EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
+    const struct {
+        std::string name;
+        ResType type;
+        int32_t removed;
+        std::string after;
+    } strips[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
+                  {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
+                  {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
+    for (const auto& c : strips) {
+        Leaf n(c.name);
+        EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
+        EXPECT_EQ(n.str(), c.after);
+    }
+}
+
+// Only records that lie wholly inside the block count, whatever the count word says.
+TEST_F(FileTypes, CountWordIsTrustedOnlyWithinTheBlock) {
+    FSetTypeTables(nullptr, secondary);
+    for (int32_t claimed : {-1, 1, 99}) {
+        memcpy(*secondary, &claimed, 4);
+        EXPECT_EQ(FTypeOfExtension("pct", 3), claimed > 0 ? T("PICT") : 0) << claimed;
+        EXPECT_EQ(FTypeOfExtension("txt", 3), claimed > 1 ? T("OTHR") : 0) << claimed;
+    }
+}
+
+TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
+    Path p = PosixPath("a/b.txt");
+    EXPECT_DEATH(FTypeOfPath(p), "");
+    FPathRelease(p);
 }
 
 }  // namespace

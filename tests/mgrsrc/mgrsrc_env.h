@@ -14,9 +14,12 @@ inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesy
     return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
 }
 
-inline void WriteBytes(const std::filesystem::path& p, const Bytes& b) {
-    std::ofstream(p, std::ios::binary)
-        .write(reinterpret_cast<const char*>(b.data()), std::streamsize(b.size()));
+// The words of a command line written out with blanks between them.
+inline std::vector<std::string> Words(const std::string& line) {
+    std::vector<std::string> words;
+    std::istringstream in(line);
+    for (std::string w; in >> w;) words.push_back(w);
+    return words;
 }
 
 inline Bytes AsBytes(const std::string& s) {

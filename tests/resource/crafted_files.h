@@ -41,19 +41,21 @@ inline void PutBothHeaders(Bytes& b, uint32_t headerOffset, uint32_t v) {
 struct Spoiled {
     const char* what;
     std::function<void(Bytes&)> spoil;
-    MgStatus open;  // what opening gives, for reading and for writing alike
+    MgStatus open;     // what opening gives, for reading and for writing alike
+    uint32_t faultAt;  // where a check of the bytes meets the first fault: from the start of
+                       // the map (maps) or of the file (data)
 };
 
 // Maps whose lists can't be trusted: every one is refused on opening.
 inline const std::vector<Spoiled>& BadMaps() {
     static const std::vector<Spoiled> rows = {
         {"reference list over the type list", [](Bytes& b) { PutMap32(b, kTypeA + 8, 4); },
-         MgIOError},
+         MgIOError, kTypeA + 8},
         {"reference lists over each other", [](Bytes& b) { PutMap32(b, kTypeB + 8, 48); },
-         MgIOError},
+         MgIOError, kTypeB + 8},
         {"reference list over the map header",
-         [](Bytes& b) { PutMap32(b, kTypeA + 8, uint32_t(-40)); }, MgIOError},
-        {"type list inside the map header", [](Bytes& b) { PutMap32(b, 44, 40); }, MgIOError},
+         [](Bytes& b) { PutMap32(b, kTypeA + 8, uint32_t(-40)); }, MgIOError, kTypeA + 8},
+        {"type list inside the map header", [](Bytes& b) { PutMap32(b, 44, 40); }, MgIOError, 44},
         // Everything from the type list on moves up by 2, so that only the alignment is wrong.
         {"type list not on a word",
          [](Bytes& b) {
@@ -63,24 +65,26 @@ inline const std::vector<Spoiled>& BadMaps() {
              PutMap32(b, 48, Big32At(b, map + 48) + 2);
              PutBothHeaders(b, 20, Big32At(b, 20) + 2);
          },
-         MgIOError},
-        {"reference list not on a word", [](Bytes& b) { PutMap32(b, kTypeB + 8, 70); }, MgIOError},
-        {"type count 7FFFFFFF", [](Bytes& b) { PutMap32(b, kTypeCount, 0x7FFFFFFF); }, MgIOError},
+         MgIOError, 44},
+        {"reference list not on a word", [](Bytes& b) { PutMap32(b, kTypeB + 8, 70); }, MgIOError,
+         kTypeB + 8},
+        {"type count 7FFFFFFF", [](Bytes& b) { PutMap32(b, kTypeCount, 0x7FFFFFFF); }, MgIOError,
+         kTypeCount},
         {"reference count 7FFFFFFF", [](Bytes& b) { PutMap32(b, kTypeA + 4, 0x7FFFFFFF); },
-         MgIOError},
+         MgIOError, kTypeA + 8},
         {"reference count below -1", [](Bytes& b) { PutMap32(b, kTypeB + 4, uint32_t(-2)); },
-         MgIOError},
+         MgIOError, kTypeB + 4},
         // The name list starts at 140; an edit would cut "names" out of the lists.
-        {"name list over the reference lists", [](Bytes& b) { PutMap32(b, 48, kRefA2); },
-         MgIOError},
+        {"name list over the reference lists", [](Bytes& b) { PutMap32(b, 48, kRefA2); }, MgIOError,
+         48},
         {"a name over the lists", [](Bytes& b) { PutMap32(b, kRefB7 + 4, uint32_t(-40)); },
-         MgIOError},
+         MgIOError, kRefB7 + 4},
     };
     return rows;
 }
 
 // Files that open, whose one bad resource fails its own load with 4 before any memory is
-// taken for it, while the others load.
+// taken for it, while the others load. A fault at 0 is the bad reference's data offset.
 inline const std::vector<Spoiled>& BadData() {
     static const std::vector<Spoiled> rows = {
         // A short file that claims a data section and a resource of nearly 2 GiB.
@@ -89,10 +93,10 @@ inline const std::vector<Spoiled>& BadData() {
              PutBothHeaders(b, 28, 0x7FFFFF00);
              PutBig32(b, 32, 0x7FFFF000);
          },
-         MgNoError},
-        {"negative size word", [](Bytes& b) { PutBig32(b, 32, 0xFFFFFFF0); }, MgNoError},
+         MgNoError, 32},
+        {"negative size word", [](Bytes& b) { PutBig32(b, 32, 0xFFFFFFF0); }, MgNoError, 32},
         {"data offset beyond the section", [](Bytes& b) { PutMap32(b, kRefA1 + 12, 0x7FFFFFF0); },
-         MgNoError},
+         MgNoError, 0},
     };
     return rows;
 }
@@ -127,6 +131,16 @@ inline Bytes DataBehindAGap(uint32_t gap) {
     PutBig32(b, 16, 32 + gap + dataSize);  // first: the map is found through it
     PutMap32(b, 16, 32 + gap + dataSize);
     PutBothHeaders(b, 24, 32 + gap);
+    return b;
+}
+
+// `inner` carried behind `at` bytes of another file, found through the last four bytes, which
+// give `at` in host order.
+inline Bytes Embedded(const Bytes& inner, int32_t at) {
+    Bytes b(size_t(at), 0xEE);
+    Append(b, inner);
+    b.resize(b.size() + 4);
+    memcpy(b.data() + b.size() - 4, &at, 4);
     return b;
 }
 

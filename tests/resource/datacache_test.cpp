@@ -18,28 +18,18 @@ Bytes Payload(int32_t id, uint8_t generation) {
     return b;
 }
 
-std::vector<TypeLayout> SmallResources(int32_t count, uint8_t generation = 0) {
+Bytes SmallResources(int32_t count, uint8_t generation = 0) {
     TypeLayout t{"DATA", {}};
     for (int32_t id = 1; id <= count; ++id) t.refs.push_back({id, "", Payload(id, generation)});
-    return {t};
+    return BuildFile({t});
 }
 
 class DataCacheTest : public ResourceTest {
   protected:
-    // Every DATA resource's contents by id, loading as needed.
-    std::map<int32_t, Bytes> LoadAll(ResFile f) {
-        std::map<int32_t, Bytes> all;
-        for (int32_t id : Ids(f, "DATA")) all[id] = Load(f, "DATA", id);
-        return all;
-    }
-    void ReleaseAll(ResFile f) {
-        int32_t n = 0;
-        EXPECT_EQ(RCount(f, T("DATA"), &n), MgNoError);
-        for (int32_t i = 1; i <= n; ++i) {
-            Handle h = nullptr;
-            ASSERT_EQ(RGetInd(f, T("DATA"), i, &h), MgNoError);
-            ASSERT_EQ(RRelease(h), MgNoError);
-        }
+    static std::map<int32_t, Bytes> ById(ResFile f) {
+        std::map<int32_t, Bytes> out;
+        for (const Res& r : Records(f)) out[r.id] = r.data;
+        return out;
     }
 };
 
@@ -48,74 +38,72 @@ class DataCacheTest : public ResourceTest {
 TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     constexpr int32_t kCount = 8000;
     static_assert(kCount * 24 > 2 * kWindow);
-    enum Edit { kChange, kRemove, kAdd };
-    // Ids chosen on both sides of the first window's end (about id 2730).
-    for (const Edit edit : {kChange, kRemove, kAdd}) {
+    // Ids on both sides of the first window's end (about id 2730); edits 0 change, 1 remove,
+    // 2 add.
+    for (int edit : {0, 1, 2}) {
         for (const int32_t id : {2, 2730, 2731, 7999}) {
-            WriteFile("s", BuildFile(SmallResources(kCount)));
+            SCOPED_TRACE(testing::Message() << edit << " " << id);
+            WriteFile("s", SmallResources(kCount));
             ResFile f = Open("s");
-            std::map<int32_t, Bytes> expected = LoadAll(f);
+            std::map<int32_t, Bytes> expected = ById(f);
             // Reloading the neighbour in front leaves the window over the edited place.
-            const int32_t front = id > 1 ? id - 1 : id;
-            Handle h = nullptr;
-            ASSERT_EQ(RGet(f, T("DATA"), front, &h), MgNoError);
-            ASSERT_EQ(RRelease(h), MgNoError);
-            ASSERT_EQ(RGet(f, T("DATA"), front, &h), MgNoError);
-            ASSERT_EQ(RGet(f, T("DATA"), id, &h), MgNoError);
-            if (edit == kChange) {
-                (*h)[15] = 0xEE;
+            ASSERT_EQ(RRelease(Get(f, "DATA", id - 1)), MgNoError);
+            Get(f, "DATA", id - 1);
+            Handle h = Get(f, "DATA", id);
+            if (edit == 0) {
+                (*h)[15] = expected[id][15] = 0xEE;
                 ASSERT_EQ(RChanged(h), MgNoError);
-                expected[id][15] = 0xEE;
-            } else if (edit == kRemove) {
+            } else if (edit == 1) {
                 ASSERT_EQ(RRemove(h, f), MgNoError);
                 MemDisposeHandle(h);
                 expected.erase(id);
             } else {
-                AddData(f, "DATA", -id, Payload(id, 7));
                 expected[-id] = Payload(id, 7);
+                AddData(f, "DATA", -id, expected[-id]);
             }
             ASSERT_EQ(RUpdateFile(f), MgNoError);
-            ReleaseAll(f);
-            for (int32_t near = front; near <= id + 2 && near <= kCount; ++near) {
-                if (!expected.count(near)) continue;
-                EXPECT_EQ(Load(f, "DATA", near), expected[near]) << edit << " " << id;
-            }
-            EXPECT_EQ(LoadAll(f), expected) << edit << " " << id;
+            for (const auto& [loaded, data] : expected)
+                ASSERT_EQ(RRelease(Get(f, "DATA", loaded)), MgNoError);
+            for (auto it = expected.lower_bound(id - 1);
+                 it != expected.end() && it->first <= id + 2; ++it)
+                EXPECT_EQ(Load(f, "DATA", it->first), it->second);
+            EXPECT_EQ(ById(f), expected);
             ASSERT_EQ(RCloseFile(f), MgNoError);
         }
     }
 }
 
-// A closed file's id comes back for the next file opened; its window must not.
-TEST_F(DataCacheTest, ReusedIdGetsNoOldWindow) {
-    WriteFile("a", BuildFile(SmallResources(3)));
-    WriteFile("b", BuildFile(SmallResources(3, 5)));
+// A closed file's id comes back for the next file opened; its window must not. Without memory
+// for a window the loads still work, reading the file directly.
+TEST_F(DataCacheTest, ReusedIdAndNoWindowMemory) {
+    WriteFile("a", SmallResources(3));
+    WriteFile("b", SmallResources(3, 5));
     ResFile a = Open("a", FMModeRead);
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(a, T("DATA"), 1, &h), MgNoError);
+    Get(a, "DATA", 1);
     ASSERT_EQ(RCloseFile(a), MgNoError);
     ResFile b = Open("b", FMModeRead);
     EXPECT_EQ(b, a);  // descriptors are reused lowest first
+    plat::FailAllocationAt(1);
     EXPECT_EQ(Load(b, "DATA", 2), Payload(2, 5));
+    plat::ResetFaults();
+    EXPECT_EQ(Load(b, "DATA", 3), Payload(3, 5));
     ASSERT_EQ(RCloseFile(b), MgNoError);
 }
 
+// 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
 TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
-    struct Case {
-        int32_t count;
-        bool backward;
-        int64_t maxReads;
-    };
-    // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
-    for (const Case c : {Case{2000, false, 1}, Case{12000, false, 5}, Case{12000, true, 6}}) {
-        WriteFile("m", BuildFile(SmallResources(c.count)));
+    for (const auto& [count, backward, maxReads] :
+         {std::tuple<int32_t, bool, int64_t>{2000, false, 1},
+          {12000, false, 5},
+          {12000, true, 6}}) {
+        WriteFile("m", SmallResources(count));
         ResFile f = Open("m", FMModeRead);
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
-        for (int32_t i = 1; i <= c.count; ++i) {
-            const int32_t id = c.backward ? c.count + 1 - i : i;
+        for (int32_t i = 1; i <= count; ++i) {
+            const int32_t id = backward ? count + 1 - i : i;
             ASSERT_EQ(Load(f, "DATA", id), Payload(id, 0)) << id;
         }
-        EXPECT_LE(plat::FileOpCount(plat::kFileRead), c.maxReads) << c.count << c.backward;
+        EXPECT_LE(plat::FileOpCount(plat::kFileRead), maxReads) << count << backward;
         ASSERT_EQ(RCloseFile(f), MgNoError);
     }
 }
@@ -124,31 +112,24 @@ TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
 // into the handle; the contents are the same either way, also next to a small neighbour.
 TEST_F(DataCacheTest, SizesAroundTheWindow) {
     for (const int32_t size : {kWindow - 8, kWindow - 4, kWindow - 3, kWindow, kWindow + 1}) {
-        Bytes big(size_t(size), 0);
-        for (size_t i = 0; i < big.size(); ++i) big[i] = uint8_t(i * 13 + 5);
-        WriteFile("z", BuildFile({{"DATA", {{1, "", Payload(1, 1)}, {2, "", big}, {3, "", {9}}}}}));
-        ResFile f = Open("z", FMModeRead);
-        EXPECT_EQ(Load(f, "DATA", 1), Payload(1, 1));
-        EXPECT_EQ(Load(f, "DATA", 2), big) << size;
-        EXPECT_EQ(Load(f, "DATA", 3), (Bytes{9})) << size;
-        ASSERT_EQ(RCloseFile(f), MgNoError);
+        const std::vector<TypeLayout> layout = {
+            {"DATA", {{1, "", Payload(1, 1)}, {2, "", Fill(size_t(size), 5)}, {3, "", {9}}}}};
+        WriteFile("z", BuildFile(layout));
+        EXPECT_EQ(FileRecords(FilePath("z")), Flat(layout)) << size;
     }
 }
 
 // A fill that fails gives the failing call's status, loads nothing, and leaves no window: the
 // next load reads the file again and gets the right bytes.
 TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
-    struct Case {
-        plat::FileOp op;
-        MgStatus status;
-    };
-    for (const Case c : {Case{plat::kFileRead, MgIOError}, Case{plat::kFileSeek, MgIOError},
-                         Case{plat::kFileRead, MgNoPermission}}) {
-        WriteFile("f", BuildFile(SmallResources(10)));
+    for (const auto& [op, status] :
+         {std::pair{plat::kFileRead, MgIOError}, std::pair{plat::kFileSeek, MgIOError},
+          std::pair{plat::kFileRead, MgNoPermission}}) {
+        WriteFile("f", SmallResources(10));
         ResFile f = Open("f", FMModeRead);
-        plat::FailFileOpAt(c.op, 1, c.status);
+        plat::FailFileOpAt(op, 1, status);
         Handle h = nullptr;
-        EXPECT_EQ(RGet(f, T("DATA"), 4, &h), c.status);
+        EXPECT_EQ(RGet(f, T("DATA"), 4, &h), status);
         EXPECT_EQ(h, nullptr);
         plat::ResetFaults();
         EXPECT_EQ(Load(f, "DATA", 4), Payload(4, 0));
@@ -158,35 +139,17 @@ TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
     }
 }
 
-// Without memory for a window the loads still work, reading the file directly.
-TEST_F(DataCacheTest, NoWindowMemoryFallsBackToDirectReads) {
-    WriteFile("n", BuildFile(SmallResources(3)));
-    ResFile f = Open("n", FMModeRead);
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(Load(f, "DATA", 2), Payload(2, 0));
-    plat::ResetFaults();
-    EXPECT_EQ(Load(f, "DATA", 3), Payload(3, 0));
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-}
-
 // The map moved in front of the data, so that cutting the file short cuts the data section:
 // resources still in the file load, the one cut off gives 4 as a short read does.
 TEST_F(DataCacheTest, DataSectionCutShort) {
-    Bytes file = BuildFile(SmallResources(6));
-    const uint32_t dataSize = Big32At(file, 28);
-    const uint32_t mapSize = Big32At(file, 20);
-    Bytes header(file.begin(), file.begin() + 32);
-    Bytes data(file.begin() + 32, file.begin() + 32 + dataSize);
-    Bytes map(file.begin() + 32 + dataSize, file.end());
+    const Bytes file = SmallResources(6);
+    const uint32_t dataSize = Big32At(file, 28), mapSize = Big32At(file, 20);
+    Bytes header(file.begin(), file.begin() + 32), map(file.begin() + 32 + dataSize, file.end());
     // Loading goes by the map's copy of the header, so both copies move.
-    for (Bytes* h : {&header, &map}) {
-        PutBig32(*h, 16, 32);
-        PutBig32(*h, 24, 32 + mapSize);
-    }
-    Bytes moved = header;
-    moved.insert(moved.end(), map.begin(), map.end());
-    moved.insert(moved.end(), data.begin(), data.end() - 10);  // the last resource loses 10
-    WriteFile("c", moved);
+    for (Bytes* h : {&header, &map}) PutBig32(*h, 16, 32), PutBig32(*h, 24, 32 + mapSize);
+    Append(header, map);
+    header.insert(header.end(), file.begin() + 32, file.begin() + 32 + dataSize - 10);
+    WriteFile("c", header);  // the last resource loses 10 bytes
     ResFile f = Open("c", FMModeRead);
     for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(Load(f, "DATA", id), Payload(id, 0));
     Handle h = nullptr;

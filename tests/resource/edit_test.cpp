@@ -1,168 +1,94 @@
-// Lookup, enumeration and edits of the map in memory.
+// Lookup, enumeration and edits of the map in memory. (Sorted ids, the order of types, adds,
+// changes, removals, detaches and releases at random: the property test's.)
 #include "resource/resource_env.h"
 
 namespace {
 
 class EditTest : public ResourceTest {
   protected:
-    std::string NameOf(Handle h) {
-        uint8_t name[256] = {};
-        EXPECT_EQ(RGetInfo(h, nullptr, nullptr, name), MgNoError);
-        return std::string(reinterpret_cast<char*>(name + 1), name[0]);
-    }
-    Bytes MapBytes(ResFile f) {
+    static Bytes MapBytes(ResFile f) {
         ResFileEntry* e;
         EXPECT_EQ(RLookupFile(f, &e), MgNoError);
         return Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
     }
+    static int32_t NameListOffset(ResFile f) {  // in the host's order, as in memory
+        int32_t v;
+        memcpy(&v, MapBytes(f).data() + 48, 4);
+        return v;
+    }
 };
 
-TEST_F(EditTest, IdsStaySortedAndNamesKeepTheirOrder) {
-    ResFile f = CreateAndOpen("a");
-    Handle h5 = AddData(f, "AAAA", 5, {5}, "five");
-    Handle h1 = AddData(f, "AAAA", 1, {1}, "one");
-    AddData(f, "BBBB", 9, {9});
-    Handle h3 = AddData(f, "AAAA", 3, {3}, "three");
-    EXPECT_EQ(Ids(f, "AAAA"), (std::vector<int32_t>{1, 3, 5}));
-    EXPECT_EQ(NameOf(h5), "five");
-    EXPECT_EQ(NameOf(h1), "one");
-    EXPECT_EQ(NameOf(h3), "three");
-    ResType t = 0;
-    EXPECT_EQ(RGetIndType(f, &t, 2), MgNoError);
-    EXPECT_EQ(t, T("BBBB"));
-    // Names follow the order of addition at the end of the map.
-    const Bytes map = MapBytes(f);
-    const std::string tail(map.end() - 15, map.end());
-    EXPECT_EQ(tail, P("five") + P("one") + P("three"));
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-
-    f = Open("a");
-    EXPECT_EQ(Ids(f, "AAAA"), (std::vector<int32_t>{1, 3, 5}));
-    EXPECT_EQ(LoadNamed(f, "AAAA", "THREE"), Bytes{3});
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-TEST_F(EditTest, RefusedAddsChangeNothing) {
-    ResFile f = CreateAndOpen("a");
-    Handle h = AddData(f, "AAAA", 1, {1});
-    ASSERT_EQ(RUpdateFile(f), MgNoError);
-    const Bytes before = MapBytes(f);
-    Handle other = MemNewHandle(1);
-    EXPECT_EQ(RAdd(other, f, T("AAAA"), 1, nullptr), MgResourceDuplicate);
-    EXPECT_EQ(RAdd(h, f, T("AAAA"), 2, nullptr), MgResourceDuplicate);
-    EXPECT_EQ(RAdd(h, f, T("CCCC"), 2, nullptr), MgResourceDuplicate);
-    EXPECT_EQ(RAdd(nullptr, f, T("AAAA"), 2, nullptr), MgResourceDuplicate);
-    EXPECT_EQ(RAdd(other, 0x7777, T("AAAA"), 2, nullptr), MgBadResourceFile);
-    EXPECT_EQ(MapBytes(f), before);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-    MemDisposeHandle(other);
-}
-
-// A name matches whole, case aside, and only within its type; unnamed references are passed.
-TEST_F(EditTest, NamedLookupsMatchTheWholeNameWithinTheType) {
-    ResFile f = CreateAndOpen("a");
-    AddData(f, "AAAA", 1, {0});
-    AddData(f, "AAAA", 2, {1}, "abc");
-    Handle a = AddData(f, "AAAA", 4, {2}, "same");
-    Handle b = AddData(f, "BBBB", 4, {3}, "same");
-    EXPECT_EQ(LoadNamed(f, "AAAA", "ABC"), Bytes{1});
-    EXPECT_EQ(LoadNamed(f, "AAAA", "Same"), Bytes{2});
-    Handle h = nullptr;
-    EXPECT_EQ(RGetNamed(f, T("AAAA"), PS(P("abd")), &h), MgResourceNotFound);
-    ASSERT_EQ(RGetNamed(f, T("BBBB"), PS(P("same")), &h), MgNoError);
-    EXPECT_EQ(h, b);
-    ResType type = 0;
-    ASSERT_EQ(RGetInfo(a, nullptr, &type, nullptr), MgNoError);
-    EXPECT_EQ(type, T("AAAA"));
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-TEST_F(EditTest, LoadsOnceDetachAndRelease) {
-    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
-    ResFile f = Open("a");
-    Handle h1 = nullptr, h2 = nullptr;
-    const int64_t reads = plat::FileOpCount(plat::kFileRead);
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h1), MgNoError);
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h2), MgNoError);
-    EXPECT_EQ(h1, h2);
-    EXPECT_EQ(plat::FileOpCount(plat::kFileRead) - reads, 1);  // one window fill, once
-    int32_t size = 0;
-    EXPECT_EQ(RGetSize(h1, &size), MgNoError);
-    EXPECT_EQ(size, 2);
-
-    ASSERT_EQ(RDetach(h1), MgNoError);
-    int32_t id = 9;
-    EXPECT_EQ(RGetInfo(h1, &id, nullptr, nullptr), MgResourceNotFound);
-    EXPECT_EQ(id, 0);
-    int32_t attrs = 77;
-    EXPECT_EQ(RGetAttrs(h1, &attrs), MgResourceNotFound);
-    EXPECT_EQ(attrs, 77);
-    ASSERT_EQ(RGetInd(f, T("AAAA"), 1, &h2), MgNoError);
-    EXPECT_NE(h1, h2);
-    EXPECT_EQ(Contents(h1), Contents(h2));
-    MemDisposeHandle(h1);
-
-    ASSERT_EQ(RRelease(h2), MgNoError);
-    EXPECT_FALSE(RIsResource(h2));
-    Handle bad = nullptr;
-    EXPECT_EQ(RGetInd(f, T("AAAA"), 0, &bad), MgResourceNotFound);
-    EXPECT_EQ(RGetInd(f, T("AAAA"), -1, &bad), MgResourceNotFound);
-    EXPECT_EQ(RGetInd(f, T("AAAA"), 3, &bad), MgResourceNotFound);
-    EXPECT_EQ(bad, nullptr);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-TEST_F(EditTest, RemoveKeepsTheRestReadable) {
-    ResFile f = CreateAndOpen("a");
-    Handle a1 = AddData(f, "AAAA", 1, {1}, "a-one");
-    Handle a2 = AddData(f, "AAAA", 2, {2});
-    Handle b1 = AddData(f, "BBBB", 1, {3}, "b-one");
-    Handle c1 = AddData(f, "CCCC", 1, {4}, "c-one");
-    ASSERT_EQ(RRemove(a2, f), MgNoError);
-    EXPECT_FALSE(RIsResource(a2));
-    EXPECT_EQ(NameOf(a1), "a-one");
-    EXPECT_EQ(NameOf(c1), "c-one");
-    // The last of a type takes the type with it, and later types move up.
-    ASSERT_EQ(RRemove(b1, f), MgNoError);
-    ResType t = 0;
-    EXPECT_EQ(RGetIndType(f, &t, 2), MgNoError);
-    EXPECT_EQ(t, T("CCCC"));
-    EXPECT_EQ(NameOf(c1), "c-one");
-    ASSERT_EQ(RRemove(a1, f), MgNoError);
-    EXPECT_EQ(NameOf(c1), "c-one");
-    ASSERT_EQ(RRemove(c1, f), MgNoError);
-    int32_t n = -1;
-    EXPECT_EQ(RCountTypes(f, &n), MgNoError);
-    EXPECT_EQ(n, 0);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-    for (Handle h : {a1, a2, b1, c1}) MemDisposeHandle(h);
-}
-
-TEST_F(EditTest, ProtectedReadOnlyAndUnknownHandles) {
+// Refused edits leave the map as it was: adds of a handle or an id already there, of no
+// handle, to no file; removals of protected and unknown handles; any edit of a read-only file.
+// Indexes outside the list find nothing.
+TEST_F(EditTest, RefusedEditsChangeNothing) {
     WriteFile("a", BuildFile({{"AAAA", {{1, "", {1}, RAttrProtected}, {2, "", {2}}}}}));
     ResFile f = Open("a");
-    Handle p = nullptr, q = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &p), MgNoError);
-    EXPECT_EQ(RRemove(p, f), MgResourceNotFound);
-    Handle stranger = MemNewHandle(4);
-    EXPECT_EQ(RRemove(stranger, f), MgResourceNotFound);
-    EXPECT_EQ(RRemove(nullptr, f), MgResourceDuplicate);
-    EXPECT_EQ(RCheckResource(stranger), MgResourceNotFound);
-    EXPECT_EQ(RCheckResource(p), MgNoError);
+    Handle p = Get(f, "AAAA", 1), stranger = MemNewHandle(4), bad = nullptr;
+    const Bytes before = MapBytes(f);
+    const MgStatus dup = MgResourceDuplicate, none = MgResourceNotFound;
+    const std::vector<MgStatus> refused = {RAdd(stranger, f, T("AAAA"), 1, nullptr),
+                                           RAdd(p, f, T("CCCC"), 3, nullptr),
+                                           RAdd(nullptr, f, T("AAAA"), 3, nullptr),
+                                           RAdd(stranger, 0x7777, T("AAAA"), 3, nullptr),
+                                           RRemove(p, f),
+                                           RRemove(stranger, f),
+                                           RRemove(nullptr, f),
+                                           RCheckResource(stranger),
+                                           RGetInd(f, T("AAAA"), 0, &bad),
+                                           RGetInd(f, T("AAAA"), -1, &bad),
+                                           RGetInd(f, T("AAAA"), 3, &bad)};
+    EXPECT_EQ(refused, (std::vector<MgStatus>{dup, dup, dup, MgBadResourceFile, none, none, dup,
+                                              none, none, none, none}));
+    EXPECT_EQ(std::make_pair(MapBytes(f), bad), std::make_pair(before, Handle(nullptr)));
     ASSERT_EQ(RSetAttrs(p, 0), MgNoError);
     EXPECT_EQ(RRemove(p, f), MgNoError);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     MemDisposeHandle(p);
-
     f = Open("a", FMModeRead);
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &q), MgNoError);
-    EXPECT_EQ(RChanged(q), MgNoPermission);
-    EXPECT_EQ(RSetAttrs(q, 0), MgNoPermission);
-    EXPECT_EQ(RRemove(q, f), MgNoPermission);
-    EXPECT_EQ(RAdd(stranger, f, T("AAAA"), 9, nullptr), MgNoPermission);
-    EXPECT_EQ(RPreAllocFile(f, 10), MgNoPermission);
+    Handle q = Get(f, "AAAA", 2);
+    for (MgStatus s : {RChanged(q), RSetAttrs(q, 0), RRemove(q, f),
+                       RAdd(stranger, f, T("AAAA"), 9, nullptr), RPreAllocFile(f, 10)})
+        EXPECT_EQ(s, MgNoPermission);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     MemDisposeHandle(stranger);
+}
+
+// A name matches whole, case aside, and only within its type; unnamed references are passed.
+// Names sit at the end of the map in the order they came.
+TEST_F(EditTest, NamedLookupsMatchTheWholeNameWithinTheType) {
+    ResFile f = CreateAndOpen("a");
+    AddData(f, "AAAA", 1, {0});
+    Handle a = AddData(f, "AAAA", 4, {2}, "same");
+    AddData(f, "AAAA", 2, {1}, "abc");
+    Handle b = AddData(f, "BBBB", 4, {3}, "same");
+    const Bytes map = MapBytes(f);
+    EXPECT_EQ(std::string(map.end() - 14, map.end()), P("same") + P("abc") + P("same"));
+    Handle h = nullptr, g = nullptr, k = nullptr;
+    EXPECT_EQ(RGetNamed(f, T("AAAA"), PS(P("abd")), &h), MgResourceNotFound);
+    EXPECT_EQ(RGetNamed(f, T("AAAA"), PS(P("Same")), &g), MgNoError);
+    EXPECT_EQ(RGetNamed(f, T("BBBB"), PS(P("same")), &k), MgNoError);
+    EXPECT_EQ(std::make_pair(g, k), std::make_pair(a, b));
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+}
+
+// A resource loads once; detached, it is no longer the file's, and the next get loads it anew.
+TEST_F(EditTest, LoadsOnceAndDetaches) {
+    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
+    ResFile f = Open("a");
+    const int64_t reads = plat::FileOpCount(plat::kFileRead);
+    Handle h1 = Get(f, "AAAA", 1), h2 = Get(f, "AAAA", 1);
+    EXPECT_EQ(h1, h2);
+    EXPECT_EQ(plat::FileOpCount(plat::kFileRead) - reads, 1);  // one window fill, once
+    int32_t size = 0, id = 9, attrs = 77;
+    EXPECT_EQ(RGetSize(h1, &size), MgNoError);
+    ASSERT_EQ(RDetach(h1), MgNoError);
+    EXPECT_EQ(RGetInfo(h1, &id, nullptr, nullptr), MgResourceNotFound);
+    EXPECT_EQ(RGetAttrs(h1, &attrs), MgResourceNotFound);
+    EXPECT_EQ(std::make_tuple(size, id, attrs), std::make_tuple(2, 0, 77));
+    EXPECT_NE(Get(f, "AAAA", 1), h1);
+    MemDisposeHandle(h1);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
 // Removing an unnamed resource from a map with no names drives the name-list offset below
@@ -172,20 +98,19 @@ TEST_F(EditTest, NegativeNameListOffsetIsKept) {
     Handle a = AddData(f, "AAAA", 1, {1});
     AddData(f, "AAAA", 2, {2});
     ASSERT_EQ(RRemove(a, f), MgNoError);
-    ResFileEntry* e;
-    ASSERT_EQ(RLookupFile(f, &e), MgNoError);
-    EXPECT_EQ(*reinterpret_cast<int32_t*>(e->map + 48), -20);
+    EXPECT_EQ(NameListOffset(f), -20);
     Handle named = AddData(f, "AAAA", 3, {3}, "late");
-    ASSERT_EQ(RLookupFile(f, &e), MgNoError);
-    EXPECT_EQ(*reinterpret_cast<int32_t*>(e->map + 48), 0);
-    EXPECT_NE(NameOf(named), "late");
+    EXPECT_EQ(NameListOffset(f), 0);
+    uint8_t name[256] = {};
+    EXPECT_EQ(RGetInfo(named, nullptr, nullptr, name), MgNoError);
+    EXPECT_NE(std::string(reinterpret_cast<char*>(name), 5), P("late"));
     EXPECT_EQ(RCloseFile(f), MgNoError);
     MemDisposeHandle(a);
-    // The file written with that offset opens again.
-    f = Open("a");
-    EXPECT_EQ(RCloseFile(f), MgNoError);
+    EXPECT_EQ(RCloseFile(Open("a")), MgNoError);  // the file written with that offset opens
 }
 
+// 128 while the type has no ids; then the counter's id or the first free one above it, while
+// the counter itself moves on by one only.
 TEST_F(EditTest, UniqueIds) {
     ResFile f = CreateAndOpen("a");
     EXPECT_EQ(RUniqueID(f, T("AAAA")), 128);
@@ -200,55 +125,43 @@ TEST_F(EditTest, UniqueIds) {
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 
-TEST_F(EditTest, StringGetters) {
-    Bytes strList = {0, 2, 3, 'a', 'b', 'c', 2, 'd', 'e'};
-    Bytes longList;
-    AppendBig32(longList, 2);
-    AppendBig32(longList, 5);
-    longList.insert(longList.end(), {'h', 'e', 'l', 'l', 'o', 0, 0, 0});
-    AppendBig32(longList, 2);
-    longList.insert(longList.end(), {'o', 'k', 0, 0});
-    Bytes negative = longList;  // a count below zero holds no entry
+TEST_F(EditTest, StringAndPathGetters) {
+    // Two LStrs, each padded to a word, behind a count; a count below zero holds no entry.
+    const Bytes lstrs = {0,   0, 0, 2, 0, 0, 0, 5, 'h', 'e', 'l', 'l',
+                         'o', 0, 0, 0, 0, 0, 0, 2, 'o', 'k', 0,   0};
+    Path p = MakePath("x/y");
+    Bytes flat(1024), negative = lstrs;
+    flat.resize(size_t(FPathFlattenOrder(p, flat.data(), 1)));
     negative[0] = 0x80;
     WriteFile("s", BuildFile({{"STR ", {{1, "", {9, 'x', 'y'}}}},
-                              {"STR#", {{1, "", strList}}},
-                              {"LLST", {{1, "", longList}, {2, "", negative}}}}));
+                              {"STR#", {{1, "", {0, 2, 3, 'a', 'b', 'c', 2, 'd', 'e'}}}},
+                              {"LLST", {{1, "", lstrs}, {2, "", negative}}},
+                              {"PATH", {{1, "", flat}, {2, "", {'P', 'T', 'H', '0', 0, 0}}}}}));
     ResFile f = Open("s", FMModeRead);
-    uint8_t out[256] = {};
-    EXPECT_EQ(RGetStringText(f, 1, out), MgNoError);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), P("xy"));
-    EXPECT_EQ(RGetIndString(f, out, 1, 2), MgNoError);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), P("de"));
-    for (int32_t bad : {0, 3, -1}) {
-        EXPECT_EQ(RGetIndString(f, out, 1, bad), MgResourceNotFound);
-        EXPECT_EQ(out[0], 0);
-    }
-    const uint8_t* text = nullptr;
-    EXPECT_EQ(RGetIndStringPtr(f, &text, 1, 1, T("STR#")), MgNoError);
-    EXPECT_EQ(text[0], 3);
+    uint8_t s1[256] = {}, s2[256] = {};
+    const uint8_t* s3 = nullptr;
     Handle l = nullptr;
+    EXPECT_EQ(RGetStringText(f, 1, s1), MgNoError);
+    EXPECT_EQ(RGetIndString(f, s2, 1, 2), MgNoError);
+    EXPECT_EQ(RGetIndStringPtr(f, &s3, 1, 1, T("STR#")), MgNoError);
     EXPECT_EQ(RGetIndLStr(f, &l, 1, 2, T("LLST")), MgNoError);
+    auto text = [](const uint8_t* s, size_t n) { return std::string(s, s + n); };
+    EXPECT_EQ(text(s1, 3) + text(s2, 3) + text(s3, 4) + text(*l, 6),
+              P("xy") + P("de") + P("abc") + text(*l, 4) + "ok");
     EXPECT_EQ(reinterpret_cast<LStr*>(*l)->count, 2);
-    EXPECT_EQ(memcmp(reinterpret_cast<LStr*>(*l)->text, "ok", 2), 0);
     MemDisposeHandle(l);
+    for (int32_t bad : {0, 3, -1}) {
+        EXPECT_EQ(RGetIndString(f, s1, 1, bad), MgResourceNotFound);
+        EXPECT_EQ(s1[0], 0);
+    }
     EXPECT_EQ(RGetIndLStr(f, &l, 1, 3, T("LLST")), MgResourceNotFound);
     EXPECT_EQ(RGetIndLStr(f, &l, 2, 1, T("LLST")), MgResourceNotFound);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-}
-
-TEST_F(EditTest, PathResources) {
-    Path p = MakePath("x/y");
-    std::vector<uint8_t> flat(1024);
-    const int32_t n = FPathFlattenOrder(p, flat.data(), 1);
-    flat.resize(size_t(n));
-    WriteFile("p", BuildFile({{"PATH", {{1, "", flat}, {2, "", {'P', 'T', 'H', '0', 0, 0}}}}}));
-    ResFile f = Open("p", FMModeRead);
-    Path out = nullptr;
-    ASSERT_EQ(RGetPath(f, T("PATH"), 1, &out), MgNoError);
-    EXPECT_TRUE(FPathSame(out, p));
-    FPathRelease(out);
-    EXPECT_EQ(RGetPath(f, T("PATH"), 2, &out), MgBadFlatPath);
-    EXPECT_EQ(out, nullptr);
+    Path got = nullptr;
+    ASSERT_EQ(RGetPath(f, T("PATH"), 1, &got), MgNoError);
+    EXPECT_TRUE(FPathSame(got, p));
+    FPathRelease(got);
+    EXPECT_EQ(RGetPath(f, T("PATH"), 2, &got), MgBadFlatPath);
+    EXPECT_EQ(got, nullptr);
     EXPECT_EQ(RCloseFile(f), MgNoError);
 }
 

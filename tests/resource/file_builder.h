@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -24,7 +26,13 @@ struct TypeLayout {
     std::vector<RefLayout> refs;  // written in this order, sorted or not
 };
 
-// Writes a file the way the manager lays it out; fields can be spoiled afterwards.
+// `size` bytes that differ with `seed` and don't repeat every 256.
+inline Bytes Fill(size_t size, int seed) {
+    Bytes b(size);
+    for (size_t i = 0; i < size; ++i) b[i] = uint8_t(size_t(seed) + i * 7 + (i >> 8));
+    return b;
+}
+
 inline void PutBig32(Bytes& b, size_t at, uint32_t v) {
     b[at] = uint8_t(v >> 24);
     b[at + 1] = uint8_t(v >> 16);
@@ -64,17 +72,12 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
         AppendBig32(typeList, uint32_t(listOffset));
         listOffset += 20 * int32_t(t.refs.size());
         for (const auto& r : t.refs) {
-            AppendBig32(refs, uint32_t(r.id));
-            if (r.name.empty()) {
-                AppendBig32(refs, 0xFFFFFFFFu);
-            } else {
-                AppendBig32(refs, uint32_t(names.size()));
-                names.push_back(uint8_t(r.name.size()));
-                names.insert(names.end(), r.name.begin(), r.name.end());
-            }
-            AppendBig32(refs, uint32_t(r.attrs));
-            AppendBig32(refs, uint32_t(data.size()));
-            AppendBig32(refs, 0);
+            const uint32_t nameAt = r.name.empty() ? 0xFFFFFFFFu : uint32_t(names.size());
+            for (uint32_t v :
+                 {uint32_t(r.id), nameAt, uint32_t(r.attrs), uint32_t(data.size()), 0u})
+                AppendBig32(refs, v);
+            if (!r.name.empty()) names.push_back(uint8_t(r.name.size()));
+            names.insert(names.end(), r.name.begin(), r.name.end());
             AppendBig32(data, uint32_t(r.data.size()));
             data.insert(data.end(), r.data.begin(), r.data.end());
             while (data.size() % 4) data.push_back(0);
@@ -88,10 +91,8 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     memcpy(header.data() + 12, creator, 4);
     const uint32_t mapSize =
         refCount ? uint32_t(52 + typeList.size() + refs.size() + names.size()) : 0;
-    PutBig32(header, 16, uint32_t(32 + data.size()));
-    PutBig32(header, 20, mapSize);
-    PutBig32(header, 24, 32);
-    PutBig32(header, 28, uint32_t(data.size()));
+    const uint32_t fields[] = {uint32_t(32 + data.size()), mapSize, 32, uint32_t(data.size())};
+    for (size_t i = 0; i < 4; ++i) PutBig32(header, 16 + 4 * i, fields[i]);
     Bytes file = header;
     Append(file, data);
     if (!refCount) return file;
@@ -104,4 +105,9 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
     map.insert(map.end(), names.begin(), names.end());
     Append(file, map);
     return file;
+}
+
+inline void WriteBytes(const std::filesystem::path& p, const Bytes& b) {
+    std::ofstream(p, std::ios::binary)
+        .write(reinterpret_cast<const char*>(b.data()), std::streamsize(b.size()));
 }

@@ -1,93 +1,81 @@
-// The write-back pass: what reaches the disk, and how failures leave the file.
-#include <filesystem>
-
+// The write-back pass: what reaches the disk, and how failures leave the file. Memory images
+// (files in memory, and the image of an open file against what the disk gets) and
+// modification dates by file and by path. Random edit sessions and their images are the
+// property test's.
+#include "platform/platform.h"
+#include "resource/resmap.h"
 #include "resource/resource_env.h"
 
 namespace {
 
 class WriteBackTest : public ResourceTest {
   protected:
-    std::filesystem::file_time_type ModTime(const std::string& leaf) {
-        return std::filesystem::last_write_time(FilePath(leaf));
-    }
-    // Offset of resource `id` of `type` in the data section, read from the file's map.
-    static int32_t DataOffset(const Bytes& file, const char* type, int32_t id) {
-        const uint32_t map = Big32At(file, 16);
-        const uint32_t typeList = map + Big32At(file, map + 44);
-        const int32_t types = int32_t(Big32At(file, typeList)) + 1;
-        for (int32_t i = 0; i < types; ++i) {
-            const uint32_t t = typeList + 4 + 12 * uint32_t(i);
-            if (memcmp(&file[t], type, 4) != 0) continue;
-            const int32_t refs = int32_t(Big32At(file, t + 4)) + 1;
-            for (int32_t r = 0; r < refs; ++r) {
-                const uint32_t ref = typeList + Big32At(file, t + 8) + 20 * uint32_t(r);
-                if (int32_t(Big32At(file, ref)) == id) return int32_t(Big32At(file, ref + 12));
-            }
-        }
-        return -1;
+    // The file a fresh one with `layout` added becomes: the map goes out with its dirty bit,
+    // as the bit is cleared only after the write.
+    static Bytes Written(const std::vector<TypeLayout>& layout) {
+        Bytes expected = BuildFile(layout);
+        expected[Big32At(expected, 16) + 43] = RFileDirty;
+        return expected;
     }
 };
 
 const std::vector<TypeLayout> kThree = {
-    {"AAAA", {{1, "", Bytes(10, 1)}, {2, "two", Bytes(6, 2)}, {3, "", Bytes(3, 3)}}},
-};
+    {"AAAA", {{1, "", Bytes(10, 1)}, {2, "two", Bytes(6, 2)}, {3, "", Bytes(3, 3)}}}};
 
 // Loading leaves a file as it was; changing attributes alone makes it dirty.
 TEST_F(WriteBackTest, OnlyADirtyFileIsWritten) {
     const Bytes original = BuildFile(kThree);
     WriteFile("u", original);
-    const auto before = ModTime("u");
+    const auto before = std::filesystem::last_write_time(FilePath("u"));
     ResFile f = Open("u");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &h), MgNoError);
+    Get(f, "AAAA", 2);
     const int64_t writes = plat::FileOpCount(plat::kFileWrite);
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(plat::FileOpCount(plat::kFileWrite), writes);
     EXPECT_EQ(ReadFile("u"), original);
-    EXPECT_EQ(ModTime("u"), before);
-
+    EXPECT_EQ(std::filesystem::last_write_time(FilePath("u")), before);
     f = Open("u");
-    ASSERT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
-    ASSERT_EQ(RSetAttrs(h, RAttrProtected), MgNoError);
+    ASSERT_EQ(RSetAttrs(Get(f, "AAAA", 3), RAttrProtected), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
-    f = Open("u", FMModeRead);
-    ASSERT_EQ(RGet(f, T("AAAA"), 3, &h), MgNoError);
-    int32_t attrs = 0;
-    EXPECT_EQ(RGetAttrs(h, &attrs), MgNoError);
-    EXPECT_EQ(attrs, RAttrProtected);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
+    EXPECT_EQ(FileRecords(FilePath("u")).at(2), (Res{"AAAA", 3, "", Bytes(3, 3), RAttrProtected}));
 }
 
+// Types in the order they came, ids sorted, names in the order they came; data goes out in
+// writes of at most 4096 bytes, then the map and the header.
 TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
-    ResFile f = CreateAndOpen("n");
-    AddData(f, "BBBB", 4, {4, 4, 4, 4, 4});
-    AddData(f, "AAAA", 2, {2}, "two");
-    AddData(f, "BBBB", 1, {});
-    ASSERT_EQ(RCloseFile(f), MgNoError);
-    Bytes expected =
-        BuildFile({{"BBBB", {{1, "", {}}, {4, "", {4, 4, 4, 4, 4}}}}, {"AAAA", {{2, "two", {2}}}}});
-    // The map goes out with its dirty bit, as the bit is cleared only after the write.
-    expected[Big32At(expected, 16) + 43] = RFileDirty;
-    EXPECT_EQ(ReadFile("n"), expected);
+    for (const auto& [size, dataWrites] :
+         {std::pair<size_t, int64_t>{0, 3}, {4092, 3}, {4093, 4}, {8188, 4}, {8190, 5}}) {
+        ResFile f = CreateAndOpen("n");
+        const Bytes data = Fill(size, 1);
+        AddData(f, "BBBB", 4, {4, 4, 4, 4, 4}, "four");
+        AddData(f, "AAAA", 2, data, "two");
+        AddData(f, "BBBB", 1, {});
+        const int64_t before = plat::FileOpCount(plat::kFileWrite);
+        ASSERT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(plat::FileOpCount(plat::kFileWrite) - before, dataWrites + 2) << size;
+        EXPECT_EQ(ReadFile("n"), Written({{"BBBB", {{1, "", {}}, {4, "four", {4, 4, 4, 4, 4}}}},
+                                          {"AAAA", {{2, "two", data}}}}))
+            << size;
+    }
 }
 
+// Data in front stays, data behind a changed resource moves down into the gap, and the changed
+// one goes behind all unchanged data.
 TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
     WriteFile("m", BuildFile(kThree));
     ResFile f = Open("m");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 2, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 2);
     (*h)[0] = 0x55;
     ASSERT_EQ(RChanged(h), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
     const Bytes file = ReadFile("m");
-    EXPECT_EQ(DataOffset(file, "AAAA", 1), 0);   // in front: untouched
-    EXPECT_EQ(DataOffset(file, "AAAA", 3), 16);  // moved down into the gap
-    EXPECT_EQ(DataOffset(file, "AAAA", 2), 24);  // behind all unchanged data
-    EXPECT_EQ(Big32At(file, 28), 36u);
-    f = Open("m");
-    EXPECT_EQ(Load(f, "AAAA", 2), (Bytes{0x55, 2, 2, 2, 2, 2}));
-    EXPECT_EQ(Load(f, "AAAA", 3), Bytes(3, 3));
-    EXPECT_EQ(RCloseFile(f), MgNoError);
+    const uint32_t refs = Big32At(file, 16) + 68;  // the data offset of each reference
+    EXPECT_EQ((std::vector<uint32_t>{Big32At(file, refs + 12), Big32At(file, refs + 32),
+                                     Big32At(file, refs + 52), Big32At(file, 28)}),
+              (std::vector<uint32_t>{0, 24, 16, 36}));
+    std::vector<Res> want = Flat(kThree);
+    want[1].data[0] = 0x55;
+    EXPECT_EQ(FileRecords(FilePath("m")), want);
 }
 
 // A file that held resources and lost them all is cut to its header, which still describes
@@ -95,8 +83,7 @@ TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
 TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
     WriteFile("e", BuildFile({{"AAAA", {{1, "", {1}}}}}));
     ResFile f = Open("e");
-    Handle h = nullptr;
-    ASSERT_EQ(RGet(f, T("AAAA"), 1, &h), MgNoError);
+    Handle h = Get(f, "AAAA", 1);
     ASSERT_EQ(RRemove(h, f), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
     MemDisposeHandle(h);
@@ -104,29 +91,7 @@ TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
     Open("e", FMModeReadWrite, MgEndOfFile);
 }
 
-TEST_F(WriteBackTest, WritesPerResourceSize) {
-    struct Case {
-        int32_t size;
-        int64_t dataWrites;
-    };
-    for (const Case c : {Case{0, 1}, Case{4092, 1}, Case{4093, 2}, Case{8188, 2}, Case{8190, 3}}) {
-        ResFile f = CreateAndOpen("w");
-        Bytes data(size_t(c.size));
-        for (size_t i = 0; i < data.size(); ++i) data[i] = uint8_t(i * 7 + 1);
-        AddData(f, "AAAA", 1, data);
-        const int64_t before = plat::FileOpCount(plat::kFileWrite);
-        ASSERT_EQ(RCloseFile(f), MgNoError);
-        // Data, then the map and the header.
-        EXPECT_EQ(plat::FileOpCount(plat::kFileWrite) - before, c.dataWrites + 2) << c.size;
-        const Bytes file = ReadFile("w");
-        const size_t taken = size_t((c.size + 7) & ~3);
-        EXPECT_EQ(Big32At(file, 28), taken);
-        EXPECT_EQ(Big32At(file, 32), uint32_t(c.size));
-        EXPECT_EQ(Bytes(file.begin() + 36, file.begin() + 36 + c.size), data);
-        for (size_t pad = 36 + size_t(c.size); pad < 32 + taken; ++pad) EXPECT_EQ(file[pad], 0);
-    }
-}
-
+// A full disk at any write leaves the file open, dirty, and able to close later.
 TEST_F(WriteBackTest, FailedWriteLeavesTheFileOpenAndDirty) {
     for (int64_t failAt = 1; failAt <= 4; ++failAt) {
         ResFile f = CreateAndOpen("x");
@@ -134,36 +99,115 @@ TEST_F(WriteBackTest, FailedWriteLeavesTheFileOpenAndDirty) {
         AddData(f, "BBBB", 2, Bytes(5000, 9), "big");
         plat::FailFileOpAt(plat::kFileWrite, failAt, MgDiskFull);
         EXPECT_EQ(RCloseFile(f), MgDiskFull) << failAt;
-        int32_t attrs = 0;
-        ASSERT_EQ(RGetFileAttrs(f, &attrs), MgNoError);
-        EXPECT_TRUE(attrs & RFileDirty);
+        EXPECT_TRUE(FileAttrs(f) & RFileDirty);
         plat::ResetFaults();
         ASSERT_EQ(RCloseFile(f), MgNoError);
-        f = Open("x");
-        EXPECT_EQ(LoadNamed(f, "BBBB", "big"), Bytes(5000, 9));
-        EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{1, 2, 3}));
-        EXPECT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(
+            FileRecords(FilePath("x")),
+            (std::vector<Res>{{"AAAA", 1, "", {1, 2, 3}}, {"BBBB", 2, "big", Bytes(5000, 9)}}));
     }
 }
 
+// Written at once, the resource is no longer changed; the room taken at the end by a
+// pre-allocation doesn't spoil the file.
 TEST_F(WriteBackTest, WriteNowAndPreAlloc) {
     ResFile f = CreateAndOpen("n");
     Handle h = AddData(f, "AAAA", 1, {7, 7});
     ASSERT_EQ(RWriteNow(h), MgNoError);
-    int32_t attrs = 0;
-    ASSERT_EQ(RGetAttrs(h, &attrs), MgNoError);
-    EXPECT_EQ(attrs & RAttrChanged, 0);
+    EXPECT_EQ(Attrs(h) & RAttrChanged, 0);
     ASSERT_EQ(RCloseFile(f), MgNoError);
+    const std::vector<Res> want = {{"AAAA", 1, "", {7, 7}}};
+    EXPECT_EQ(FileRecords(FilePath("n")), want);
     f = Open("n");
-    EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{7, 7}));
     const size_t size = ReadFile("n").size();
     ASSERT_EQ(RPreAllocFile(f, 100), MgNoError);
     EXPECT_EQ(ReadFile("n").size(), size + 100);
     ASSERT_EQ(RCloseFile(f), MgNoError);
-    // The room taken at the end does not spoil the file.
-    f = Open("n");
-    EXPECT_EQ(Load(f, "AAAA", 1), (Bytes{7, 7}));
-    EXPECT_EQ(RCloseFile(f), MgNoError);
+    EXPECT_EQ(FileRecords(FilePath("n")), want);
+}
+
+TEST_F(WriteBackTest, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
+    WriteFile("u", BuildFile({{"DATA", {{1, "", Bytes(8, 1)}, {2, "", {2}}, {3, "", {3}}}}}));
+    ResFile f = Open("u");
+    Handle first = Get(f, "DATA", 1);
+    Get(f, "DATA", 2);
+    ASSERT_EQ(MemResizeHandle(first, 100), MgNoError);
+    Handle image = reinterpret_cast<Handle>(1);
+    EXPECT_EQ(RGetMemFileHandle(f, &image), MgBadArgument);
+    EXPECT_EQ(image, nullptr);
+    ResFileEntry* entry = nullptr;
+    ASSERT_EQ(RLookupFile(f, &entry), MgNoError);
+    Ptr typeList = rsrc::TypeListOf(entry->map);
+    const ResRefEntry* refs = rsrc::RefsOf(typeList, rsrc::TypeAt(typeList, 0));
+    // 104: was 12 in the file; 20: untouched.
+    EXPECT_EQ(std::make_pair(refs[1].dataOffset, refs[2].dataOffset), std::make_pair(104, 20));
+    Drop(f);
+}
+
+// Adds alone give the very file that closing writes, run-time words zero included.
+TEST_F(WriteBackTest, MemoryFileHoldsResourcesItCannotFindByHandle) {
+    // The disk file opens first: a file opened later would take the memory file's slot.
+    ASSERT_EQ(RCreateCorrectFile(MakePath("disk"), 1, T("CRTR"), T("MEMF"), 0644), MgNoError);
+    ResFile disk = Open("disk"), id = -1;
+    ASSERT_EQ(RCreateMemFile(&id, T("CRTR"), T("MEMF")), MgNoError);
+    EXPECT_EQ(id, 0);
+    EXPECT_EQ(Image(id), ReadFile("disk"));  // no resources: an empty file's bytes
+    const std::vector<Res> want = {{"TXT ", 2, "", {'a'}},
+                                   {"TXT ", 5, "greeting", {'h', 'i'}},
+                                   {"BIN ", 9, "", Bytes(5003, 7)}};
+    Handle a = nullptr;
+    for (size_t i : {1, 0, 2}) {
+        for (ResFile f : {id, disk}) {
+            Handle h = AddData(f, want[i].type.c_str(), want[i].id, want[i].data, want[i].name);
+            if (f == id && i == 1) a = h;
+        }
+    }
+    EXPECT_EQ(RGetInfo(a, nullptr, nullptr, nullptr), MgResourceNotFound);
+    EXPECT_EQ(RChanged(a), MgResourceNotFound);
+    const Bytes image = Image(id);
+    WriteFile("mem.img", image);
+    // Nothing can take its changes: it closes only once its dirty bit is cleared. It goes
+    // while its slot is the first free-looking one, where the id 0 is looked up.
+    EXPECT_EQ(RCloseFile(id), MgBadArgument);
+    Drop(id);
+    ASSERT_EQ(RCloseFile(disk), MgNoError);
+    EXPECT_EQ(image, ReadFile("disk"));
+    EXPECT_EQ(FileRecords(FilePath("mem.img")), want);
+    ResType type = 0, creator = 0;
+    EXPECT_EQ(RGetFileTypeCreator(MakePath("mem.img"), &type, &creator), MgNoError);
+    EXPECT_EQ(std::make_pair(type, creator), std::make_pair(T("MEMF"), T("CRTR")));
+}
+
+// By path and by open file, with the read-only flag, rounded to the nearest second as the file
+// layer does; and the bad arguments.
+TEST_F(WriteBackTest, ModificationDateByPathAndByFile) {
+    ASSERT_EQ(RCloseFile(CreateAndOpen("dated")), MgNoError);
+    // 2020-01-01 00:00:00 UTC in seconds since 1904, and in 100 ns since 1601, plus 1.5 s.
+    const uint32_t even = 1577836800u + 2082844800u;
+    ASSERT_TRUE(plat::SetFileDates(FilePath("dated").c_str(), 0,
+                                   (1577836800ull + 11644473600ull) * 10000000ull + 15000000));
+    uint32_t date = 0, byFile = 0;
+    int32_t readOnly = -1, byFileReadOnly = -1;
+    EXPECT_EQ(RGetModDate(MakePath("dated"), 0, &date, &readOnly), MgNoError);
+    using std::filesystem::perms;
+    std::filesystem::permissions(FilePath("dated"),
+                                 perms::owner_write | perms::group_write | perms::others_write,
+                                 std::filesystem::perm_options::remove);
+    ResFile f = Open("dated", FMModeRead);
+    EXPECT_EQ(RGetModDate(nullptr, f, &byFile, &byFileReadOnly), MgNoError);
+    EXPECT_EQ(std::make_tuple(date, readOnly, byFile, byFileReadOnly),
+              std::make_tuple(even + 2, 0, even + 2, 1));
+    ASSERT_EQ(RCloseFile(f), MgNoError);
+    for (const auto& [path, id, want] : {std::tuple{MakePath("missing"), 0, MgNotFound},
+                                         {MakePath("dated"), 12345, MgBadResourceFile},
+                                         {Path(nullptr), 0, MgBadArgument}}) {
+        date = 9;
+        EXPECT_EQ(RGetModDate(path, id, &date, nullptr), want);
+        EXPECT_EQ(date, 9u);
+    }
+    // Writable again, so that a Windows host lets the directory go.
+    std::filesystem::permissions(FilePath("dated"), perms::owner_write,
+                                 std::filesystem::perm_options::add);
 }
 
 }  // namespace

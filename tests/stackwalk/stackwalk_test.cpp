@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -38,82 +40,56 @@ namespace chain {
 
 namespace {
 
-// The lines of a dump, through an LStr sink.
-std::vector<std::string> Dump(const StackTrace* trace) {
+// The text of a dump, through an LStr sink.
+std::string Dump(const StackTrace* trace) {
     LStrOutput out;
     out.SetEnabled(1);
     DDumpStack(trace, &out);
     const LStr* text = *out.Text();
-    std::vector<std::string> lines;
-    std::string all(reinterpret_cast<const char*>(text->text), static_cast<size_t>(text->count));
-    for (size_t end; (end = all.find('\n')) != std::string::npos; all.erase(0, end + 1))
-        lines.push_back(all.substr(0, end + 1));
-    EXPECT_EQ(all, "");
-    return lines;
+    return std::string(reinterpret_cast<const char*>(text->text), size_t(text->count));
 }
 
-std::string NameOf(StackAddress address, int32_t mode, uint32_t* offset = nullptr) {
-    StackDecoder decoder(&address, 1);
-    decoder.SetMode(mode);
-    const FixedList<DecodedFrame> frames = decoder.Decode();
-    EXPECT_EQ(frames.Length(), 1);
-    if (offset) *offset = frames[0].offset;
-    return frames[0].name;
+std::vector<StackAddress> TraceOf(const StackTrace& t) {
+    return std::vector<StackAddress>(t.Addresses(), t.Addresses() + t.Count());
 }
 
-StackAddress AddressOf(int (*function)()) {
-    return reinterpret_cast<StackAddress>(function);
-}
-
-TEST(StackTrace, NamesAChainOfCallersInOrder) {
+// Each line: the whole address in upper-case digits, the module, the function and a real line
+// feed. A trace holds at most its capacity; nothing to show is no line.
+TEST(StackTrace, NamesAChainOfCallersInOrderUpToItsCapacity) {
     ExceptStackTrace trace;
     chain::Level1(trace, 1);  // 1 drops the address inside Capture
     ASSERT_GE(trace.Count(), 3);
-    const char* expected[] = {"chain::Level3", "chain::Level2", "chain::Level1"};
-    const std::vector<std::string> lines = Dump(&trace);
-    ASSERT_EQ(lines.size(), static_cast<size_t>(trace.Count()));
-    for (int i = 0; i < 3; ++i) {
-        const std::string named =
-            " - test_stackwalk " + TracedFunctionName(expected[i], "StackTrace&, int") + " + ";
-        EXPECT_NE(lines[i].find(named), std::string::npos) << lines[i];
-        // The whole address, in upper-case digits, and a real line feed.
+    std::string dump = Dump(&trace);
+    EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), trace.Count());
+    for (int i = 0; i < 3; ++i, dump.erase(0, dump.find('\n') + 1)) {
         char address[32];
         snprintf(address, sizeof address, "0x%08llX - ",
                  static_cast<unsigned long long>(trace.Addresses()[i]));
-        EXPECT_EQ(lines[i].rfind(address, 0), 0u) << lines[i];
-        EXPECT_EQ(lines[i].back(), '\n');
+        EXPECT_EQ(
+            dump.substr(0, dump.find(" + ") + 3),
+            address + std::string("test_stackwalk ") +
+                TracedFunctionName("chain::Level" + std::to_string(3 - i), "StackTrace&, int") +
+                " + ");
     }
-}
-
-TEST(StackTrace, HoldsAtMostItsCapacity) {
-    ExceptStackTrace except;
     FailureStackTrace failure;
-    chain::Recurse(except, 40);
+    chain::Recurse(trace, 40);
     chain::Recurse(failure, 40);
-    EXPECT_EQ(except.Count(), 8);
-    EXPECT_EQ(failure.Count(), 15);
-
-    except.Capture(100000);  // more to skip than there are frames
-    EXPECT_EQ(except.Count(), 0);
-    EXPECT_TRUE(Dump(&except).empty());
-    EXPECT_TRUE(Dump(nullptr).empty());
+    EXPECT_EQ(std::make_pair(trace.Count(), failure.Count()), std::make_pair(8, 15));
+    trace.Capture(100000);  // more to skip than there are frames
+    EXPECT_EQ(trace.Count(), 0);
+    EXPECT_EQ(Dump(&trace) + Dump(nullptr), "");
 }
 
 TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
     // Each frame: the next frame, then the return address. The last points into memory that
-    // is never mapped.
-    StackAddress frames[3][2];
+    // is never mapped; a frame that points at itself runs to the capacity.
+    StackAddress frames[3][2] = {{0, 0x111}, {0, 0x222}, {16, 0x333}};
     frames[0][0] = reinterpret_cast<StackAddress>(frames[1]);
-    frames[0][1] = 0x111;
     frames[1][0] = reinterpret_cast<StackAddress>(frames[2]);
-    frames[1][1] = 0x222;
-    frames[2][0] = 16;
-    frames[2][1] = 0x333;
     StackAddress loop[2] = {reinterpret_cast<StackAddress>(loop), 0x444};
     const StackAddress start = reinterpret_cast<StackAddress>(frames[0]);
     const struct {
-        StackAddress frame;
-        StackAddress pc;
+        StackAddress frame, pc;
         int32_t skip;
         std::vector<StackAddress> expected;
     } rows[] = {
@@ -127,32 +103,34 @@ TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
     for (const auto& r : rows) {
         ExceptStackTrace trace;
         trace.CaptureFrom(r.frame, r.pc, r.skip);
-        EXPECT_EQ(std::vector<StackAddress>(trace.Addresses(), trace.Addresses() + trace.Count()),
-                  r.expected)
-            << "skip " << r.skip;
+        EXPECT_EQ(TraceOf(trace), r.expected) << "skip " << r.skip;
     }
 }
 
+// Mode 2 names every module, mode 1 the main module alone, mode 0 nothing; a name is cut to
+// 49 characters. An unmapped address is unknown in every mode.
 TEST(StackDecoder, NamesByMode) {
-    const StackAddress own = AddressOf(chain::AnExceedinglyLongFunctionNameThatCannotFitInTheField);
+    auto name = [](StackAddress address, int32_t mode) {
+        StackDecoder decoder(&address, 1);
+        decoder.SetMode(mode);
+        const FixedList<DecodedFrame> frames = decoder.Decode();
+        EXPECT_EQ(frames.Length(), 1);
+        return std::string(frames[0].name) + " + " + std::to_string(frames[0].offset);
+    };
+    const StackAddress own =
+        reinterpret_cast<StackAddress>(chain::AnExceedinglyLongFunctionNameThatCannotFitInTheField);
     // The C library's stream record lies in the C library's own data.
     const StackAddress library = reinterpret_cast<StackAddress>(stderr);
-    const std::string unknown = "<unknown> <unknown>";
-
-    uint32_t offset = 99;
-    const std::string longName = NameOf(own + 3, 2, &offset);
+    const std::string unknown = "<unknown> <unknown> + 0";
     EXPECT_EQ(
-        longName,
-        std::string("test_stackwalk chain::AnExceedinglyLongFunctionNameThatCannot").substr(0, 49));
-    EXPECT_EQ(offset, 3u);
-    EXPECT_EQ(NameOf(own, 1).substr(0, 15), "test_stackwalk ");
-    EXPECT_EQ(NameOf(own, 0, &offset), unknown);
-    EXPECT_EQ(offset, 0u);
-    // Mode 1 names the main module alone.
-    EXPECT_NE(NameOf(library, 2).substr(0, 10), "<unknown> ");
-    EXPECT_EQ(NameOf(library, 1), unknown);
-    for (int32_t mode : {0, 1, 2}) EXPECT_EQ(NameOf(16, mode, &offset), unknown);
-    EXPECT_EQ(offset, 0u);
+        name(own + 3, 2),
+        std::string("test_stackwalk chain::AnExceedinglyLongFunctionNameThatCannot").substr(0, 49) +
+            " + 3");
+    EXPECT_EQ(name(own, 1).substr(0, 15), "test_stackwalk ");
+    EXPECT_EQ(name(own, 0), unknown);
+    EXPECT_NE(name(library, 2).substr(0, 10), "<unknown> ");
+    EXPECT_EQ(name(library, 1), unknown);
+    for (int32_t mode : {0, 1, 2}) EXPECT_EQ(name(16, mode), unknown);
 }
 
 }  // namespace
@@ -181,7 +159,9 @@ TEST(StackTrace, NamesFunctionsThatAreNotExported) {
         GTEST_SKIP() << "this build names exported functions alone";
     ExceptStackTrace trace;
     CallsStatic(trace);
-    const std::vector<std::string> lines = Dump(&trace);
+    std::vector<std::string> lines;
+    std::istringstream dump(Dump(&trace));
+    for (std::string line; std::getline(dump, line);) lines.push_back(line);
     ASSERT_GE(lines.size(), 2u);
     EXPECT_NE(lines[0].find(" - test_stackwalk CaptureInStatic"), std::string::npos) << lines[0];
     EXPECT_NE(lines[1].find(" - test_stackwalk " + InAnonymousNamespace("CallsStatic")),

@@ -1,16 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string>
 
 #include "mg/mxexcept.h"
 #include "mg/stringoutput.h"
 #include "platform/faults.h"
-#include "platform/platform.h"
 #include "support/host_rules.h"
+#include "support/run_tool.h"
 #include "support/scoped_variable.h"
 
 namespace {
@@ -20,19 +16,13 @@ struct DebuggerText {
     DebuggerText() { plat::CaptureDebuggerOutput(Sink, this); }
     ~DebuggerText() { plat::CaptureDebuggerOutput(nullptr, nullptr); }
     static void Sink(const char* text, void* self) {
-        static_cast<DebuggerText*>(self)->texts.push_back(text);
+        static_cast<DebuggerText*>(self)->text += text;
     }
-    std::vector<std::string> texts;
+    std::string text;
 };
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-// A sink that prints into itself from inside its output.
+// A sink that prints into itself from inside its output: the nested call is dropped and
+// gives the count before the outer call ends.
 struct SelfPrinting : FormattingStringOutput {
     void Output(const char* format, va_list args) override {
         text.append(buffer, static_cast<size_t>(FormatInto(buffer, kOutputLimit, format, args)));
@@ -43,28 +33,20 @@ struct SelfPrinting : FormattingStringOutput {
     char buffer[kBufferSize];
 };
 
-TEST(FormattingSink, CountsCallsAndDropsNestedOnes) {
-    SelfPrinting sink;
-    EXPECT_EQ(sink.Printf("one %ld", 1), 1);
-    EXPECT_EQ(sink.nested, 0);  // the count before the outer call ends
-    EXPECT_EQ(sink.Printf("two"), 2);
-    EXPECT_EQ(sink.nested, 1);
-    EXPECT_EQ(sink.text, "one 1two");
-}
-
-TEST(FormattingSink, CutsEachCallAt512Characters) {
+// Each call is counted, cut at 512 characters, and formatted by the engine (its "\n" is
+// CR LF). A tee forwards to both of its sinks and gives the second one's count.
+TEST(FormattingSink, CountsCutsDropsNestedCallsAndTees) {
+    SelfPrinting self;
+    EXPECT_EQ(self.Printf("one %ld", 1), 1);
+    EXPECT_EQ(self.nested, 0);
+    EXPECT_EQ(self.Printf("two"), 2);
+    EXPECT_EQ(self.nested, 1);
+    EXPECT_EQ(self.text, "one 1two");
     DebuggerText channel;
     std::unique_ptr<StringOutput> sink(MakeDebuggerOutput());
-    ASSERT_NE(sink, nullptr);
-    const std::string text(600, 'x');
-    EXPECT_EQ(sink->Printf("%s", text.c_str()), 1);
-    EXPECT_EQ(sink->Printf("a\\nb"), 2);  // the engine's escape: CR LF
-    ASSERT_EQ(channel.texts.size(), 2u);
-    EXPECT_EQ(channel.texts[0], std::string(512, 'x'));
-    EXPECT_EQ(channel.texts[1], "a\r\nb");
-}
-
-TEST(FormattingSink, StandardStreams) {
+    EXPECT_EQ(sink->Printf("%s", std::string(600, 'x').c_str()), 1);
+    EXPECT_EQ(sink->Printf("a\\nb"), 2);
+    EXPECT_EQ(channel.text, std::string(512, 'x') + "a\r\nb");
     StdErrStringOutput err;
     std::unique_ptr<StringOutput> console(MakeConsoleOutput());
     testing::internal::CaptureStderr();
@@ -73,176 +55,118 @@ TEST(FormattingSink, StandardStreams) {
     console->Printf("%x", 255);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), ConsoleTextInStandardOutput("FF"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "42-e");
-}
-
-class FileSink : public testing::Test {
-  protected:
-    void SetUp() override {
-        path = testing::TempDir() + "sink_" +
-               testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt";
-        std::remove(path.c_str());
-        name = std::make_unique<OutputFileName>(kOutputNameAsGiven, path.c_str(), 0);
-    }
-    void TearDown() override { std::remove(path.c_str()); }
-
-    // Opens the file in `mode`, writes `text`, and closes it.
-    void Write(int32_t mode, const char* text) {
-        std::unique_ptr<StringOutput> sink(MakeFileOutput(name.get()));
-        ASSERT_NE(sink, nullptr);
-        sink->Open(mode);
-        sink->Printf("%s", text);
-    }
-
-    std::string path;
-    std::unique_ptr<OutputFileName> name;
-};
-
-TEST_F(FileSink, TruncatesOrAppendsByMode) {
-    const struct {
-        int32_t mode;
-        const char* text;
-        const char* file;
-    } rows[] = {
-        {0, "first", "first"}, {1, "+one", "first+one"},   {2, "+two", "first+one+two"},
-        {0, "again", "again"}, {5, "+five", "again+five"},
-    };
-    for (const auto& r : rows) {
-        Write(r.mode, r.text);
-        EXPECT_EQ(ReadFile(path), r.file) << "mode " << r.mode;
-    }
-}
-
-TEST_F(FileSink, StaysSilentWhenNotOpen) {
-    const std::string missing = testing::TempDir() + "no_such_directory/x.txt";
-    const OutputFileName unreachable(kOutputNameAsGiven, missing.c_str(), 0);
-    const struct {
-        const OutputName* name;
-        bool open;
-    } rows[] = {{&unreachable, true}, {nullptr, true}, {name.get(), false}};
-    for (const auto& r : rows) {
-        FileStringOutput sink(r.name);
-        if (r.open) sink.Open(0);
-        EXPECT_EQ(sink.Printf("a"), 1);
-        EXPECT_EQ(sink.Printf("b"), 2);
-    }
-    EXPECT_FALSE(std::ifstream(missing).good());
-    EXPECT_FALSE(std::ifstream(path).good());
-}
-
-TEST(TeeSink, ForwardsToBothAndGivesTheLastResult) {
-    DebuggerText channel;
     DebuggerStringOutput a, b;
     b.Printf("b's first");
-    const struct {
-        StringOutput* first;
-        StringOutput* second;
-        int32_t result;  // a's and b's counts go up by one a call
-        const char* texts;
-    } rows[] = {{&a, &b, 2, "7,7,"},
-                {&a, nullptr, 2, "7,"},
-                {nullptr, &b, 3, "7,"},
-                {nullptr, nullptr, 0, ""}};
-    for (const auto& r : rows) {
-        channel.texts.clear();
-        TeeStringOutput tee(r.first, r.second);
+    for (const auto& [first, second, result, texts] :
+         {std::tuple<StringOutput*, StringOutput*, int32_t, const char*>{&a, &b, 2, "7,7,"},
+          {&a, nullptr, 2, "7,"},
+          {nullptr, &b, 3, "7,"},
+          {nullptr, nullptr, 0, ""}}) {
+        channel.text.clear();
+        TeeStringOutput tee(first, second);
         tee.Open(1);
-        EXPECT_EQ(tee.Printf("%ld,", 7), r.result);
-        std::string texts;
-        for (const auto& t : channel.texts) texts += t;
-        EXPECT_EQ(texts, r.texts);
+        EXPECT_EQ(tee.Printf("%ld,", 7), result);
+        EXPECT_EQ(channel.text, texts);
     }
 }
 
-std::string TempDirectory() {
-    char dir[OutputFileName::kNameSize];
-    plat::TempDirectory(dir, sizeof dir);
-    return dir;
-}
-
-std::string ProgramDirectory() {
-    char path[4096];
-    plat::ModuleFileName(path, sizeof path);
-    std::string text = path;
-    return text.substr(0, text.rfind(plat::DirectorySeparator()) + 1);
-}
-
-TEST(OutputFileName, BuildsNamesByKind) {
-    const std::string temp = TempDirectory();
-    ASSERT_FALSE(temp.empty());
-    EXPECT_EQ(temp.back(), plat::DirectorySeparator());
-    const struct {
-        int32_t kind;
-        uint8_t suffix;
-        std::string expected;
-    } rows[] = {
-        {0, 0, temp + "log"},
-        {3, 0, temp + "log"},
-        {0, 1, temp + "log.txt"},
-        {1, 0, "log"},
-        {-5, 1, "log.txt"},
-        {2, 0, ProgramDirectory() + "log"},
-        {2, 1, ProgramDirectory() + "log.txt"},
-    };
-    for (const auto& r : rows) {
-        const OutputFileName name(r.kind, "log", r.suffix);
-        EXPECT_EQ(name.GetName(), r.expected) << "kind " << r.kind;
-        std::unique_ptr<OutputName> clone(name.Clone());
-        ASSERT_NE(clone, nullptr);
-        EXPECT_EQ(clone->GetName(), r.expected);
+// Mode 0 truncates, every other mode appends; a sink that isn't open (no name, a name that
+// can't be opened, or never opened) writes nothing but still counts.
+TEST(FileSink, TruncatesOrAppendsByModeAndStaysSilentWhenNotOpen) {
+    TempDir dir;
+    const std::string path = (dir.path / "sink.txt").string();
+    const OutputFileName name(kOutputNameAsGiven, path.c_str(), 0);
+    for (const auto& [mode, text, file] : {std::tuple{0, "first", "first"},
+                                           {1, "+one", "first+one"},
+                                           {2, "+two", "first+one+two"},
+                                           {0, "again", "again"},
+                                           {5, "+five", "again+five"}}) {
+        std::unique_ptr<StringOutput> sink(MakeFileOutput(&name));
+        sink->Open(mode);
+        sink->Printf("%s", text);
+        sink.reset();
+        EXPECT_EQ(SlurpFile(path), file) << "mode " << mode;
     }
+    const std::string missing = (dir.path / "no_such_directory" / "x.txt").string();
+    const OutputFileName unreachable(kOutputNameAsGiven, missing.c_str(), 0), unopened(1, "u", 0);
+    for (const auto& [outputName, open] : {std::pair<const OutputName*, bool>{&unreachable, true},
+                                           {nullptr, true},
+                                           {&unopened, false}}) {
+        FileStringOutput sink(outputName);
+        if (open) sink.Open(0);
+        EXPECT_EQ((std::vector<int32_t>{sink.Printf("a"), sink.Printf("b")}),
+                  (std::vector<int32_t>{1, 2}));
+    }
+    EXPECT_FALSE(std::filesystem::exists(missing) || std::filesystem::exists("u"));
 }
 
-TEST(OutputFileName, LimitsAndTheirTexts) {
+// Names by kind, clones alike, and the limits of each kind with their texts.
+TEST(OutputFileName, NamesByKindAndTheirLimits) {
+    char buffer[OutputFileName::kNameSize];
+    ASSERT_GT(plat::TempDirectory(buffer, sizeof buffer), 0);
+    const std::string temp = buffer;
+    const std::string program = ThisProgram().parent_path().string() + plat::DirectorySeparator();
     // Room behind the temporary directory: its length + n + 2 may be 289.
-    const int32_t tempRoom = 289 - 2 - static_cast<int32_t>(TempDirectory().size());
+    const int32_t room = 289 - 2 - static_cast<int32_t>(temp.size());
+    const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n');
     const struct {
         int32_t kind;
-        int32_t length;
+        std::string name;
         uint8_t suffix;
-        const char* error;  // null: accepted
+        std::string expected;  // the name, or the detail of the exception 7
     } rows[] = {
-        {1, 288, 0, nullptr},
-        {1, 289, 0, "Path too long"},
-        {1, 288, 1, "GetModuleFileName failed"},
-        {1, 284, 1, nullptr},
-        {1, 285, 1, "GetModuleFileName failed"},
-        {0, tempRoom, 0, nullptr},
-        {0, tempRoom + 1, 0, "Path too long"},
-        {3, tempRoom + 1, 0, "Path too long"},
+        {0, "log", 0, temp + "log"},
+        {3, "log", 0, temp + "log"},
+        {0, "log", 1, temp + "log.txt"},
+        {1, "log", 0, "log"},
+        {-5, "log", 1, "log.txt"},
+        {2, "log", 0, program + "log"},
+        {2, "log", 1, program + "log.txt"},
+        {1, n288, 0, n288},
+        {1, n289, 0, "Path too long"},
+        {1, n288, 1, "GetModuleFileName failed"},
+        {1, n284, 1, n284 + ".txt"},
+        {1, n285, 1, "GetModuleFileName failed"},
+        {0, std::string(room, 'n'), 0, temp + std::string(room, 'n')},
+        {0, std::string(room + 1, 'n'), 0, "Path too long"},
+        {3, std::string(room + 1, 'n'), 0, "Path too long"},
     };
     for (const auto& r : rows) {
-        const std::string text(static_cast<size_t>(r.length), 'n');
-        SCOPED_TRACE(testing::Message() << "kind " << r.kind << " length " << r.length);
+        SCOPED_TRACE(testing::Message() << "kind " << r.kind << " length " << r.name.size());
+        std::string got;
+        bool threw = false;
         try {
-            const OutputFileName name(r.kind, text.c_str(), r.suffix);
-            EXPECT_EQ(r.error, nullptr);
-            EXPECT_LT(strlen(name.GetName()), 289u);
+            const OutputFileName name(r.kind, r.name.c_str(), r.suffix);
+            std::unique_ptr<OutputName> clone(name.Clone());
+            EXPECT_STREQ(clone->GetName(), name.GetName());
+            got = name.GetName();
         } catch (const MXExcept& e) {
-            ASSERT_NE(r.error, nullptr);
             EXPECT_EQ(e.GetError(), 7);
-            EXPECT_STREQ(e.GetDetail(), r.error);
+            got = e.GetDetail();
+            threw = true;
         }
-        std::unique_ptr<OutputName> made(MakeOutputName(r.kind, text.c_str(), r.suffix));
-        EXPECT_EQ(made == nullptr, r.error != nullptr);
+        EXPECT_EQ(got, r.expected);
+        std::unique_ptr<OutputName> made(MakeOutputName(r.kind, r.name.c_str(), r.suffix));
+        EXPECT_EQ(made ? std::string(made->GetName()) : "", threw ? "" : got);
     }
     try {
         OutputFileName name(0, nullptr, 0);
         ADD_FAILURE() << "a null name was taken";
     } catch (const MXExcept& e) {
-        EXPECT_EQ(e.GetError(), 1);
-        EXPECT_STREQ(e.GetDetail(), "inFilename is NULL");
+        EXPECT_EQ(std::make_pair(e.GetError(), std::string(e.GetDetail())),
+                  std::make_pair(1, std::string("inFilename is NULL")));
     }
     EXPECT_EQ(MakeOutputName(1, nullptr, 0), nullptr);
 }
 
 TEST(Factories, GiveNullWhenMemoryFails) {
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(MakeDebuggerOutput(), nullptr);
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(MakeOutputName(1, "x", 0), nullptr);
     const OutputFileName name(1, "x", 0);
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(name.Clone(), nullptr);
+    for (auto make : {+[](const OutputFileName*) -> void* { return MakeDebuggerOutput(); },
+                      +[](const OutputFileName*) -> void* { return MakeOutputName(1, "x", 0); },
+                      +[](const OutputFileName* n) -> void* { return n->Clone(); }}) {
+        plat::FailGlobalNewAt(1);
+        EXPECT_EQ(make(&name), nullptr);
+    }
     plat::ResetFaults();
 }
 

@@ -1,12 +1,10 @@
 // What a POSIX host decides where the other host's notions have no POSIX meaning: links play
 // shortcuts, "/" is an ordinary directory, drives and volumes are mount points, the mode bits
 // are the permissions, and names the Windows grammar refuses are ordinary.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "filemgr/dirs_env.h"
 #include "support/memory_env.h"
@@ -18,80 +16,60 @@ namespace {
 TEST_F(DirsTest, LinksPlayShortcuts) {
     Make("b.txt");
     MakeDir("c");
-    fs::create_symlink(dir.path / "b.txt", dir.path / "link-file");
-    fs::create_symlink(dir.path / "c", dir.path / "link-dir");
-    fs::create_symlink(dir.path / "gone", dir.path / "dangling");
-    fs::create_symlink("/", dir.path / "to-root");
+    for (const auto& [target, link] : {std::pair{dir.path / "b.txt", "link-file"},
+                                       {dir.path / "c", "link-dir"},
+                                       {dir.path / "gone", "dangling"},
+                                       {fs::path("/"), "to-root"}})
+        fs::create_symlink(target, dir.path / link);
     OwnedPath p(dir.path.string());
     OwnedHandle names, types;
     ASSERT_EQ(FDirEntries(p, names, types), MgNoError);
-    struct Row {
-        const char* name;
-        uint32_t flags;
-    } expected[] = {{"b.txt", EntryIsFile},
-                    {"c", 0},
-                    {"dangling", EntryIsFile | EntryIsShortcut | EntryUnreadable},
-                    {"link-dir", EntryIsShortcut},
-                    {"link-file", EntryIsFile | EntryIsShortcut},
-                    {"to-root", EntryIsShortcut | EntryHasType}};
-    std::vector<std::string> listed = Names(names);
-    ASSERT_EQ(listed.size(), std::size(expected));
-    for (int32_t i = 0; i < int32_t(std::size(expected)); ++i) {
-        SCOPED_TRACE(expected[i].name);
-        EXPECT_EQ(listed[i], expected[i].name);
-        EXPECT_EQ(Record(types, i).flags, expected[i].flags);
-        if (expected[i].flags & EntryHasType) {
-            EXPECT_TRUE(IsVolumeKind(Record(types, i).type));
-        } else {
-            EXPECT_EQ(Record(types, i).type, 0u);
-        }
-    }
-
+    Entries listed = EntriesOf(names, types);
+    ASSERT_EQ(listed.size(), 6u);
+    EXPECT_TRUE(IsVolumeKind(std::get<2>(listed[5])));  // the root's kind of volume
+    std::get<2>(listed[5]) = 0;
+    EXPECT_EQ(listed, (Entries{{"b.txt", EntryIsFile, 0},
+                               {"c", 0, 0},
+                               {"dangling", EntryIsFile | EntryIsShortcut | EntryUnreadable, 0},
+                               {"link-dir", EntryIsShortcut, 0},
+                               {"link-file", EntryIsFile | EntryIsShortcut, 0},
+                               {"to-root", EntryIsShortcut | EntryHasType, 0}}));
     // A path through a link resolves to the real directory, the missing rest kept.
     OwnedPath viaLink(Name("link-dir/leaf"));
     Path resolved = FResolvedPath(nullptr, viaLink);
     ASSERT_NE(resolved, nullptr);
     EXPECT_EQ(PathText(resolved), fs::canonical(dir.path).string() + "/c/leaf");
     FPathRelease(resolved);
-
     // Deleting a link removes the link, never its target, also a dangling one.
     for (const char* leaf : {"link-dir", "link-file", "dangling"}) {
         OwnedPath link(Name(leaf));
         EXPECT_EQ(FDeleteEntry(link), MgNoError) << leaf;
         EXPECT_FALSE(fs::is_symlink(Name(leaf))) << leaf;
     }
-    EXPECT_TRUE(fs::is_directory(Name("c")));
-    EXPECT_TRUE(fs::exists(Name("b.txt")));
+    EXPECT_TRUE(fs::is_directory(Name("c")) && fs::exists(Name("b.txt")));
 }
 
 // "/" is a directory like any other: the empty path lists it, not the volumes, and its
-// information has real dates.
-TEST_F(DirsTest, TheRootIsADirectory) {
-    OwnedHandle names;
+// information has real dates. The drives are the mounted file systems.
+TEST_F(DirsTest, TheRootIsADirectoryAndDrivesAreMounts) {
+    OwnedHandle names, drives, types;
     Path root = FEmptyPath(nullptr);
     ASSERT_EQ(FDirEntries(root, names, nullptr), MgNoError);
-    std::vector<std::string> top = Names(names);
+    const std::vector<std::string> top = Names(names);
     EXPECT_NE(std::find(top.begin(), top.end(), "tmp"), top.end());
     FileInfo info;
     memset(&info, 0xAB, sizeof info);
     ASSERT_EQ(FFileInfoOf(root, &info), MgNoError);
-    EXPECT_EQ(info.isDirectory, 1);
-    EXPECT_EQ(info.hiddenFlag, 0);
-    EXPECT_EQ(info.spareWord1 | info.spareWord2, 0);
+    EXPECT_EQ(std::make_tuple(info.isDirectory, info.hiddenFlag, info.spareWord1 | info.spareWord2),
+              std::make_tuple(1, 0, 0));
     EXPECT_GT(info.modified, 0u);
     FPathRelease(root);
-}
-
-TEST_F(DirsTest, DrivesAreTheMountedFileSystems) {
-    OwnedHandle names, types;
-    ASSERT_EQ(FDriveEntries(names, types), MgNoError);
-    std::vector<std::string> drives = Names(names);
-    EXPECT_NE(std::find(drives.begin(), drives.end(), "/"), drives.end());
-    ASSERT_EQ(MemHandleSize(types), 8 * static_cast<int32_t>(drives.size()));
-    for (size_t i = 0; i < drives.size(); ++i) {
-        EXPECT_EQ(Record(types, i).flags, uint32_t(EntryHasType)) << drives[i];
-        EXPECT_TRUE(IsVolumeKind(Record(types, i).type)) << drives[i];
-    }
+    ASSERT_EQ(FDriveEntries(drives, types), MgNoError);
+    const std::vector<std::string> mounts = Names(drives);
+    EXPECT_NE(std::find(mounts.begin(), mounts.end(), "/"), mounts.end());
+    ASSERT_EQ(MemHandleSize(types), 8 * static_cast<int32_t>(mounts.size()));
+    for (const auto& [name, flags, type] : EntriesOf(drives, types))
+        EXPECT_TRUE(flags == EntryHasType && IsVolumeKind(type)) << name;
 }
 
 // Names the Windows grammar refuses are ordinary names here.
@@ -105,7 +83,6 @@ TEST_F(DirsTest, WindowsReservedNamesAreOrdinary) {
 
 // The volume of a path is the mount point of its file system.
 TEST_F(DirsTest, Volumes) {
-    std::string file = Make("f");
     struct stat st;
     stat(dir.path.c_str(), &st);
     fs::path mount = dir.path;
@@ -113,25 +90,22 @@ TEST_F(DirsTest, Volumes) {
                          stat(mount.parent_path().c_str(), &up) == 0 && up.st_dev == st.st_dev;)
         mount = mount.parent_path();
     Path volume = nullptr;
-    OwnedPath p(file);
+    OwnedPath p(Make("f")), relative("a");
     ASSERT_EQ(FVolumeOf(p, &volume), MgNoError);
     EXPECT_EQ(PathText(volume), mount.string());
     FPathRelease(volume);
-
     double freeBytes = -1, totalBytes = -1;
     ASSERT_EQ(FVolumeBytes(p, &freeBytes, &totalBytes), MgNoError);
     struct statvfs v;
     statvfs(mount.c_str(), &v);
-    EXPECT_EQ(totalBytes, double(v.f_blocks) * v.f_frsize);
+    const uint64_t total = uint64_t(v.f_blocks) * v.f_frsize;
+    EXPECT_EQ(totalBytes, double(total));
     EXPECT_EQ(FVolumeBytes(p, nullptr, nullptr), MgNoError);
-
     uint32_t figures[3] = {};
     ASSERT_EQ(FVolumeSpace(p, figures), MgNoError);
     EXPECT_EQ(PathText(p), mount.string());  // cut to its volume
-    uint64_t total = uint64_t(v.f_blocks) * v.f_frsize;
     EXPECT_EQ(figures[0], total > 0xFFFFFFFFu ? 0xFFFFFFFFu : uint32_t(total));
     EXPECT_LE(figures[2], figures[0]);
-    OwnedPath relative("a");
     EXPECT_EQ(FVolumeSpace(relative, figures), MgBadArgument);
 }
 

@@ -1,9 +1,7 @@
 // What a Windows host decides: the drives are letters, the empty path is the level above them,
 // a path's volume is its drive, and the grammar refuses the names the host reserves.
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "filemgr/dirs_env.h"
 #include "support/memory_env.h"
@@ -18,11 +16,10 @@ TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
     const std::vector<std::string> drives = Names(names);
     const std::string ours = dir.path.root_name().string().substr(0, 1);
     EXPECT_NE(std::find(drives.begin(), drives.end(), ours), drives.end()) << ours;
-    for (size_t i = 0; i < drives.size(); ++i) {
-        EXPECT_TRUE(drives[i].size() == 1 && drives[i][0] >= 'A' && drives[i][0] <= 'Z');
-        EXPECT_EQ(Record(types, i).flags, uint32_t(EntryHasType)) << drives[i];
-        EXPECT_TRUE(IsVolumeKind(Record(types, i).type)) << drives[i];
-    }
+    for (const auto& [name, flags, type] : EntriesOf(names, types))
+        EXPECT_TRUE(name.size() == 1 && name[0] >= 'A' && name[0] <= 'Z' && flags == EntryHasType &&
+                    IsVolumeKind(type))
+            << name;
     Path top = FEmptyPath(nullptr);
     OwnedHandle listed;
     ASSERT_EQ(FDirEntries(top, listed, nullptr), MgNoError);
@@ -30,11 +27,9 @@ TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
     FileInfo info;
     memset(&info, 0xAB, sizeof info);
     ASSERT_EQ(FFileInfoOf(top, &info), MgNoError);
-    EXPECT_EQ(info.isDirectory, 1);
-    EXPECT_EQ(info.size, int32_t(drives.size()));
-    EXPECT_EQ(info.permissions, 0);
-    EXPECT_EQ(info.hiddenFlag, 0);
-    EXPECT_EQ(FPathExistsAs(top), 2);
+    EXPECT_EQ(std::make_tuple(info.isDirectory, info.size, info.permissions, info.hiddenFlag,
+                              FPathExistsAs(top)),
+              std::make_tuple(1, int32_t(drives.size()), 0, 0, 2));
     FPathRelease(top);
 }
 
@@ -47,8 +42,7 @@ TEST_F(DirsTest, VolumeIsTheDrive) {
     FPathRelease(volume);
     double freeBytes = -1, totalBytes = -1;
     ASSERT_EQ(FVolumeBytes(p, &freeBytes, &totalBytes), MgNoError);
-    EXPECT_GT(totalBytes, 0);
-    EXPECT_LE(freeBytes, totalBytes);
+    EXPECT_TRUE(totalBytes > 0 && freeBytes <= totalBytes);
     uint32_t figures[3] = {};
     ASSERT_EQ(FVolumeSpace(p, figures), MgNoError);
     EXPECT_EQ(PathText(p), root);  // cut to its volume

@@ -1,0 +1,256 @@
+// Whole runs of the built tool: the bytes of the packages it writes, its exit statuses, and its
+// silence on errors; runs with -r (resources copied into the package) and -vi (an existing
+// file updated in place), whose packages are read back with the resource manager itself.
+#include <cctype>
+#include <tuple>
+
+#include "resource/crafted_files.h"
+#include "resource/resource_env.h"
+#include "support/host_rules.h"
+#include "support/run_tool.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const Bytes kHello = {'H', 'E', 'L', 'L', 'O'};
+
+// The package of a code name and its module, as it must stand byte for byte on every host:
+// the map goes out with its dirty bit (0x20), cleared only after the write.
+std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
+    Bytes b =
+        BuildFile({{"PLAT", {{0, name, {'i', '3', '8', '6'}}}}, {"MXSB", {{0, name, module}}}}, 3,
+                  "MXSB", "MXDX");
+    b[Big32At(b, 16) + 43] = 0x20;
+    return std::string(b.begin(), b.end());
+}
+
+// Odd sizes are padded in the data section, never in the module.
+TEST(PackageCli, ModuleSizesArePackedWhole) {
+    for (size_t size : {0u, 3u, 4093u, (5u << 20) + 3}) {
+        TempDir dir;
+        const Bytes module = Fill(size, 7);
+        WriteBytes(dir.path / "m.dll", module);
+        ASSERT_EQ(RunTool({"m", "-d", dir.path.string()}, dir.path).status, 0) << size;
+        EXPECT_TRUE(SlurpFile(dir.path / "m.msb") == WorkedPackage("m", module)) << size;
+    }
+}
+
+// The one line the tool prints, on the error stream, only when it made the package; failed
+// runs print nothing at all (every complaint of the packager is run through the real tool in
+// the packager's messages suite).
+TEST(PackageCli, StatusesAndTheSuccessLine) {
+    TempDir dir;
+    WriteBytes(dir.path / "foo.dll", kHello);
+    auto made = [](const char* type) {
+        return "Meridax resource file, type '" + std::string(type) +
+               "', name 'foo.msb', created properly." + TextLineEnd();
+    };
+    const struct {
+        std::vector<std::string> args;
+        int status;
+        std::string err;
+    } rows[] = {{{"foo"}, 0, made("CIN ")},
+                {{"-c", "foo", "-t", "CIN"}, 0, made("CIN ")},
+                {{"-c", "foo", "-t", "'CIN"}, 0, made("CIN ")},
+                {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, made("DRVR")},
+                {{"-c", "foo", "-v", "12"}, 1, ""},
+                {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""}};
+    for (const auto& row : rows) {
+        ToolResult r = RunTool(row.args, dir.path);
+        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(row.status, "", row.err))
+            << testing::PrintToString(row.args);
+    }
+}
+
+// The directory and the code name as a user may spell them: with or without the separator
+// at the end, and in another case, which names on a Windows host ignore and on a POSIX host
+// don't. Each package made is the same bytes, announced by the success line; an older,
+// longer package is replaced whole, not written over.
+TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
+    TempDir dir;
+    WriteBytes(dir.path / "foo.dll", kHello);
+    const std::string d = dir.path.string(), upper = [](std::string t) {
+        for (char& c : t) c = char(toupper(static_cast<unsigned char>(c)));
+        return t;
+    }(d);
+    // A blank and a separator at the end: the argument is quoted where the host quotes.
+    const fs::path spaced = dir.path / "a b";
+    fs::create_directory(spaced);
+    WriteBytes(spaced / "foo.dll", kHello);
+    const bool caseBlind = WindowsHost();
+    const struct {
+        std::string name, directory;
+        int status;
+    } rows[] = {
+        {"foo", d, 0},
+        {"foo", (dir.path / "").string(), 0},
+        {"foo", upper, caseBlind || upper == d ? 0 : 2},
+        {"FOO", d, caseBlind ? 0 : 2},
+        {"foo", (spaced / "").string(), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name + " in " + row.directory);
+        const fs::path package = fs::path(row.directory) / (row.name + ".msb");
+        if (row.status == 0) WriteBytes(package, Bytes(5000, 'x'));
+        ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
+        EXPECT_EQ(r.status, row.status);
+        if (row.status != 0) continue;
+        EXPECT_EQ(r.err, "Meridax resource file, type 'CIN ', name '" + row.name +
+                             ".msb', created properly." + TextLineEnd());
+        EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
+        fs::remove(package);
+    }
+}
+
+// Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off anyway,
+// so the module looked up is 255 characters long and the package base 251. Where the host's
+// longest native name can't hold the directory and such a name, the package can't be built.
+TEST(PackageCli, LongCodeNames) {
+    for (size_t length : {251u, 252u, 254u, 255u}) {
+        TempDir dir;
+        const bool fits =
+            (dir.path / std::string(255, 'n')).string().size() <= size_t(plat::NativeNameMax());
+        std::string name(length, 'n');
+        WriteBytes(dir.path / (name + std::string(".dll").substr(0, 255 - length)),
+                   {'C', 'O', 'D', 'E'});
+        EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
+        EXPECT_EQ(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb")), fits)
+            << length;
+    }
+}
+
+const std::vector<Res> kOwn = {{"PLAT", 0, "foo", B("i386")}, {"MXSB", 0, "foo", B("HELLO")}};
+
+// Runs `args` on a directory holding foo.dll ("HELLO") and the file `name` with `bytes`;
+// gives the status and what `name` and foo.msb hold afterwards.
+struct Outcome {
+    int status;
+    Bytes file;
+    std::vector<Res> records, package;
+};
+Outcome RunWith(std::vector<std::string> args, const std::string& name, const Bytes& bytes,
+                const std::string& module = "HELLO", const std::string& code = "foo") {
+    TempDir dir;
+    WriteBytes(dir.path / (code + ".dll"), B(module));
+    if (!bytes.empty()) WriteBytes(dir.path / name, bytes);
+    args.push_back((dir.path / name).string());
+    const int status = RunTool(args, dir.path).status;
+    const bool replacing = args[args.size() - 2] == "-vi";
+    EXPECT_FALSE(replacing && fs::exists(dir.path / (code + ".msb")));
+    return {status, B(SlurpFile(dir.path / name)),
+            replacing ? FileRecords((dir.path / name).string()) : std::vector<Res>{},
+            FileRecords((dir.path / (code + ".msb")).string())};
+}
+
+TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
+    const Bytes big = Fill(5000, 1);
+    // Types in an order no sort would give; ids out of order within a type.
+    const std::vector<Res> source = {
+        {"STR ", 5, "five", B("abc")},
+        {"STR ", 2, "", B("unnamed")},
+        {"ICON", 128, "icon", big, RAttrProtected},
+        {"ICON", -3, "", {}},
+        {"DATA", 1, "d", B("xyz!")},
+        {"PLAT", 7, "other", B("ppc ")},  // only id 0 of the package's types collides
+    };
+    const Bytes file = BuildFile(Layout(source));
+    const Outcome r = RunWith({"-c", "foo", "-r"}, "src.rsrc", file);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.file, file);  // the source is only read
+    EXPECT_EQ(r.package, (std::vector<Res>{kOwn[0], source[5], kOwn[1], source[1], source[0],
+                                           source[3], source[2], source[4]}));
+}
+
+// The module and platform entries named like the code swap ids with the new ones; other
+// entries of the code's name go, the rest stay. A target not holding the module is left alone.
+TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
+    const std::vector<Res> withoutModule = {{"MXSB", 7, "bar", B("x")},
+                                            {"PLAT", 9, "foo", B("i386")}};
+    const Res bar = {"LIsb", 4, "bar", B("keep me")}, vers = {"vers", 1, "", B("1.0"), 8};
+    const struct {
+        std::vector<Res> target;
+        int status;
+        std::vector<Res> after;  // sorted by type and id: type order after removals is free
+    } rows[] = {
+        {{{"MXSB", 7, "foo", B("oldcode")},
+          {"PLAT", 9, "foo", B("i386")},
+          {"LIsb", 3, "foo", B("lib")},
+          bar,
+          vers},
+         0,
+         {bar, {"MXSB", 9, "foo", B("NEWCODE")}, {"PLAT", 7, "foo", B("i386")}, vers}},
+        {withoutModule, 2, withoutModule},
+    };
+    for (const auto& row : rows) {
+        const Outcome r =
+            RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(row.target)), "NEWCODE");
+        EXPECT_EQ(r.status, row.status);
+        std::vector<Res> got = r.records;
+        std::sort(got.begin(), got.end(), [](const Res& a, const Res& b) {
+            return std::tie(a.type, a.id) < std::tie(b.type, b.id);
+        });
+        EXPECT_EQ(got, row.after) << row.status;
+    }
+}
+
+// Sources given to -r: a collision stops the copy where it stands; a missing source fails the
+// run, an empty one doesn't. Crafted sources give a sound package or a clean status 2, never a
+// crash, a failure report or a loop, and never a resource of the file changed behind its back.
+TEST(HostileCli, CraftedSourcesAndTargets) {
+    Bytes huge = crafted::Base(), overlapping = crafted::Base();
+    crafted::BadData()[0].spoil(huge);
+    crafted::BadMaps()[0].spoil(overlapping);
+    std::vector<Res> copied = Flat(crafted::BaseLayout());
+    copied.insert(copied.begin(), kOwn.begin(), kOwn.end());
+    copied[2].attrs = RAttrProtected;  // the changed bit stored in the file is dropped
+    const Res a1 = {"AAAA", 1, "", B("a")};
+    const struct {
+        Bytes source;
+        int status;
+        std::vector<Res> package;
+    } rows[] = {
+        {BuildFile(Layout({{"PLAT", 0, "x", B("sparc")}})), 2, kOwn},
+        {BuildFile(Layout({a1, {"MXSB", 0, "", B("b")}})), 2, {kOwn[0], kOwn[1], a1}},
+        {BuildFile({}), 0, kOwn},
+        {{}, 2, kOwn},  // missing
+        {crafted::RunTimeBitsFromTheFile(), 0, copied},
+        {huge, 2, kOwn},  // a resource of nearly 2 GiB in a short source
+        {overlapping, 2, kOwn},
+    };
+    for (const auto& row : rows) {
+        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", row.source);
+        EXPECT_EQ(std::make_tuple(r.status, r.package, r.file),
+                  std::make_tuple(row.status, row.package, row.source));
+    }
+    // A target whose module shares its data with another resource: the other resources come
+    // through the replacement unchanged. BBBB 7 named "seven" becomes the module of "seven".
+    Bytes target = crafted::SharedData();
+    memcpy(&target[crafted::MapAt(target) + crafted::kTypeB], "MXSB", 4);
+    const std::vector<Res> after =
+        RunWith({"seven", "-vi"}, "t.vi", target, "NEWCODE", "seven").records;
+    ASSERT_EQ(after.size(), 4u);
+    EXPECT_EQ((std::vector<Res>{after[0], after[1], after[3]}),
+              (std::vector<Res>{{"AAAA", 1, "one", {1, 2, 3}},
+                                {"AAAA", 2, "", {1, 2, 3}},
+                                {"MXSB", 0, "seven", B("NEWCODE")}}));
+}
+
+// A -vi whose write-back fails (an untouched resource's data lies beyond the file) gives 2 and
+// leaves the target as it was, also with an empty module, whose handle the file still holds at
+// the end: a leak checker must not take it for a leak and end the run with its own status.
+TEST(HostileCli, FailedWriteBackOfAViWithAnEmptyModule) {
+    TempDir dir;
+    WriteBytes(dir.path / "seven.dll", {});
+    Bytes target = crafted::Base();
+    memcpy(&target[crafted::MapAt(target) + crafted::kTypeB], "MXSB", 4);
+    crafted::BadData()[2].spoil(target);
+    WriteBytes(dir.path / "t.vi", target);
+    ToolResult r =
+        RunTool({"seven", "-d", dir.path.string(), "-vi", (dir.path / "t.vi").string()}, dir.path);
+    EXPECT_EQ(r.status, 2) << r.err;
+    EXPECT_TRUE(B(SlurpFile(dir.path / "t.vi")) == target);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), {}), 2);
+}
+
+}  // namespace
