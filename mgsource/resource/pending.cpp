@@ -151,6 +151,18 @@ void Forget() {
     gCount = gHashSlots = gNewTypeCount = gNames = gSpanCount = 0;
 }
 
+// Whether the name-list offset is where the names start, or 0 with no names. Removals from a
+// map without names take it below 0, and names read through such an offset come from wherever
+// it points: adds to such a map go in at once, so that their names are read as they will be.
+bool NameListSound(Ptr map, int32_t size) {
+    Ptr typeList = map + kMapHeaderSize;
+    int64_t start = kMapHeaderSize + 4 + int64_t{kTypeEntrySize} * TypeCount(typeList);
+    for (int32_t i = 0; i < TypeCount(typeList); ++i)
+        start += int64_t{kRefEntrySize} * (TypeAt(typeList, i)->count + 1);
+    const int32_t offset = Word(map, kMapNameListOffset);
+    return offset == start || (offset == 0 && start == size);
+}
+
 // The merge itself; `entry` owns what waits.
 void Merge(ResFileEntry* entry) {
     Ptr map = entry->map;
@@ -245,9 +257,10 @@ MgStatus PendingAdd(ResFileEntry* entry, Handle h, ResType type, int32_t resId, 
     Ptr map = entry->map;
     const int32_t size = HeaderOf(map)->mapSize;
     if (!MapCanonical(map, size)) return MgIOError;
+    Ptr typeList = map + kMapHeaderSize;
+    if (!gOwner && !NameListSound(map, size)) return MgNoError;
     const uint32_t token = MemHandleToken(h);
     if (MgStatus status = IndexReserve(token)) return status;
-    Ptr typeList = map + kMapHeaderSize;
     ResTypeEntry* t = RFindType(typeList, type);
 
     // The type's place in the merged list and what is known of its ids. Memory for that

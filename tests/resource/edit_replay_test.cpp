@@ -37,4 +37,18 @@ TEST_F(ResourceTest, FixedEditSequencesWriteTheEarlierBytes) {
     }
 }
 
+// A named add that would wait, to a map whose name-list offset a removal took below 0 and the
+// add brings back to 0: the name is read through that offset, from the map's start, as when
+// the add goes in at once.
+TEST_F(ResourceTest, NamedAddBehindABrokenNameListOffset) {
+    const std::vector<Step> steps = {{edits::kAdd, 0, 0, 0, 0, -3, false},
+                                     {edits::kAdd, 0, 0, 0, 0, -2, false},
+                                     {edits::kRemove, 0, 0, 0, 0, -3, false},
+                                     {edits::kAdd, 0, 0, 0, 0, -2, false},  // a duplicate
+                                     {edits::kAdd, 0, 2, 0, 0, -3, false},
+                                     {edits::kLookup, 0, 0, 0, 1, 0, false}};
+    Bytes closed;
+    EXPECT_EQ(edits::RunSteps(MakePath("broken"), FilePath("broken"), steps, &closed), "");
+}
+
 }  // namespace
