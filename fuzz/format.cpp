@@ -24,8 +24,10 @@ namespace {
 
 constexpr int kArgs = 16;
 
+// The integers go as 64-bit words: a format that reads more doubles than the registers hold
+// reads integers' places as doubles, and a 32-bit integer leaves half of its place undefined.
 struct Arguments {
-    int32_t i[kArgs];
+    int64_t i[kArgs];
     double d[kArgs];
 };
 
