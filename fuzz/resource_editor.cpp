@@ -50,7 +50,9 @@ struct Session {
     bool trusted;
     std::set<std::pair<ResType, int32_t>> changed;  // may not be released or detached
     // Removing an unnamed resource from a map with no names leaves the name-list offset
-    // negative, and a name added later is read back from the wrong place; a file may come so.
+    // negative, and a name added later is read back from the wrong place; a file may come so,
+    // or with bytes behind its lists where its name-list offset doesn't start (see
+    // NamesAreStable).
     bool namesSkewed = false;
 
     void Apply(const Edit& e);
@@ -84,8 +86,11 @@ void CollectName(void* context, const RCheckedRef* ref) {
 // the name list behind the reference lists, none sharing bytes with another. The manager
 // reads names where their offsets put them; a file may put them over the map's header and
 // lists, whose run-time words and offsets change, or share them, and the arithmetic of a
-// removal then moves what another reads. `skewed`: a map without names whose name-list offset
-// is neither 0 nor where names would start, so that a name added later reads back wrong.
+// removal then moves what another reads. `skewed`: a name added later reads back wrong. An add
+// puts the name at the block's end and gives it the offset of the bytes behind the reference
+// lists as the name list's size; the name-list offset moves with the lists, or, at 0, becomes
+// the new name's place. So the name reads right only while that offset is where the bytes
+// behind the lists start, or is 0 with no bytes behind them.
 bool NamesAreStable(const std::string& file, bool* skewed) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(file.data());
     NameSpans spans{bytes, 0, {}, false};
@@ -98,13 +103,11 @@ bool NamesAreStable(const std::string& file, bool* skewed) {
     const int64_t map = sum.header.mapOffset;
     if (sum.header.mapSize == 0) return true;
     const int64_t nameList = static_cast<int32_t>(BigWord(bytes + map + 48));
-    if (spans.names.empty()) {
-        const int64_t typeList = map + static_cast<int32_t>(BigWord(bytes + map + 44));
-        const int64_t types = static_cast<int32_t>(BigWord(bytes + typeList)) + int64_t{1};
-        const int64_t listsEnd = std::max(spans.listsEnd, typeList + 4 + 12 * types);
-        *skewed = nameList != 0 && map + nameList != listsEnd;
-        return true;
-    }
+    const int64_t typeList = map + static_cast<int32_t>(BigWord(bytes + map + 44));
+    const int64_t types = static_cast<int32_t>(BigWord(bytes + typeList)) + int64_t{1};
+    const int64_t listsEnd = std::max(spans.listsEnd, typeList + 4 + 12 * types);
+    *skewed = nameList != 0 ? map + nameList != listsEnd : map + sum.header.mapSize != listsEnd;
+    if (spans.names.empty()) return true;
     int64_t end = map + nameList;
     if (end < spans.listsEnd) return false;
     std::sort(spans.names.begin(), spans.names.end());
