@@ -37,8 +37,11 @@ Edit ReadEdit(fuzz::Input& in) {
     Edit e;
     e.kind = in.Byte() % 7;
     e.type = in.Byte() % 4;
-    e.id = static_cast<int16_t>(in.Byte() << 8 | in.Byte());
-    e.length = static_cast<uint16_t>((in.Byte() << 8 | in.Byte()) % 4096);
+    // One read a statement: the operands of one expression may be read in either order.
+    const int idHigh = in.Byte();
+    e.id = static_cast<int16_t>(idHigh << 8 | in.Byte());
+    const int lengthHigh = in.Byte();
+    e.length = static_cast<uint16_t>((lengthHigh << 8 | in.Byte()) % 4096);
     e.fill = in.Byte();
     e.attrs = in.Byte();
     return e;
