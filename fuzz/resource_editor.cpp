@@ -8,11 +8,14 @@
 // When every resource of the file loaded at the start and its names lie apart in the name
 // list, the edits are kept in a model of the file; after closing and reopening, the file must
 // hold exactly the model. What the manager does on purpose is left out of the model: an
-// emptied file may not open again, and a name added after the name-list offset went wrong
-// (see namesSkewed) reads back wrong.
+// emptied file may not open again, a name added after the name-list offset went wrong (see
+// namesSkewed) reads back wrong, and an add to a type whose ids span 2^31 or more may go in
+// out of order, as may one that came so (see IdsWrap).
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <set>
 #include <vector>
 
@@ -121,6 +124,41 @@ bool NamesAreStable(const std::string& file, bool* skewed) {
     return true;
 }
 
+// Whether the ids of `type` in the model span 2^31 or more. The lists' search compares ids by
+// wrapping subtraction, which then disagrees with their order as numbers: an add may go in
+// out of order, or beside an id the search misses, and reopening sorts the list as numbers,
+// out of the search's reach. All of it is the search's kept arithmetic.
+bool IdsWrap(const fuzz::Contents& model, ResType type) {
+    auto first = model.lower_bound({type, INT32_MIN});
+    auto end = model.upper_bound({type, INT32_MAX});
+    if (first == end) return false;
+    return int64_t{std::prev(end)->first.second} - first->first.second > INT32_MAX;
+}
+
+// Whether every type whose ids span 2^31 or more stands in their order as numbers. A file of a
+// version that isn't sorted on opening may hold such a list that the search still finds each
+// id in; once written back, it is sorted when reopened, and the search misses some.
+bool WideListsRise(ResFile file, const fuzz::Contents& model) {
+    for (auto it = model.begin(); it != model.end();) {
+        const ResType type = it->first.first;
+        it = model.upper_bound({type, INT32_MAX});
+        if (!IdsWrap(model, type)) continue;
+        int32_t count = 0, previous = INT32_MIN;
+        if (RCount(file, type, &count) != MgNoError) return false;
+        for (int32_t i = 1; i <= count; ++i) {
+            Handle h = nullptr;
+            int32_t id = 0;
+            ResType infoType = 0;
+            uint8_t name[256];
+            if (RGetInd(file, type, i, &h) != MgNoError ||
+                RGetInfo(h, &id, &infoType, name) != MgNoError || id < previous)
+                return false;
+            previous = id;
+        }
+    }
+    return true;
+}
+
 std::string Pattern(const Edit& e) {
     std::string data(e.length, '\0');
     for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<char>(e.fill + i * 7);
@@ -148,6 +186,7 @@ void Session::Apply(const Edit& e) {
         }
         if (!name.empty() && namesSkewed) trusted = false;
         model[key] = {name, data};
+        if (IdsWrap(model, type)) trusted = false;
         changed.insert(key);
         return;
     }
@@ -216,7 +255,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                ROpenFile(path, FMModeReadWrite, &s.file, nullptr, nullptr) != MgNoError) {
         abort();
     }
-    s.trusted = fuzz::LoadEverything(s.file, &s.model) && namesStable;
+    s.trusted =
+        fuzz::LoadEverything(s.file, &s.model) && namesStable && WideListsRise(s.file, s.model);
     for (const Edit& e : script) s.Apply(e);
     if (RCloseFile(s.file) != MgNoError) {
         // A close that can't write back (data of an untouched resource outside the file, say)
