@@ -49,6 +49,7 @@ TEST_F(ResourceTest, NamedAddBehindABrokenNameListOffset) {
                                      {edits::kLookup, 0, 0, 0, 1, 0, false}};
     Bytes closed;
     EXPECT_EQ(edits::RunSteps(MakePath("broken"), FilePath("broken"), steps, &closed), "");
+    EXPECT_EQ(RCloseFile(Open("broken")), MgNoError);  // written with that offset, it opens
 }
 
 }  // namespace

@@ -41,8 +41,10 @@ TEST_F(WriteBackTest, OnlyADirtyFileIsWritten) {
 }
 
 // Types in the order they came, ids sorted, names in the order they came; data goes out in
-// writes of at most 4096 bytes, then the map and the header.
+// writes of at most 4096 bytes, then the map and the header. A full disk at any write first
+// leaves the file open, dirty, and able to close later.
 TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
+    int64_t failAt = 0;
     for (const auto& [size, dataWrites] :
          {std::pair<size_t, int64_t>{0, 3}, {4092, 3}, {4093, 4}, {8188, 4}, {8190, 5}}) {
         ResFile f = CreateAndOpen("n");
@@ -50,6 +52,10 @@ TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
         AddData(f, "BBBB", 4, {4, 4, 4, 4, 4}, "four");
         AddData(f, "AAAA", 2, data, "two");
         AddData(f, "BBBB", 1, {});
+        plat::FailFileOpAt(plat::kFileWrite, ++failAt, MgDiskFull);
+        EXPECT_EQ(RCloseFile(f), MgDiskFull) << failAt;
+        EXPECT_TRUE(FileAttrs(f) & RFileDirty);
+        plat::ResetFaults();
         const int64_t before = plat::FileOpCount(plat::kFileWrite);
         ASSERT_EQ(RCloseFile(f), MgNoError);
         EXPECT_EQ(plat::FileOpCount(plat::kFileWrite) - before, dataWrites + 2) << size;
@@ -89,23 +95,6 @@ TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
     MemDisposeHandle(h);
     EXPECT_EQ(ReadFile("e").size(), 32u);
     Open("e", FMModeReadWrite, MgEndOfFile);
-}
-
-// A full disk at any write leaves the file open, dirty, and able to close later.
-TEST_F(WriteBackTest, FailedWriteLeavesTheFileOpenAndDirty) {
-    for (int64_t failAt = 1; failAt <= 4; ++failAt) {
-        ResFile f = CreateAndOpen("x");
-        AddData(f, "AAAA", 1, {1, 2, 3});
-        AddData(f, "BBBB", 2, Bytes(5000, 9), "big");
-        plat::FailFileOpAt(plat::kFileWrite, failAt, MgDiskFull);
-        EXPECT_EQ(RCloseFile(f), MgDiskFull) << failAt;
-        EXPECT_TRUE(FileAttrs(f) & RFileDirty);
-        plat::ResetFaults();
-        ASSERT_EQ(RCloseFile(f), MgNoError);
-        EXPECT_EQ(
-            FileRecords(FilePath("x")),
-            (std::vector<Res>{{"AAAA", 1, "", {1, 2, 3}}, {"BBBB", 2, "big", Bytes(5000, 9)}}));
-    }
 }
 
 // Written at once, the resource is no longer changed; the room taken at the end by a
@@ -208,6 +197,23 @@ TEST_F(WriteBackTest, ModificationDateByPathAndByFile) {
     // Writable again, so that a Windows host lets the directory go.
     std::filesystem::permissions(FilePath("dated"), perms::owner_write,
                                  std::filesystem::perm_options::add);
+}
+
+// Data larger than a copy piece, moved by a write-back without being loaded, comes out with
+// the same bytes as any other move.
+TEST_F(WriteBackTest, LargeDataMovesInPieces) {
+    const std::vector<TypeLayout> before = {
+        {"AAAA", {{1, "a", {1, 2, 3, 4, 5}}, {2, "b", Fill(2 * 1024 * 1024 + 3, 3)}}},
+        {"BBBB", {{1, "c", {9}}}}};
+    std::vector<TypeLayout> after = before;
+    after[0].refs.erase(after[0].refs.begin());
+    WriteFile("l", BuildFile(before));
+    ResFile f = Open("l");
+    Handle h = Get(f, "AAAA", 1);
+    ASSERT_EQ(RRemove(h, f), MgNoError);
+    MemDisposeHandle(h);
+    EXPECT_EQ(RCloseFile(f), MgNoError);
+    EXPECT_TRUE(ReadFile("l") == Written(after));
 }
 
 }  // namespace
