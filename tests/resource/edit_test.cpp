@@ -18,8 +18,7 @@ class EditTest : public ResourceTest {
 // Indexes outside the list and a name that differs in its last letter find nothing. (Other
 // named lookups, and the negative name-list offset, are the edit model's.)
 TEST_F(EditTest, RefusedEditsChangeNothing) {
-    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1}, RAttrProtected}, {2, "abc", {2}}}}}));
-    ResFile f = Open("a");
+    ResFile f = Put("a", BuildFile({{"AAAA", {{1, "", {1}, RAttrProtected}, {2, "abc", {2}}}}}));
     Handle p = Get(f, "AAAA", 1), stranger = MemNewHandle(4), bad = nullptr;
     const Bytes before = MapBytes(f);
     const MgStatus dup = MgResourceDuplicate, none = MgResourceNotFound;
@@ -53,8 +52,7 @@ TEST_F(EditTest, RefusedEditsChangeNothing) {
 
 // A resource loads once; detached, it is no longer the file's, and the next get loads it anew.
 TEST_F(EditTest, LoadsOnceAndDetaches) {
-    WriteFile("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
-    ResFile f = Open("a");
+    ResFile f = Put("a", BuildFile({{"AAAA", {{1, "", {1, 2}}, {2, "", {3}}}}}));
     const int64_t reads = plat::FileOpCount(plat::kFileRead);
     Handle h1 = Get(f, "AAAA", 1), h2 = Get(f, "AAAA", 1);
     EXPECT_EQ(h1, h2);
@@ -94,11 +92,12 @@ TEST_F(EditTest, StringAndPathGetters) {
     Bytes flat(1024), negative = lstrs;
     flat.resize(size_t(FPathFlattenOrder(p, flat.data(), 1)));
     negative[0] = 0x80;
-    WriteFile("s", BuildFile({{"STR ", {{1, "", {9, 'x', 'y'}}}},
-                              {"STR#", {{1, "", {0, 2, 3, 'a', 'b', 'c', 2, 'd', 'e'}}}},
-                              {"LLST", {{1, "", lstrs}, {2, "", negative}}},
-                              {"PATH", {{1, "", flat}, {2, "", {'P', 'T', 'H', '0', 0, 0}}}}}));
-    ResFile f = Open("s", FMModeRead);
+    ResFile f = Put("s",
+                    BuildFile({{"STR ", {{1, "", {9, 'x', 'y'}}}},
+                               {"STR#", {{1, "", {0, 2, 3, 'a', 'b', 'c', 2, 'd', 'e'}}}},
+                               {"LLST", {{1, "", lstrs}, {2, "", negative}}},
+                               {"PATH", {{1, "", flat}, {2, "", {'P', 'T', 'H', '0', 0, 0}}}}}),
+                    FMModeRead);
     uint8_t s1[256] = {}, s2[256] = {};
     const uint8_t* s3 = nullptr;
     Handle l = nullptr;

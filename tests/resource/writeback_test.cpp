@@ -68,8 +68,7 @@ TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
 // Data in front stays, data behind a changed resource moves down into the gap, and the changed
 // one goes behind all unchanged data.
 TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
-    WriteFile("m", BuildFile(kThree));
-    ResFile f = Open("m");
+    ResFile f = Put("m", BuildFile(kThree));
     Handle h = Get(f, "AAAA", 2);
     (*h)[0] = 0x55;
     ASSERT_EQ(RChanged(h), MgNoError);
@@ -87,8 +86,7 @@ TEST_F(WriteBackTest, ChangedMiddleMovesToTheEnd) {
 // A file that held resources and lost them all is cut to its header, which still describes
 // the old map: it can't be opened again. One that never held any stays valid.
 TEST_F(WriteBackTest, EmptiedFileBecomesThirtyTwoBytes) {
-    WriteFile("e", BuildFile({{"AAAA", {{1, "", {1}}}}}));
-    ResFile f = Open("e");
+    ResFile f = Put("e", BuildFile({{"AAAA", {{1, "", {1}}}}}));
     Handle h = Get(f, "AAAA", 1);
     ASSERT_EQ(RRemove(h, f), MgNoError);
     ASSERT_EQ(RCloseFile(f), MgNoError);
@@ -116,8 +114,7 @@ TEST_F(WriteBackTest, WriteNowAndPreAlloc) {
 }
 
 TEST_F(WriteBackTest, AnUnloadedResourceStopsTheImageAfterEarlierOffsetsMoved) {
-    WriteFile("u", BuildFile({{"DATA", {{1, "", Bytes(8, 1)}, {2, "", {2}}, {3, "", {3}}}}}));
-    ResFile f = Open("u");
+    ResFile f = Put("u", BuildFile({{"DATA", {{1, "", Bytes(8, 1)}, {2, "", {2}}, {3, "", {3}}}}}));
     Handle first = Get(f, "DATA", 1);
     Get(f, "DATA", 2);
     ASSERT_EQ(MemResizeHandle(first, 100), MgNoError);
@@ -207,8 +204,7 @@ TEST_F(WriteBackTest, LargeDataMovesInPieces) {
         {"BBBB", {{1, "c", {9}}}}};
     std::vector<TypeLayout> after = before;
     after[0].refs.erase(after[0].refs.begin());
-    WriteFile("l", BuildFile(before));
-    ResFile f = Open("l");
+    ResFile f = Put("l", BuildFile(before));
     Handle h = Get(f, "AAAA", 1);
     ASSERT_EQ(RRemove(h, f), MgNoError);
     MemDisposeHandle(h);
