@@ -6,12 +6,13 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <array>
 #include <map>
 #include <set>
 #include <tuple>
 
+#include "resource/edit_model.h"
 #include "resource/resmap.h"
-#include "resource/resource_env.h"
 
 namespace {
 
@@ -157,6 +158,21 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     RC_ASSERT(RCloseFile(files[1]) == MgNoError);
     RC_ASSERT(FileRecords(FilePath(leaves[1])) == Flatten(models[1], true));
     for (Handle k : seen) MemDisposeHandle(k);
+}
+
+// Random sequences of adds (named and not), removes, changes and lookups on a new file,
+// against the edit model: after every step that looks, the map seen through RLookupFile is the
+// model's, byte for byte, and the closed file holds the model's bytes. Steps that don't look
+// let adds pile up unobserved, so that the map is also seen after many at once.
+RC_GTEST_FIXTURE_PROP(ResourceTest, MapAndFileFollowTheEditModel, ()) {
+    const auto raw = *rc::gen::arbitrary<std::vector<std::array<uint32_t, 7>>>();
+    std::vector<edits::Step> steps;
+    for (const auto& r : raw) {
+        size_t i = 0;
+        steps.push_back(edits::MakeStep([&](size_t n) { return r[i++] % n; }));
+    }
+    Bytes closed;
+    RC_ASSERT(edits::RunSteps(MakePath("edits"), FilePath("edits"), steps, &closed) == "");
 }
 
 }  // namespace
