@@ -32,15 +32,10 @@ inline const std::string kNames[] = {
 template <typename Next>
 Step MakeStep(Next next) {
     const Kind kinds[] = {kAdd, kAdd, kAdd, kAddTwice, kRemove, kChange, kLookup, kLookup};
-    Step s;
-    s.kind = kinds[next(8)];
-    s.type = uint8_t(next(3));
-    s.name = uint8_t(next(std::size(kNames)));
-    s.pick = uint8_t(next(256));
-    s.extra = uint8_t(next(256));
-    s.id = int8_t(int(next(14)) - 3);
-    s.look = next(2) == 1;
-    return s;
+    // Fields in order: a braced list draws them one after the other.
+    return {kinds[next(8)],     uint8_t(next(3)),   uint8_t(next(std::size(kNames))),
+            uint8_t(next(256)), uint8_t(next(256)), int8_t(int(next(14)) - 3),
+            next(2) == 1};
 }
 
 struct Ref {

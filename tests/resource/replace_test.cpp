@@ -24,18 +24,13 @@ std::vector<Res> Version(bool newer) {
 }
 
 // The old and the new records of the file that a child rewrites: every resource made new, and
-// one added.
-std::vector<Res> KillRecords(bool newer, int32_t count = 12, size_t size = 1 << 19) {
+// one added; 6 MB, or 50 MB rewritten in place.
+std::vector<Res> KillRecords(bool newer, bool inPlace) {
     std::vector<Res> records;
-    for (int32_t id = 1; id <= count; ++id)
-        records.push_back({"AAAA", id, "", Fill(size, id + (newer ? 100 : 0))});
+    for (int32_t id = 1; id <= (inPlace ? 25 : 12); ++id)
+        records.push_back({"AAAA", id, "", Fill(inPlace ? 2 << 20 : 1 << 19, id + newer * 100)});
     if (newer) records.push_back({"CCCC", 1, "", Fill(5, 1)});
     return records;
-}
-
-// 50 MB rewritten in place.
-std::vector<Res> InPlaceRecords(bool newer) {
-    return KillRecords(newer, 25, size_t{2} << 20);
 }
 
 // The file the child rewrites. The child makes "<file>.ready" when all is set, and starts the
@@ -94,8 +89,8 @@ class ReplaceTest : public ResourceTest {
     // Kills the rewriting child at `points` moments spread over a whole run, the last few after
     // its end: each time the file is the old one or the new one, and both are seen.
     void KillAtPoints(bool inPlace, int32_t points) {
-        const std::vector<Res> older = inPlace ? InPlaceRecords(false) : KillRecords(false),
-                               newer = inPlace ? InPlaceRecords(true) : KillRecords(true);
+        const std::vector<Res> older = KillRecords(false, inPlace),
+                               newer = KillRecords(true, inPlace);
         const Bytes original = BuildFile(Layout(older));
         const int32_t whole = RunChild(original, inPlace, -1);
         ASSERT_EQ(Which(older, newer), "new");
@@ -148,15 +143,16 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
 TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
     const Bytes original = BuildFile({{"AAAA", {{1, "one", {1}}, {2, "", {2, 2}}, {3, "", {3}}}}});
     const std::string name = P("added");
-    for (int64_t n = 1;; ++n) {
+    int64_t n = 0;
+    for (bool failed = true; failed;) {
         WriteFile("o", original);
         Path path = MakePath("o");
         Handle added = MemNewHandle(3), h = nullptr, one = nullptr;
         memcpy(*added, "new", 3);
         plat::ResetFaults();
-        plat::FailAllocationAt(n);
-        auto step = [&](MgStatus s, const char* what) {
-            EXPECT_TRUE(s == MgNoError || s == MgNoMemory) << n << " " << what << " " << s;
+        plat::FailAllocationAt(++n);
+        auto ok = [&](MgStatus s) {
+            EXPECT_TRUE(s == MgNoError || s == MgNoMemory) << n << " " << s;
             return s == MgNoError;
         };
         std::vector<Res> want = {{"AAAA", 1, "one", {1}},
@@ -165,30 +161,25 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
                                  {"BBBB", 5, "added", B("new")}};
         bool addedOk = false;
         ResFile f = 0;
-        if (step(ROpenFile(path, FMModeReadWrite, &f, nullptr, nullptr), "open")) {
-            if (step(RGet(f, T("AAAA"), 2, &h), "get")) {
+        if (ok(ROpenFile(path, FMModeReadWrite, &f, nullptr, nullptr))) {
+            if (ok(RGet(f, T("AAAA"), 2, &h))) {
                 (*h)[0] = want[1].data[0] = 9;
                 ASSERT_EQ(RChanged(h), MgNoError);
             }
-            addedOk = step(RAdd(added, f, T("BBBB"), 5, PS(name)), "add");
-            if (step(RGet(f, T("AAAA"), 1, &one), "get one") && step(RRemove(one, f), "remove")) {
-                want.erase(want.begin());
-                MemDisposeHandle(one);
-            }
-            if (!step(RCloseFile(f), "close")) {
+            addedOk = ok(RAdd(added, f, T("BBBB"), 5, PS(name)));
+            if (ok(RGet(f, T("AAAA"), 1, &one)) && ok(RRemove(one, f)))
+                want.erase(want.begin()), MemDisposeHandle(one);
+            if (!ok(RCloseFile(f))) {
                 plat::ResetFaults();
                 ASSERT_EQ(RCloseFile(f), MgNoError) << n;
             }
         }
-        const bool failed = plat::AllocationCount() >= n;
+        failed = plat::AllocationCount() >= n;
         plat::ResetFaults();
         if (!addedOk) MemDisposeHandle(added), want.pop_back();
         ASSERT_EQ(FileRecords(FilePath("o")), want) << n;
-        if (!failed) {
-            EXPECT_GE(n, 6);
-            break;
-        }
     }
+    EXPECT_GE(n, 6);
 }
 
 // Opening and loading 1,000 resources of many sizes with the Nth allocation failing: each step
@@ -237,7 +228,7 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocationOfALoad) {
 // elsewhere the next write-back removes what the killed ones left.
 TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
     KillAtPoints(false, 30);
-    RunChild(BuildFile(Layout(KillRecords(false))), false, -1);
+    RunChild(BuildFile(Layout(KillRecords(false, false))), false, -1);
     EXPECT_EQ(Leftovers(), 0);
 }
 
@@ -254,7 +245,7 @@ TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
     if (name == nullptr) GTEST_SKIP() << "the child's side, started by its parent";
     const bool inPlace = strncmp(name, kInPlace, strlen(kInPlace)) == 0;
     if (inPlace) name += strlen(kInPlace);
-    const std::vector<Res> newer = inPlace ? InPlaceRecords(true) : KillRecords(true);
+    const std::vector<Res> newer = KillRecords(true, inPlace);
     ResFile f = 0;
     if (ROpenFile(NewPath(name), FMModeReadWrite, &f, nullptr, nullptr)) std::_Exit(3);
     for (size_t i = 0; i + 1 < newer.size(); ++i) {
