@@ -204,13 +204,10 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocationOfALoad) {
             Handle h = nullptr;
             const MgStatus got = RGetInd(f, T("DATA"), i, &h);
             ASSERT_TRUE(got == MgNoError || got == MgNoMemory) << n << " load " << i << " " << got;
-            if (got) continue;
-            ASSERT_EQ(Contents(h), records[size_t(i - 1)].data) << n;
-            ++loaded;
+            ASSERT_TRUE(got || Contents(h) == records[size_t(i - 1)].data) << n << " " << i;
+            loaded += !got;
         }
-        if (s == MgNoError) {
-            ASSERT_EQ(RCloseFile(f), MgNoError) << n;
-        }
+        ASSERT_TRUE(s || RCloseFile(f) == MgNoError) << n;  // a file that opened closes
         const bool failed = plat::AllocationCount() >= n && n > 0;
         plat::ResetFaults();
         if (live < 0) live = plat::LiveBlockCount();
