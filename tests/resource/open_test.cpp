@@ -21,10 +21,9 @@ class OpenTest : public ResourceTest {
     }
     // Refused with `status` in `mode`, taking no slot and leaving the last get and the file.
     void Refused(const Bytes& b, int32_t mode, MgStatus status) {
-        WriteFile("m", b);
         const int32_t slots = OpenSlots();
         const Handle last = RLastGot.handle;
-        EXPECT_EQ(Open("m", mode, status), 0);
+        EXPECT_EQ(Put("m", b, mode, status), 0);
         EXPECT_EQ(std::make_pair(OpenSlots(), RLastGot.handle), std::make_pair(slots, last));
         EXPECT_EQ(ReadFile("m"), b);
     }
@@ -69,8 +68,7 @@ TEST_F(OpenTest, HeaderValidity) {
             SCOPED_TRACE(c.what);
             Bytes b = Base();
             c.spoil(b);
-            WriteFile("f", b);
-            if (ResFile f = Open("f", mode, c.status)) {
+            if (ResFile f = Put("f", b, mode, c.status)) {
                 EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
                 EXPECT_EQ(RCloseFile(f), MgNoError);
             }
@@ -95,8 +93,7 @@ TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
 // A resource file carried at the end of another file, found through its last four bytes.
 TEST_F(OpenTest, EmbeddedFileOpensForReadingOnly) {
     const Bytes outer = crafted::Embedded(Base(), 100);
-    WriteFile("outer", outer);
-    Open("outer", FMModeReadWrite, MgBadResourceFile);
+    Put("outer", outer, FMModeReadWrite, MgBadResourceFile);
     ResFile f = Open("outer", FMModeRead);
     EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
     EXPECT_EQ(RCloseFile(f), MgNoError);

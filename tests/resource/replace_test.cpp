@@ -117,8 +117,7 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
          {plat::kFileWrite, plat::kFileFlush, plat::kFileReplace, plat::kFileTruncate}) {
         for (int64_t n = 1;; ++n) {
             SCOPED_TRACE(testing::Message() << "op " << op << " call " << n);
-            WriteFile("f", original);
-            ResFile f = Edit(Open("f"));
+            ResFile f = Edit(Put("f", original));
             plat::FailFileOpAt(op, n, MgDiskFull);
             const MgStatus closed = RCloseFile(f);
             const bool reached = plat::FileOpCount(op) >= n;
@@ -265,10 +264,10 @@ TEST_F(ReplaceTest, DISABLED_WriteBackChild) {
 // Hidden files of earlier write-backs of the same file whose writers are gone go with the next
 // write-back; other names stay.
 TEST_F(ReplaceTest, WriteBackRemovesLeftoversOfDeadWriters) {
-    WriteFile("f", BuildFile(Layout(Version(false))));
+    ResFile f = Edit(Put("f", BuildFile(Layout(Version(false)))));
     for (const char* name : {".f.Ab12cD.new", ".f.keep", ".g.Ab12cD.new", ".f.Ab12cDe.new"})
         WriteFile(name, Bytes(100, 1));
-    ASSERT_EQ(RCloseFile(Edit(Open("f"))), MgNoError);
+    ASSERT_EQ(RCloseFile(f), MgNoError);
     std::set<std::string> names;
     for (const auto& e : std::filesystem::directory_iterator(dir_.path))
         names.insert(e.path().filename().string());

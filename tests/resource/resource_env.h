@@ -142,9 +142,10 @@ class ResourceTest : public ::testing::Test {
         return Bytes(std::istreambuf_iterator<char>(in), {});
     }
     // Writes `bytes` as `leaf` and opens it.
-    ResFile Put(const std::string& leaf, const Bytes& bytes, int32_t mode = FMModeReadWrite) {
+    ResFile Put(const std::string& leaf, const Bytes& bytes, int32_t mode = FMModeReadWrite,
+                MgStatus expect = MgNoError) {
         WriteFile(leaf, bytes);
-        return Open(leaf, mode);
+        return Open(leaf, mode, expect);
     }
     // Creates an empty resource file and opens it read-write.
     ResFile CreateAndOpen(const std::string& leaf) {
