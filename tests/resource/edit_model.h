@@ -55,8 +55,7 @@ inline void Put32(Bytes& b, size_t at, int32_t v, bool big) {
         return std::string(#got) + " gave " + std::to_string(got) + ", the model " + \
                std::to_string(want);
 
-class Runner {
-  public:
+struct Runner {
     explicit Runner(ResFile f) : f_(f) {}
     ~Runner() {
         for (Handle h : loose_) MemDisposeHandle(h);
@@ -85,7 +84,6 @@ class Runner {
         return out;
     }
 
-  private:
     int32_t NamesAt() const {
         int32_t at = 56 + 12 * int32_t(types_.size());
         for (const Type& t : types_) at += 20 * int32_t(t.second.size());

@@ -87,6 +87,8 @@ TEST_F(OpenTest, FreshFileIsAnEmptyHeader) {
     EXPECT_EQ(RCloseFile(f), MgNoError);
     EXPECT_EQ(RCloseFile(f), MgBadResourceFile);
     EXPECT_EQ(RCreateCorrectFile(MakePath("new"), 0, T("CRTR"), T("TEST"), 0644), MgDuplicate);
+    // An empty file has no map to read at its map offset.
+    EXPECT_EQ(RSetFileTypeCreator(MakePath("new"), T("NEWT"), T("NEWC")), MgEndOfFile);
     EXPECT_EQ(ReadFile("new"), BuildFile({}));
 }
 
@@ -138,9 +140,6 @@ TEST_F(OpenTest, SetTypeCreatorRewritesBothHeaders) {
               std::make_tuple(T("NEWT"), T("NEWC"), int32_t(RFileReadOnly)));
     EXPECT_EQ(RSetFileAttrs(f, 0), MgNoPermission);
     EXPECT_EQ(RCloseFile(f), MgNoError);
-    // An empty file has no map to read at its map offset.
-    EXPECT_EQ(RCreateCorrectFile(MakePath("e"), 1, T("CRTR"), T("TEST"), 0644), MgNoError);
-    EXPECT_EQ(RSetFileTypeCreator(MakePath("e"), T("NEWT"), T("NEWC")), MgEndOfFile);
     WriteFile("bad", {1, 2, 3});
     EXPECT_EQ(RGetFileTypeCreator(MakePath("bad"), &type, &creator), MgBadResourceFile);
     EXPECT_EQ(type, 0u);
@@ -199,7 +198,7 @@ TEST_F(OpenTest, BadDataFailsOnlyItsOwnLoadAndKeepsTheFileOpen) {
             plat::ResetFaults();
             EXPECT_EQ(h, nullptr);
             EXPECT_EQ(Load(f, "AAAA", 2), Bytes{4});
-            EXPECT_EQ(LoadNamed(f, "BBBB", "seven"), (Bytes{5, 6, 7, 8, 9}));
+            EXPECT_EQ(Load(f, "BBBB", 7), (Bytes{5, 6, 7, 8, 9}));
             if (mode == FMModeReadWrite) {
                 h = Get(f, "BBBB", 7);
                 ASSERT_EQ(MemResizeHandle(h, 0), MgNoError);

@@ -182,14 +182,9 @@ class ResourceTest : public ::testing::Test {
         EXPECT_EQ(RGet(f, T(type), id, &h), MgNoError) << type << " " << id;
         return h;
     }
-    // The contents of a resource, loaded by id or by name; empty when the load fails.
+    // The contents of a resource loaded by id; empty when the load fails.
     static Bytes Load(ResFile f, const char* type, int32_t id) {
         return Contents(Get(f, type, id));
-    }
-    static Bytes LoadNamed(ResFile f, const char* type, const std::string& name) {
-        Handle h = nullptr;
-        EXPECT_EQ(RGetNamed(f, T(type), PS(P(name)), &h), MgNoError) << type << " " << name;
-        return Contents(h);
     }
     static int32_t FileAttrs(ResFile f) {
         int32_t attrs = -1;
