@@ -184,10 +184,7 @@ inline std::string Runner::Apply(const Step& s) {
             if (r) EDIT_EXPECT(RAdd(r->h, f_, type, s.id, nullptr), MgResourceDuplicate);
             return "";
         case kRemove: {
-            if (!r) {
-                EDIT_EXPECT(RRemove(nullptr, f_), MgResourceDuplicate);
-                return "";
-            }
+            if (!r) return RRemove(nullptr, f_) == MgResourceDuplicate ? "" : "RRemove(nullptr)";
             const Bytes map = Render(false);
             int32_t refEnd = 56 + 12 * int32_t(types_.size()) + 20 * int32_t(ri + 1);
             for (size_t i = 0; i < ti; ++i) refEnd += 20 * int32_t(types_[i].second.size());
@@ -226,10 +223,7 @@ inline std::string Runner::Apply(const Step& s) {
         case kChange: {
             const int32_t attrs[] = {0, RAttrChanged | RAttrProtected, RAttrChanged | 0x40};
             const int32_t a = attrs[s.extra % 3];
-            if (!r) {
-                EDIT_EXPECT(RChanged(nullptr), MgResourceNotFound);
-                return "";
-            }
+            if (!r) return RChanged(nullptr) == MgResourceNotFound ? "" : "RChanged(nullptr)";
             EDIT_EXPECT(a ? RSetAttrs(r->h, a) : RChanged(r->h), MgNoError);
             r->attrs = a ? a : r->attrs | RAttrChanged;
             dirty_ = true;
