@@ -6,14 +6,13 @@
 
 namespace {
 
-class EditTest : public ResourceTest {
-  protected:
-    static Bytes MapBytes(ResFile f) {
-        ResFileEntry* e;
-        EXPECT_EQ(RLookupFile(f, &e), MgNoError);
-        return Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
-    }
-};
+Bytes MapBytes(ResFile f) {
+    ResFileEntry* e;
+    EXPECT_EQ(RLookupFile(f, &e), MgNoError);
+    return Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
+}
+
+using EditTest = ResourceTest;
 
 // Refused edits leave the map as it was: adds of a handle or an id already there, of no
 // handle, to no file; removals of protected and unknown handles; any edit of a read-only file.

@@ -8,16 +8,15 @@
 
 namespace {
 
-class WriteBackTest : public ResourceTest {
-  protected:
-    // The file a fresh one with `layout` added becomes: the map goes out with its dirty bit,
-    // as the bit is cleared only after the write.
-    static Bytes Written(const std::vector<TypeLayout>& layout) {
-        Bytes expected = BuildFile(layout);
-        expected[Big32At(expected, 16) + 43] = RFileDirty;
-        return expected;
-    }
-};
+// The file a fresh one with `layout` added becomes: the map goes out with its dirty bit, as
+// the bit is cleared only after the write.
+Bytes Written(const std::vector<TypeLayout>& layout) {
+    Bytes expected = BuildFile(layout);
+    expected[Big32At(expected, 16) + 43] = RFileDirty;
+    return expected;
+}
+
+using WriteBackTest = ResourceTest;
 
 const std::vector<TypeLayout> kThree = {
     {"AAAA", {{1, "", Bytes(10, 1)}, {2, "two", Bytes(6, 2)}, {3, "", Bytes(3, 3)}}}};
