@@ -2,7 +2,7 @@
 // file. It keeps types, references and the name list's bytes, with the name-list offset as the
 // edits' arithmetic leaves it (the negative one included), and renders the map as it stands in
 // memory and the file that closing writes. Shared by the property test and the replay of fixed
-// sequences against the files that the earlier map edits wrote.
+// sequences (edit_test.cpp) against the files that the earlier map edits wrote.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,6 @@
-// Lookup, enumeration and edits of the map in memory. (Sorted ids, the order of types, adds,
-// changes, removals, detaches and releases at random: the property test's.)
+// Lookup, enumeration and edits of the map in memory, and fixed sequences replayed against the
+// edit model. (Sorted ids, the order of types, adds, changes, removals, detaches and releases
+// at random: the property tests'.)
 #include <random>
 
 #include "resource/edit_model.h"

@@ -1,8 +1,9 @@
 // Random edit sessions on two open files, against a model of what each file holds: adds
 // (duplicates refused), changes to other sizes, removals through the other file's id,
-// releases, detaches, updates and reopenings. After every step the handle index answers as a
-// walk of every open map does; at the end each file holds the model, read from memory, from
-// the file its memory image makes, and from the disk after closing.
+// releases, detaches, updates and reopenings. After every step the handle index finds each
+// held handle in its own file and type, and no other; at the end each file holds the model,
+// read from memory, from the file its memory image makes, and from the disk after closing.
+// Also the edit model's property: the exact map and file of random edits of one new file.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
