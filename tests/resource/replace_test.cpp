@@ -133,7 +133,11 @@ TEST_F(ReplaceTest, FailureAtEveryStepLeavesTheOldFile) {
 // allocation failing. Every step succeeds or reports 2; the file then closes cleanly, and
 // holds exactly what the successful steps made of it.
 TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
-    const Bytes original = BuildFile({{"AAAA", {{1, "one", {1}}, {2, "", {2, 2}}, {3, "", {3}}}}});
+    // The file holds the first type; the session changes AAAA 2, adds the second and removes
+    // AAAA 1.
+    const std::vector<TypeLayout> all = {{"AAAA", {{1, "one", {1}}, {2, "", {2, 2}}, {3, "", {3}}}},
+                                         {"BBBB", {{5, "added", B("new")}}}};
+    const Bytes original = BuildFile({all[0]});
     const std::string name = P("added");
     int64_t n = 0;
     for (bool failed = true; failed;) {
@@ -147,10 +151,7 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
             EXPECT_TRUE(s == MgNoError || s == MgNoMemory) << n << " " << s;
             return s == MgNoError;
         };
-        std::vector<Res> want = {{"AAAA", 1, "one", {1}},
-                                 {"AAAA", 2, "", {2, 2}},
-                                 {"AAAA", 3, "", {3}},
-                                 {"BBBB", 5, "added", B("new")}};
+        std::vector<Res> want = Flat(all);
         bool addedOk = false;
         ResFile f = 0;
         if (ok(ROpenFile(path, FMModeReadWrite, &f, nullptr, nullptr))) {
