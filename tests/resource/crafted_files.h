@@ -41,9 +41,9 @@ inline void PutBothHeaders(Bytes& b, uint32_t headerOffset, uint32_t v) {
 struct Spoiled {
     const char* what;
     std::function<void(Bytes&)> spoil;
-    MgStatus open;     // what opening gives, for reading and for writing alike
-    uint32_t faultAt;  // where a check of the bytes meets the first fault: from the start of
-                       // the map (maps) or of the file (data)
+    MgStatus open;         // what opening gives, for reading and for writing alike
+    uint32_t faultAt = 0;  // where a check of the bytes meets the first fault: from the start of
+                           // the map (maps) or of the file (data)
 };
 
 // Maps whose lists can't be trusted: every one is refused on opening.

@@ -24,14 +24,13 @@ Bytes SmallResources(int32_t count, uint8_t generation = 0) {
     return BuildFile({t});
 }
 
-class DataCacheTest : public ResourceTest {
-  protected:
-    static std::map<int32_t, Bytes> ById(ResFile f) {
-        std::map<int32_t, Bytes> out;
-        for (const Res& r : Records(f)) out[r.id] = r.data;
-        return out;
-    }
-};
+std::map<int32_t, Bytes> ById(ResFile f) {
+    std::map<int32_t, Bytes> out;
+    for (const Res& r : Records(f)) out[r.id] = r.data;
+    return out;
+}
+
+using DataCacheTest = ResourceTest;
 
 // 8000 resources of 24 bytes on disk span three windows. Each edit moves data on disk at the
 // write-back; every resource then reloads from its new place, not from a window filled before.
@@ -43,8 +42,7 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     for (int edit : {0, 1, 2}) {
         for (const int32_t id : {2, 2730, 2731, 7999}) {
             SCOPED_TRACE(testing::Message() << edit << " " << id);
-            WriteFile("s", SmallResources(kCount));
-            ResFile f = Open("s");
+            ResFile f = Put("s", SmallResources(kCount));
             std::map<int32_t, Bytes> expected = ById(f);
             // Reloading the neighbour in front leaves the window over the edited place.
             ASSERT_EQ(RRelease(Get(f, "DATA", id - 1)), MgNoError);
@@ -73,31 +71,13 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     }
 }
 
-// A closed file's id comes back for the next file opened; its window must not. Without memory
-// for a window the loads still work, reading the file directly.
-TEST_F(DataCacheTest, ReusedIdAndNoWindowMemory) {
-    WriteFile("a", SmallResources(3));
-    WriteFile("b", SmallResources(3, 5));
-    ResFile a = Open("a", FMModeRead);
-    Get(a, "DATA", 1);
-    ASSERT_EQ(RCloseFile(a), MgNoError);
-    ResFile b = Open("b", FMModeRead);
-    EXPECT_EQ(b, a);  // descriptors are reused lowest first
-    plat::FailAllocationAt(1);
-    EXPECT_EQ(Load(b, "DATA", 2), Payload(2, 5));
-    plat::ResetFaults();
-    EXPECT_EQ(Load(b, "DATA", 3), Payload(3, 5));
-    ASSERT_EQ(RCloseFile(b), MgNoError);
-}
-
 // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
 TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
     for (const auto& [count, backward, maxReads] :
          {std::tuple<int32_t, bool, int64_t>{2000, false, 1},
           {12000, false, 5},
           {12000, true, 6}}) {
-        WriteFile("m", SmallResources(count));
-        ResFile f = Open("m", FMModeRead);
+        ResFile f = Put("m", SmallResources(count), FMModeRead);
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
         for (int32_t i = 1; i <= count; ++i) {
             const int32_t id = backward ? count + 1 - i : i;
@@ -120,22 +100,30 @@ TEST_F(DataCacheTest, SizesAroundTheWindow) {
 }
 
 // A fill that fails gives the failing call's status, loads nothing, and leaves no window: the
-// next load reads the file again and gets the right bytes.
-TEST_F(DataCacheTest, FailedFillReportsTheReadsStatus) {
+// next load reads the file again and gets the right bytes. A closed file's id comes back for
+// the next file opened; its window must not. Without memory for a window the loads still
+// work, reading the file directly.
+TEST_F(DataCacheTest, FailedFillReusedIdAndNoWindowMemory) {
     for (const auto& [op, status] :
          {std::pair{plat::kFileRead, MgIOError}, std::pair{plat::kFileSeek, MgIOError},
           std::pair{plat::kFileRead, MgNoPermission}}) {
-        WriteFile("f", SmallResources(10));
-        ResFile f = Open("f", FMModeRead);
+        ResFile a = Put("a", SmallResources(10), FMModeRead);
         plat::FailFileOpAt(op, 1, status);
         Handle h = nullptr;
-        EXPECT_EQ(RGet(f, T("DATA"), 4, &h), status);
+        EXPECT_EQ(RGet(a, T("DATA"), 4, &h), status);
         EXPECT_EQ(h, nullptr);
         plat::ResetFaults();
-        EXPECT_EQ(Load(f, "DATA", 4), Payload(4, 0));
+        EXPECT_EQ(Load(a, "DATA", 4), Payload(4, 0));
         EXPECT_EQ(plat::FileOpCount(plat::kFileRead), 1);
-        EXPECT_EQ(Load(f, "DATA", 5), Payload(5, 0));
-        ASSERT_EQ(RCloseFile(f), MgNoError);
+        EXPECT_EQ(Load(a, "DATA", 5), Payload(5, 0));
+        ASSERT_EQ(RCloseFile(a), MgNoError);
+        ResFile b = Put("b", SmallResources(10, 5), FMModeRead);
+        EXPECT_EQ(b, a);  // descriptors are reused lowest first
+        plat::FailAllocationAt(1);
+        EXPECT_EQ(Load(b, "DATA", 2), Payload(2, 5));
+        plat::ResetFaults();
+        EXPECT_EQ(Load(b, "DATA", 3), Payload(3, 5));
+        ASSERT_EQ(RCloseFile(b), MgNoError);
     }
 }
 
@@ -149,8 +137,7 @@ TEST_F(DataCacheTest, DataSectionCutShort) {
     for (Bytes* h : {&header, &map}) PutBig32(*h, 16, 32), PutBig32(*h, 24, 32 + mapSize);
     Append(header, map);
     header.insert(header.end(), file.begin() + 32, file.begin() + 32 + dataSize - 10);
-    WriteFile("c", header);  // the last resource loses 10 bytes
-    ResFile f = Open("c", FMModeRead);
+    ResFile f = Put("c", header, FMModeRead);  // the last resource loses 10 bytes
     for (int32_t id = 1; id <= 5; ++id) EXPECT_EQ(Load(f, "DATA", id), Payload(id, 0));
     Handle h = nullptr;
     EXPECT_EQ(RGet(f, T("DATA"), 6, &h), MgEndOfFile);

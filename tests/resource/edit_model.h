@@ -2,7 +2,7 @@
 // file. It keeps types, references and the name list's bytes, with the name-list offset as the
 // edits' arithmetic leaves it (the negative one included), and renders the map as it stands in
 // memory and the file that closing writes. Shared by the property test and the replay of fixed
-// sequences against the files that the earlier map edits wrote.
+// sequences (edit_test.cpp) against the files that the earlier map edits wrote.
 #pragma once
 
 #include <algorithm>
@@ -32,15 +32,10 @@ inline const std::string kNames[] = {
 template <typename Next>
 Step MakeStep(Next next) {
     const Kind kinds[] = {kAdd, kAdd, kAdd, kAddTwice, kRemove, kChange, kLookup, kLookup};
-    Step s;
-    s.kind = kinds[next(8)];
-    s.type = uint8_t(next(3));
-    s.name = uint8_t(next(std::size(kNames)));
-    s.pick = uint8_t(next(256));
-    s.extra = uint8_t(next(256));
-    s.id = int8_t(int(next(14)) - 3);
-    s.look = next(2) == 1;
-    return s;
+    // Fields in order: a braced list draws them one after the other.
+    return {kinds[next(8)],     uint8_t(next(3)),   uint8_t(next(std::size(kNames))),
+            uint8_t(next(256)), uint8_t(next(256)), int8_t(int(next(14)) - 3),
+            next(2) == 1};
 }
 
 struct Ref {
@@ -60,8 +55,7 @@ inline void Put32(Bytes& b, size_t at, int32_t v, bool big) {
         return std::string(#got) + " gave " + std::to_string(got) + ", the model " + \
                std::to_string(want);
 
-class Runner {
-  public:
+struct Runner {
     explicit Runner(ResFile f) : f_(f) {}
     ~Runner() {
         for (Handle h : loose_) MemDisposeHandle(h);
@@ -90,7 +84,6 @@ class Runner {
         return out;
     }
 
-  private:
     int32_t NamesAt() const {
         int32_t at = 56 + 12 * int32_t(types_.size());
         for (const Type& t : types_) at += 20 * int32_t(t.second.size());
@@ -191,10 +184,7 @@ inline std::string Runner::Apply(const Step& s) {
             if (r) EDIT_EXPECT(RAdd(r->h, f_, type, s.id, nullptr), MgResourceDuplicate);
             return "";
         case kRemove: {
-            if (!r) {
-                EDIT_EXPECT(RRemove(nullptr, f_), MgResourceDuplicate);
-                return "";
-            }
+            if (!r) return RRemove(nullptr, f_) == MgResourceDuplicate ? "" : "RRemove(nullptr)";
             const Bytes map = Render(false);
             int32_t refEnd = 56 + 12 * int32_t(types_.size()) + 20 * int32_t(ri + 1);
             for (size_t i = 0; i < ti; ++i) refEnd += 20 * int32_t(types_[i].second.size());
@@ -233,10 +223,7 @@ inline std::string Runner::Apply(const Step& s) {
         case kChange: {
             const int32_t attrs[] = {0, RAttrChanged | RAttrProtected, RAttrChanged | 0x40};
             const int32_t a = attrs[s.extra % 3];
-            if (!r) {
-                EDIT_EXPECT(RChanged(nullptr), MgResourceNotFound);
-                return "";
-            }
+            if (!r) return RChanged(nullptr) == MgResourceNotFound ? "" : "RChanged(nullptr)";
             EDIT_EXPECT(a ? RSetAttrs(r->h, a) : RChanged(r->h), MgNoError);
             r->attrs = a ? a : r->attrs | RAttrChanged;
             dirty_ = true;

@@ -60,8 +60,7 @@ inline uint32_t Big32At(const Bytes& b, size_t at) {
 
 inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3,
                        const char* fileType = "TEST", const char* creator = "CRTR") {
-    Bytes data, refs, names;
-    Bytes typeList;
+    Bytes data, refs, names, typeList;
     int32_t refCount = 0;
     for (const auto& t : types) refCount += int32_t(t.refs.size());
     AppendBig32(typeList, uint32_t(int32_t(types.size()) - 1));

@@ -139,7 +139,13 @@ class ResourceTest : public ::testing::Test {
     }
     Bytes ReadFile(const std::string& leaf) const {
         std::ifstream in(FilePath(leaf), std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        return Bytes(std::istreambuf_iterator<char>(in), {});
+    }
+    // Writes `bytes` as `leaf` and opens it.
+    ResFile Put(const std::string& leaf, const Bytes& bytes, int32_t mode = FMModeReadWrite,
+                MgStatus expect = MgNoError) {
+        WriteFile(leaf, bytes);
+        return Open(leaf, mode, expect);
     }
     // Creates an empty resource file and opens it read-write.
     ResFile CreateAndOpen(const std::string& leaf) {
@@ -161,12 +167,11 @@ class ResourceTest : public ::testing::Test {
         EXPECT_EQ(RAdd(h, f, T(type), id, name.empty() ? nullptr : PS(p)), MgNoError);
         return h;
     }
-    static Bytes Contents(Handle h) { return Bytes(*h, *h + MemHandleSize(h)); }
+    static Bytes Contents(Handle h) { return h ? Bytes(*h, *h + MemHandleSize(h)) : Bytes(); }
     // The file that an open file's memory image makes.
     static Bytes Image(ResFile f) {
         Handle image = nullptr;
         EXPECT_EQ(RGetMemFileHandle(f, &image), MgNoError);
-        if (!image) return {};
         Bytes b = Contents(image);
         MemDisposeHandle(image);
         return b;
@@ -177,15 +182,9 @@ class ResourceTest : public ::testing::Test {
         EXPECT_EQ(RGet(f, T(type), id, &h), MgNoError) << type << " " << id;
         return h;
     }
-    // The contents of a resource, loaded by id or by name; empty when the load fails.
+    // The contents of a resource loaded by id; empty when the load fails.
     static Bytes Load(ResFile f, const char* type, int32_t id) {
-        Handle h = Get(f, type, id);
-        return h ? Contents(h) : Bytes();
-    }
-    static Bytes LoadNamed(ResFile f, const char* type, const std::string& name) {
-        Handle h = nullptr;
-        EXPECT_EQ(RGetNamed(f, T(type), PS(P(name)), &h), MgNoError) << type << " " << name;
-        return h ? Contents(h) : Bytes();
+        return Contents(Get(f, type, id));
     }
     static int32_t FileAttrs(ResFile f) {
         int32_t attrs = -1;

@@ -1,40 +1,20 @@
 // Random edit sessions on two open files, against a model of what each file holds: adds
 // (duplicates refused), changes to other sizes, removals through the other file's id,
-// releases, detaches, updates and reopenings. After every step the handle index answers as a
-// walk of every open map does; at the end each file holds the model, read from memory, from
-// the file its memory image makes, and from the disk after closing.
+// releases, detaches, updates and reopenings. After every step the handle index finds each
+// held handle in its own file and type, and no other; at the end each file holds the model,
+// read from memory, from the file its memory image makes, and from the disk after closing.
+// Also the edit model's property: the exact map and file of random edits of one new file.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <array>
 #include <map>
 #include <set>
 #include <tuple>
 
-#include "resource/resmap.h"
-#include "resource/resource_env.h"
+#include "resource/edit_model.h"
 
 namespace {
-
-// What RFindHandle must answer: the first reference of any open file holding the handle,
-// each map reached through RLookupFile as its readers reach it.
-std::tuple<ResFile, ResRefEntry*, ResType> Walk(Handle h) {
-    const ResFileEntry* slots = reinterpret_cast<const ResFileEntry*>(*RFileTable);
-    for (int32_t i = 0; i < RFileTableSize; ++i) {
-        if (slots[i].fileId == 0 || slots[i].reserved != 0) continue;
-        ResFileEntry* entry = nullptr;
-        EXPECT_EQ(RLookupFile(slots[i].fileId, &entry), MgNoError);
-        if (rsrc::MapEmpty(slots[i].map)) continue;
-        Ptr typeList = rsrc::TypeListOf(slots[i].map);
-        for (int32_t t = 0; t < rsrc::TypeCount(typeList); ++t) {
-            ResTypeEntry* te = rsrc::TypeAt(typeList, t);
-            ResRefEntry* refs = rsrc::RefsOf(typeList, te);
-            for (int32_t r = 0; r <= te->count; ++r)
-                if (refs[r].handle && MemHandleFromToken(refs[r].handle) == h)
-                    return {slots[i].fileId, &refs[r], te->type};
-        }
-    }
-    return {0, nullptr, 0};
-}
 
 // Types in the order of their first addition, ids sorted within a type.
 using Model = std::vector<std::pair<std::string, std::map<int32_t, Res>>>;
@@ -70,9 +50,11 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     ResFile files[2] = {CreateAndOpen(leaves[0]), CreateAndOpen(leaves[1])};
     Model models[2];
     std::set<Handle> seen;  // handles still allocated: loaded, added or detached
-    auto forget = [&](ResFile f) {
-        for (auto it = seen.begin(); it != seen.end();)
-            it = std::get<0>(Walk(*it)) == f ? seen.erase(it) : std::next(it);
+    std::map<Handle, std::pair<int, std::string>> owner;  // the file and type of those held
+    auto forget = [&](int which) {                        // closing disposes every loaded handle
+        for (auto it = owner.begin(); it != owner.end();)
+            it = it->second.first == which ? (seen.erase(it->first), owner.erase(it))
+                                           : std::next(it);
     };
     int32_t step = 0;
     for (const auto& [op, which, typeChoice, detail] : steps) {
@@ -100,7 +82,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             }
             if (!count) group = model.insert(model.end(), {type, {}});
             group->second[id] = {type, id, name, data, RAttrChanged};
-            seen.insert(h);
+            seen.insert(h), owner[h] = {which % 2, type};
         } else if (op % 8 < 6 && count) {  // change, remove, release or detach
             auto ref = std::next(group->second.begin(), detail % count);
             // Removing an unnamed resource from a map with no names spoils the name-list
@@ -111,7 +93,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             });
             if (op % 8 == 4 && ref->second.name.empty() && !named) continue;
             RC_ASSERT(RGetInd(f, T(type.c_str()), 1 + detail % count, &h) == MgNoError);
-            seen.insert(h);
+            seen.insert(h), owner[h] = {which % 2, type};
             if (op % 8 == 3) {
                 ref->second.data = Data(detail / 7, step);
                 ref->second.attrs = RAttrChanged;
@@ -119,30 +101,35 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
                 RC_ASSERT(RChanged(h) == MgNoError);
             } else if (op % 8 == 4) {
                 RC_ASSERT(RRemove(h, files[1 - which % 2]) == MgNoError);
-                seen.erase(h);
+                seen.erase(h), owner.erase(h);
                 MemDisposeHandle(h);
                 group->second.erase(ref);
                 if (group->second.empty()) model.erase(group);
             } else if (!(ref->second.attrs & RAttrChanged)) {  // unloaded again, or let go
                 RC_ASSERT((detail & 1 ? RDetach(h) : RRelease(h)) == MgNoError);
                 if (!(detail & 1)) seen.erase(h);
+                owner.erase(h);
             }
         } else if (op % 8 == 6) {
             RC_ASSERT(RUpdateFile(f) == MgNoError);
             Settle(model);
-        } else if (op % 8 == 7 && detail % 8 == 0) {  // closing disposes every loaded handle
-            forget(f);
+        } else if (op % 8 == 7 && detail % 8 == 0) {
+            forget(which % 2);
             RC_ASSERT(RCloseFile(f) == MgNoError);
             f = Open(leaves[which % 2]);
             Settle(model);
         }
-        for (Handle k : seen) {
-            const auto [wFile, wRef, wType] = Walk(k);
+        for (Handle k : seen) {  // the handle index finds each held handle's own reference
             ResFileEntry* entry = nullptr;
             ResRefEntry* ref = nullptr;
             ResType t = 0;
-            RC_ASSERT(RFindHandle(k, &entry, &ref, &t) == (wRef ? MgNoError : MgResourceNotFound));
-            if (wRef) RC_ASSERT(std::tie(entry->fileId, ref, t) == std::tie(wFile, wRef, wType));
+            const auto held = owner.find(k);
+            const MgStatus found = RFindHandle(k, &entry, &ref, &t);
+            RC_ASSERT(found == (held != owner.end() ? MgNoError : MgResourceNotFound));
+            if (!found)
+                RC_ASSERT(
+                    std::make_tuple(entry->fileId, MemHandleFromToken(ref->handle), t) ==
+                    std::make_tuple(files[held->second.first], k, T(held->second.second.c_str())));
         }
     }
     // The first file through its memory image, which then describes the map; the second
@@ -150,13 +137,28 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     RC_ASSERT(Records(files[0]) == Flatten(models[0], false));
     WriteFile("image", Image(files[0]));
     RC_ASSERT(FileRecords(FilePath("image")) == Flatten(models[0], true));
-    forget(files[0]);
+    forget(0);
     Drop(files[0]);
     RC_ASSERT(Records(files[1]) == Flatten(models[1], false));
-    forget(files[1]);
+    forget(1);
     RC_ASSERT(RCloseFile(files[1]) == MgNoError);
     RC_ASSERT(FileRecords(FilePath(leaves[1])) == Flatten(models[1], true));
     for (Handle k : seen) MemDisposeHandle(k);
+}
+
+// Random sequences of adds (named and not), removes, changes and lookups on a new file,
+// against the edit model: after every step that looks, the map seen through RLookupFile is the
+// model's, byte for byte, and the closed file holds the model's bytes. Steps that don't look
+// let adds pile up unobserved, so that the map is also seen after many at once.
+RC_GTEST_FIXTURE_PROP(ResourceTest, MapAndFileFollowTheEditModel, ()) {
+    const auto raw = *rc::gen::arbitrary<std::vector<std::array<uint32_t, 7>>>();
+    std::vector<edits::Step> steps;
+    for (const auto& r : raw) {
+        size_t i = 0;
+        steps.push_back(edits::MakeStep([&](size_t n) { return r[i++] % n; }));
+    }
+    Bytes closed;
+    RC_ASSERT(edits::RunSteps(MakePath("edits"), FilePath("edits"), steps, &closed) == "");
 }
 
 }  // namespace
