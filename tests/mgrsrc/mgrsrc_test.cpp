@@ -7,12 +7,11 @@
 
 #include <set>
 
-#include "mgrsrc/mgrsrc_env.h"
+#include "mg/version.h"
+#include "mgrsrc/roundtrip_env.h"
 #include "resource/crafted_files.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // The names of the files in `dir`.
 std::set<std::string> Listed(const fs::path& dir) {
@@ -31,27 +30,19 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     WriteBytes(dir.path / "extra.rsrc",
                BuildFile({{"STR ", {{128, "Greeting", AsBytes("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    ASSERT_EQ(RunTool({"-c", "mod", "-d", dir.path.string() + plat::DirectorySeparator(), "-r",
-                       (dir.path / "extra.rsrc").string()},
-                      dir.path)
-                  .status,
-              0);
-    ToolResult list = Mgrsrc({"list", msb.string()}, dir.path);
-    ASSERT_EQ(std::make_pair(list.status, list.err), std::make_pair(0, std::string()));
-    const std::vector<std::string> lines = Lines(list.out);
-    EXPECT_EQ(std::vector<std::string>(lines.end() - 5, lines.end()),
-              (std::vector<std::string>{"PLAT 0 \"mod\" 4 none", "MXSB 0 \"mod\" 4093 none",
-                                        "STR  -3 - 0 none", "STR  128 \"Greeting\" 5 none",
-                                        "ICN# 5 \"icon\" 130 protected"}));
-    EXPECT_NE(list.out.find(Lined("file type  MXSB\ncreator    MXDX\n")), std::string::npos);
-    EXPECT_NE(list.out.find(Lined("\nresources  5\n")), std::string::npos) << list.out;
-    ToolResult json = Mgrsrc({"list", "--json", msb.string()}, dir.path);
-    ASSERT_EQ(json.status, 0);
-    EXPECT_NE(json.out.find("{\"type\":\"ICN#\",\"id\":5,\"name\":\"icon\",\"size\":130,"
-                            "\"attributes\":[\"protected\"],\"attributeBits\":8}"),
-              std::string::npos)
-        << json.out;
-    EXPECT_NE(json.out.find("\"name\":null"), std::string::npos);
+    const std::vector<std::string> run = {"-c", "mod", "-d",
+                                          dir.path.string() + plat::DirectorySeparator()},
+                                   withR = {"-r", (dir.path / "extra.rsrc").string()};
+    ASSERT_EQ(RunTool(Concat(run, withR), dir.path).status, 0);
+    ExpectRuns(dir.path,
+               {{"list mod.msb", 0,
+                 "...file type  MXSB\ncreator    MXDX\n...\nresources  5\n...\n"
+                 "PLAT 0 \"mod\" 4 none\nMXSB 0 \"mod\" 4093 none\nSTR  -3 - 0 none\n"
+                 "STR  128 \"Greeting\" 5 none\nICN# 5 \"icon\" 130 protected\n"},
+                {"list --json mod.msb", 0,
+                 "...\"name\":null...{\"type\":\"ICN#\",\"id\":5,\"name\":\"icon\",\"size\":130,"
+                 "\"attributes\":[\"protected\"],\"attributeBits\":8}..."},
+                {"verify mod.msb", 0, "mod.msb: sound: 5 resources, 0 warnings\n"}});
     // By name (any case), by id, and all at once: the module comes out as it went in.
     for (const char* key : {"MOD", "0"}) {
         ToolResult x = Mgrsrc({"extract", "-o", "out.dll", msb.string(), "MXSB", key}, dir.path);
@@ -64,13 +55,22 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
                                      "ICN%23_5.bin"}));
     EXPECT_EQ(AsBytes(SlurpFile(dir.path / "res" / "MXSB_0.bin")), module);
     EXPECT_EQ(SlurpFile(dir.path / "res" / "STR%20_128.bin"), "hello");
-    ToolResult verify = Mgrsrc({"verify", msb.string()}, dir.path);
-    EXPECT_EQ(verify.status, 0) << verify.out;
-    EXPECT_EQ(verify.out, Lined(msb.string() + ": sound: 5 resources, 0 warnings\n"));
+    // Packages of a module beyond 16 bits, with and without -r, come back byte for byte.
+    WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
+    for (const auto& extra : {std::vector<std::string>{}, withR}) {
+        ASSERT_EQ(RunTool(Concat(run, extra), dir.path).status, 0);
+        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), AsBytes(SlurpFile(msb)));
+        ExpectRuns(dir.path, {{"diff mod.msb packed", 0, ""}});
+    }
 }
 
-TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
+// The commands on small files: what they print and their statuses. diff names each kind of
+// difference; bytes that aren't plain text are escaped in the listing and its JSON form; a
+// lookup takes the first in id order, case aside, a blank filling a short type; usage errors
+// say so on standard error alone, and --help works everywhere; the commands say what they did.
+TEST(MgrsrcCommandLine, Runs) {
     TempDir dir;
+    WriteBytes(dir.path / "f", crafted::Base());
     WriteBytes(
         dir.path / "a",
         BuildFile(
@@ -84,92 +84,65 @@ TEST(MgrsrcPackage, DiffAddedRemovedChanged) {
               {{1, "x", {1, 1}}, {3, "N", {3}, 8}, {4, "", {}}, {5, "", {5, 5, 4}}, {6, "", {6}}}},
              {"BBBB", {{0, "", {}}}}},
             3, "TEST", "OTHR"));
-    ToolResult r = Mgrsrc({"diff", "a", "b"}, dir.path);
-    EXPECT_EQ(r.status, 3);
-    EXPECT_EQ(
-        r.out,
-        Lined("~ creator CRTR -> OTHR\n"
-              "~ AAAA 1 \"x\" 1 -> 2 bytes: content\n"
-              "- AAAA 2 - 1 bytes\n"
-              "~ AAAA 3 \"n\" 1 -> 1 bytes: name \"n\" -> \"N\", attributes none -> protected\n"
-              "+ AAAA 4 - 0 bytes\n"
-              "~ AAAA 5 - 3 -> 3 bytes: content\n"
-              "+ BBBB 0 - 0 bytes\n"));
-}
-
-// Bytes that aren't plain text are escaped, in the listing and in its JSON form; file names
-// made from types that no host could take as they stand, and two that differ only in case,
-// are safe on every host.
-TEST(MgrsrcPackage, EscapedTextsAndSafeFileNames) {
-    TempDir dir;
+    // Version 4: the list stays as written.
+    WriteBytes(dir.path / "t",
+               BuildFile({{"TEXT", {{9, "same", {9}}, {4, "Same", {4}}, {12, "", {10, 12}}}}}, 4));
     WriteBytes(dir.path / "e",
                BuildFile({{std::string("T\1\\\"", 4), {{1, "a\"b\\ \x1F~", {1}}}}}));
-    EXPECT_EQ(Lines(Mgrsrc({"list", "e"}, dir.path).out).back(),
-              "T\\x01\\\\\" 1 \"a\\\"b\\\\ \\x1F~\" 1 none");
-    const std::string json = Mgrsrc({"list", "--json", "e"}, dir.path).out;
-    EXPECT_NE(json.find("{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001f~\""),
-              std::string::npos)
-        << json;
-    WriteBytes(dir.path / "f", BuildFile({{"a/b\\", {{1, "../../x", {1}}}},
+    std::vector<ToolRun> runs = {
+        {"diff a b", 3,
+         "~ creator CRTR -> OTHR\n"
+         "~ AAAA 1 \"x\" 1 -> 2 bytes: content\n"
+         "- AAAA 2 - 1 bytes\n"
+         "~ AAAA 3 \"n\" 1 -> 1 bytes: name \"n\" -> \"N\", attributes none -> protected\n"
+         "+ AAAA 4 - 0 bytes\n"
+         "~ AAAA 5 - 3 -> 3 bytes: content\n"
+         "+ BBBB 0 - 0 bytes\n"},
+        {"list e", 0, "...\nT\\x01\\\\\" 1 \"a\\\"b\\\\ \\x1F~\" 1 none\n"},
+        {"list --json e", 0,
+         "...{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001f~\"..."},
+        {"extract -o - t TEXT SAME", 0, "\4"},
+        {"extract -o - t --name TEXT 12", 2, "", "..."},
+        {"extract -o - t TEXT 13", 2, "", "..."},
+        {"extract -o - t TEX 9", 2, "", "..."},
+        {"extract -o - t TEXTS 9", 1, "", "..."},
+        {"list no-such-file", 2, "",
+         "mgrsrc list: cannot read no-such-file: no such file or directory\n"},
+        {"--version", 0, "mgrsrc " MG_VERSION "\n"},
+        {"--help", 0, "usage: mgrsrc COMMAND...extract [-o OUT] [--name]..."},
+        {"extract -o x f AAAA 1", 0, "wrote AAAA 1, 3 bytes, to x\n"},
+        {"extract --all f all", 0, "wrote 3 resources into all\n"},
+        {"unpack f u", 0, "unpacked 3 resources of f into u\n"},
+        {"pack u p", 0, "packed 3 resources into p\n"},
+        {"add f AAAA 9 no-such-file", 2, "", "..."},
+    };
+    for (const char* bad :
+         {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA", "extract --all f",
+          "extract --all -o x f d", "extract f AAAA 1 -o", "verify", "diff f", "pack u", "unpack f",
+          "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
+        runs.push_back({bad, 1, "", "...--help..."});
+    for (const std::string usage :
+         {"list [--json] FILE\n", "extract [-o OUT]", "verify FILE\n", "diff A B\n", "add FILE",
+          "remove FILE", "set FILE", "unpack FILE DIR\n", "pack DIR FILE\n"})
+        runs.push_back({usage.substr(0, usage.find(' ')) + " --help", 0,
+                        "usage: mgrsrc " + usage + "...exit status..."});
+    ExpectRuns(dir.path, runs);
+    // A LF byte arrives as it is; help COMMAND is COMMAND --help.
+    EXPECT_EQ(Mgrsrc(Words("extract -o - t TEXT 12"), dir.path).out, "\n\14");
+    EXPECT_EQ(Mgrsrc({"help", "list"}, dir.path).out, Mgrsrc({"list", "--help"}, dir.path).out);
+    // File names made from types that no host could take as they stand, and two that differ
+    // only in case, are safe on every host.
+    WriteBytes(dir.path / "s", BuildFile({{"a/b\\", {{1, "../../x", {1}}}},
                                           {"CON ", {{0, "", {2}}}},
                                           {std::string("NU\0:", 4), {{-1, "", {3}}}},
                                           {"abcd", {{1, "", {4}}}},
                                           {"ABCD", {{1, "", {5}}}},
                                           {"Z-9z", {{2, "", {6}}}}}));
-    ToolResult r = Mgrsrc({"extract", "--all", "f", "out"}, dir.path);
-    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(Mgrsrc({"extract", "--all", "s", "out"}, dir.path).status, 0);
     EXPECT_EQ(Listed(dir.path / "out"),
               (std::set<std::string>{"a%2Fb%5C_1.bin", "CON%20_0.bin", "NU%00%3A_-1.bin",
                                      "abcd_1.bin", "ABCD_1~2.bin", "Z-9z_2.bin"}));
     EXPECT_EQ(SlurpFile(dir.path / "out" / "ABCD_1~2.bin"), "\5");
-}
-
-TEST(MgrsrcExtract, Lookups) {
-    TempDir dir;
-    WriteBytes(dir.path / "f",
-               BuildFile({{"TEXT", {{9, "same", {9}}, {4, "Same", {4}}, {12, "", {10, 12}}}}},
-                         4));  // version 4: the list stays as written
-    const struct {
-        std::string args;
-        int status;
-        std::string out;
-    } rows[] = {
-        {"TEXT SAME", 0, "\4"},   // the first in id order, case aside
-        {"TEXT 12", 0, "\n\14"},  // a LF byte arrives as it is
-        {"--name TEXT 12", 2, ""}, {"TEXT 13", 2, ""},
-        {"TEX 9", 2, ""},  // blanks fill: "TEX " isn't "TEXT"
-        {"TEXTS 9", 1, ""},
-    };
-    for (const auto& row : rows) {
-        ToolResult r = Mgrsrc(Words("extract -o - f " + row.args), dir.path);
-        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err.empty()),
-                  std::make_tuple(row.status, row.out, row.status == 0))
-            << row.args << r.err;
-    }
-}
-
-// Usage errors say so on standard error and print nothing else; --help works everywhere.
-TEST(MgrsrcCommandLine, UsageAndHelp) {
-    TempDir dir;
-    WriteBytes(dir.path / "f", BuildFile({{"AAAA", {{1, "", {1}}}}}));
-    for (const char* bad :
-         {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA", "extract --all f",
-          "extract --all -o x f d", "extract f AAAA 1 -o", "verify", "diff f"}) {
-        ToolResult r = Mgrsrc(Words(bad), dir.path);
-        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err.find("--help") != std::string::npos),
-                  std::make_tuple(1, "", true))
-            << bad;
-    }
-    for (const std::string command : {"list", "extract", "verify", "diff"}) {
-        ToolResult r = Mgrsrc({command, "--help"}, dir.path);
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.out.rfind("usage: mgrsrc " + command, 0), 0u) << r.out;
-        EXPECT_NE(r.out.find("exit status"), std::string::npos) << command;
-    }
-    ToolResult missing = Mgrsrc({"list", "no-such-file"}, dir.path);
-    EXPECT_EQ(std::make_pair(missing.status, missing.err),
-              std::make_pair(
-                  2, Lined("mgrsrc list: cannot read no-such-file: no such file or directory\n")));
 }
 
 using namespace crafted;
@@ -214,23 +187,17 @@ TEST(MgrsrcVerify, CraftedFilesAtTheirFirstFault) {
                                                     : MapAt(b) + kRefA1 + 12,
                                       refused))
                 << v.verify.out;
-            if (!refused) {  // the other resources list and extract, the bad one shows no size
-                ToolResult list = Mgrsrc({"list", "f"}, dir.path);
-                EXPECT_NE(list.out.find(Lined("AAAA 1 \"one\" ? none\n")), std::string::npos)
-                    << list.out;
-                EXPECT_EQ(Mgrsrc(Words("extract -o - f BBBB 7"), dir.path).out, "\5\6\7\10\11");
-                EXPECT_EQ(Mgrsrc(Words("extract -o - f AAAA 1"), dir.path).status, 2);
-                EXPECT_EQ(Mgrsrc({"diff", "f", "f"}, dir.path).status, 0);  // equal to itself
+            // The other resources list and extract, the bad one shows no size, and the file
+            // equals itself; a refused file is refused by every command.
+            if (!refused) {
+                ExpectRuns(dir.path, {{"list f", 0, "...\nAAAA 1 \"one\" ? none\n..."},
+                                      {"extract -o - f BBBB 7", 0, "\5\6\7\10\11"},
+                                      {"extract -o - f AAAA 1", 2, "", "..."},
+                                      {"diff f f", 0, ""}});
                 continue;
             }
-            for (const char* other : {"list f", "extract --all f out", "diff f g", "diff g f"}) {
-                ToolResult r = Mgrsrc(Words(other), dir.path);
-                EXPECT_EQ(std::make_tuple(r.status, r.out,
-                                          r.err.find("not a sound resource file: offset ") !=
-                                              std::string::npos),
-                          std::make_tuple(2, "", true))
-                    << other << r.err;
-            }
+            for (const char* other : {"list f", "extract --all f out", "diff f g", "diff g f"})
+                ExpectRuns(dir.path, {{other, 2, "", "...not a sound resource file: offset ..."}});
         }
     }
 }
@@ -291,9 +258,8 @@ TEST(MgrsrcVerify, SuspiciousButSound) {
         for (const std::string& w : row.warnings)
             EXPECT_NE(v.verify.out.find(w), std::string::npos) << v.verify.out;
     }
-    EXPECT_NE(Mgrsrc({"list", "f"}, dir.path).out.find(Lined("embedded at 100\n")),
-              std::string::npos);
-    EXPECT_EQ(Mgrsrc(Words("extract -o - f BBBB seven"), dir.path).out, "\5\6\7\10\11");
+    ExpectRuns(dir.path, {{"list f", 0, "...embedded at 100\n..."},
+                          {"extract -o - f BBBB seven", 0, "\5\6\7\10\11"}});
     Bytes b = BuildFile({{"AAAA", {{1, "", {1}}}}});
     PutBig32(b, MapAt(b) + 84, 0x1234);  // the handle word: one warning
     EXPECT_EQ(Lines(VerifyBytes(dir, b).verify.out).back(), "f: sound: 1 resource, 1 warning");

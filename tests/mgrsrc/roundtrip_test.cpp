@@ -3,7 +3,6 @@
 // written. add, remove and set leave the old file or the new one, never anything between.
 #include <gtest/gtest.h>
 
-#include "mg/version.h"
 #include "mgrsrc/roundtrip_env.h"
 #include "resource/crafted_files.h"
 
@@ -11,28 +10,6 @@ namespace {
 
 Bytes Slurp(const fs::path& p) {
     return AsBytes(SlurpFile(p));
-}
-
-TEST(MgrsrcRoundTrip, PackagesComeBackByteForByte) {
-    TempDir dir;
-    Bytes module(70000);
-    for (size_t i = 0; i < module.size(); ++i) module[i] = uint8_t(i * 7 + (i >> 11));
-    WriteBytes(dir.path / "mod.dll", module);
-    WriteBytes(dir.path / "extra.rsrc",
-               BuildFile({{"STR ", {{128, "Greeting", AsBytes("hello")}, {-3, "", {}}}},
-                          {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    const std::string codeDir = dir.path.string() + plat::DirectorySeparator();
-    for (const std::vector<std::string>& extra :
-         {std::vector<std::string>{}, {"-r", (dir.path / "extra.rsrc").string()}}) {
-        std::vector<std::string> args = {"-c", "mod", "-d", codeDir};
-        args.insert(args.end(), extra.begin(), extra.end());
-        ASSERT_EQ(RunTool(args, dir.path).status, 0);
-        SCOPED_TRACE(extra.empty() ? "without -r" : "with -r");
-        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), Slurp(dir.path / "mod.msb"));
-        ToolResult diff = Mgrsrc({"diff", "mod.msb", "packed"}, dir.path);
-        EXPECT_EQ(diff.status, 0);
-        EXPECT_EQ(diff.out, "");
-    }
 }
 
 // Every byte value in names and types, through the manifest's \u00HH and back.
@@ -52,11 +29,6 @@ TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
 // finds nothing but the changed bit, which isn't kept) in the manager's layout.
 TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
     using namespace crafted;
-    Bytes embedded(100, 0xEE);
-    Append(embedded, Base());
-    embedded.resize(embedded.size() + 4);
-    const uint32_t at = 100;
-    memcpy(embedded.data() + embedded.size() - 4, &at, 4);
     const struct {
         const char* what;
         Bytes file;
@@ -67,7 +39,7 @@ TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
         {"a gap before the data", DataBehindAGap(8), ""},
         {"version 2", BuildFile(BaseLayout(), 2), ""},
         {"unsorted version 4", BuildFile({{"AAAA", {{5, "", {1}}, {2, "b", {2}}}}}, 4), ""},
-        {"embedded", embedded, ""},
+        {"embedded", Embedded(Base(), 100), ""},
         {"changed bit stored", RunTimeBitsFromTheFile(),
          "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"},
     };
@@ -177,45 +149,6 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
         fs::permissions(dir.path / "d", fs::perms::owner_all);
         fs::remove_all(dir.path / "d");
     }
-}
-
-// The commands' help, version and what they say they did; usage errors of the new commands.
-TEST(MgrsrcCommandLine, NewCommands) {
-    TempDir dir;
-    WriteBytes(dir.path / "f", crafted::Base());
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string out;  // the start of standard output
-    } rows[] = {
-        {{"--version"}, 0, "mgrsrc " MG_VERSION "\n"},
-        {{"--help"}, 0, "usage: mgrsrc COMMAND"},
-        {{"unpack", "--help"}, 0, "usage: mgrsrc unpack FILE DIR\n"},
-        {{"pack", "--help"}, 0, "usage: mgrsrc pack DIR FILE\n"},
-        {{"add", "--help"}, 0, "usage: mgrsrc add FILE"},
-        {{"remove", "--help"}, 0, "usage: mgrsrc remove FILE"},
-        {{"set", "--help"}, 0, "usage: mgrsrc set FILE"},
-        {{"extract", "-o", "x", "f", "AAAA", "1"}, 0, "wrote AAAA 1, 3 bytes, to x\n"},
-        {{"extract", "--all", "f", "all"}, 0, "wrote 3 resources into all\n"},
-        {{"unpack", "f", "u"}, 0, "unpacked 3 resources of f into u\n"},
-        {{"pack", "u", "p"}, 0, "packed 3 resources into p\n"},
-        {{"pack", "u"}, 1, ""},
-        {{"unpack", "f"}, 1, ""},
-        {{"add", "f", "AAAAA", "1", "x"}, 1, ""},
-        {{"add", "f", "AAAA", "1.5", "x"}, 1, ""},
-        {{"set", "f", "AAAA", "1", "--attrs", "shiny"}, 1, ""},
-        {{"add", "f", "AAAA", "9", "no-such-file"}, 2, ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.args));
-        ToolResult r = Mgrsrc(row.args, dir.path);
-        EXPECT_EQ(r.status, row.status) << r.err;
-        EXPECT_EQ(r.out.rfind(Lined(row.out), 0), 0u) << r.out;
-    }
-    // help COMMAND is COMMAND --help; the general help names every form of extract.
-    EXPECT_EQ(Mgrsrc({"help", "list"}, dir.path).out, Mgrsrc({"list", "--help"}, dir.path).out);
-    EXPECT_NE(Mgrsrc({"--help"}, dir.path).out.find("extract [-o OUT] [--name]"),
-              std::string::npos);
 }
 
 }  // namespace
