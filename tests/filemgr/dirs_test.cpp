@@ -1,18 +1,9 @@
 // Listings, entry information, permissions, making and removing, places and range locks: what
 // every host does alike. Each host's own decisions are in posix/ and win32/.
 
-#include <chrono>
-
 #include "filemgr/dirs_env.h"
-#include "mg/filetypes.h"
 #include "mg/resource.h"
-#include "platform/platform.h"
-#include "support/host_rules.h"
-#include "support/memory_env.h"
-#include "support/run_tool.h"
 #include "support/scoped_variable.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -24,10 +15,6 @@ int64_t UnixModTime(const std::string& name) {
 
 int32_t PermissionsOf(const std::string& name) {
     return int32_t(fs::status(name).permissions() & fs::perms::mask) & 0777;
-}
-
-void SetPermissions(const std::string& name, int32_t bits) {
-    fs::permissions(name, fs::perms(bits), fs::perm_options::replace);
 }
 
 // Names sort without case, equal ones in listed order; a resource file's type is read only
@@ -100,20 +87,17 @@ bool ResolveOne(char* name) {
 // A file's and a directory's information, a shortcut's (its target's, type included), sizes
 // beyond 31 bits (the signed field's reading; beyond 32, 0x7FFFFFFF), and information applied.
 TEST_F(DirsTest, FileInfo) {
-    const std::string file = Make("plain.bin", "12345"), sub = MakeDir("sub");
-    SetPermissions(file, 0444);
+    const std::string file = Make("plain.bin", "12345", 0444), sub = MakeDir("sub");
     ASSERT_TRUE(plat::SetFileDates(file.c_str(), 0, (1000000000ull + 11644473600ull) * 10000000));
     for (const char* leaf : {"sub/1", "sub/2", "sub/3"}) Make(leaf);
     SetPermissions(sub, 0750);
-    const std::string sparse = Make("sparse");
+    const std::string sparse = Make("sparse", "", 0644);
     fs::resize_file(sparse, uintmax_t(3) << 30);
-    SetPermissions(sparse, 0644);
     OwnedHandle table;
     ASSERT_EQ(MemSetHandleBytes(&table.h, "\1\0\0\0MXSBmsb", 12), MgNoError);
     FSetTypeTables(table, nullptr);
     gShortcut = Name("doc.lnk");
-    gShortcutTarget = Make("real.msb", "123");
-    SetPermissions(gShortcutTarget, 0644);
+    gShortcutTarget = Make("real.msb", "123", 0644);
     plat::SetShortcutResolverForTest(ResolveOne);
     const struct {
         std::string name;
@@ -191,8 +175,7 @@ TEST_F(DirsTest, ExistenceAndPermissions) {
 // leaves a full directory; a chain of directories stops at a file.
 TEST_F(DirsTest, MakingMovingAndRemoving) {
     auto before = plat::OpenHandleCount();
-    const std::string a = Make("a", "alpha"), b = Make("b", "beta"), c = Name("c");
-    SetPermissions(a, 0604);
+    const std::string a = Make("a", "alpha", 0604), b = Make("b", "beta"), c = Name("c");
     OwnedPath pa(a), pb(b), pc(c), pd(Name("d")), relative("rel"), sub(MakeDir("sub")),
         root(dir.path.root_path().make_preferred().string());
     EXPECT_EQ(FCopyFile(pa, pb), MgDuplicate);
@@ -295,22 +278,16 @@ TEST_F(DirsTest, RangeLocks) {
 // past the first sixteen bytes, where a name that another one starts comes first. A count
 // that the bytes don't back leaves the list alone.
 TEST(DirSort, ByNameWithoutCase) {
-    const char* listed[] = {"common-prefix-long-alphabet",
-                            "Common-prefix-long-Zeta",
-                            "common-prefix-long-alpha",
-                            "COMMON-PREFIX-LONG-ALPHA",
-                            "b",
-                            "B",
-                            "a",
-                            "abcdefghij-2",
-                            "abcdefghij-1"};
-    const int32_t n = int32_t(std::size(listed));
+    const std::vector<std::string> listed = Words(
+        "common-prefix-long-alphabet Common-prefix-long-Zeta common-prefix-long-alpha "
+        "COMMON-PREFIX-LONG-ALPHA b B a abcdefghij-2 abcdefghij-1");
+    const int32_t n = int32_t(listed.size());
     Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandle(8 * n);
     ASSERT_EQ(MemHandleSize(names), 4);
     for (int32_t i = 0; i < n; ++i) {
-        uint8_t length = uint8_t(strlen(listed[i]));
+        uint8_t length = uint8_t(listed[i].size());
         MemAppendBytes(&length, names, 1);
-        MemAppendBytes(listed[i], names, length);
+        MemAppendBytes(listed[i].data(), names, length);
         DirEntryRecord r = {uint32_t(i), 0};
         memcpy(*types + 8 * i, &r, 8);
     }

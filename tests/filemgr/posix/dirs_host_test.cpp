@@ -7,9 +7,6 @@
 #include <algorithm>
 
 #include "filemgr/dirs_env.h"
-#include "support/memory_env.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
