@@ -3,13 +3,10 @@
 // faults of the header and the map's placement. Each unsound file is reported with the offset
 // of the first fault, as the reader meets it; nothing crashes, and no command of the tool
 // trusts what verify refuses.
-#include <gtest/gtest.h>
-
 #include <set>
 
 #include "mg/version.h"
-#include "mgrsrc/roundtrip_env.h"
-#include "resource/crafted_files.h"
+#include "mgrsrc/mgrsrc_env.h"
 
 namespace {
 
@@ -28,7 +25,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     const Bytes module = Fill(4093, 7);
     WriteBytes(dir.path / "mod.dll", module);
     WriteBytes(dir.path / "extra.rsrc",
-               BuildFile({{"STR ", {{128, "Greeting", AsBytes("hello")}, {-3, "", {}}}},
+               BuildFile({{"STR ", {{128, "Greeting", B("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
     const std::vector<std::string> run = {"-c", "mod", "-d",
                                           dir.path.string() + plat::DirectorySeparator()},
@@ -47,19 +44,19 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     for (const char* key : {"MOD", "0"}) {
         ToolResult x = Mgrsrc({"extract", "-o", "out.dll", msb.string(), "MXSB", key}, dir.path);
         ASSERT_EQ(x.status, 0) << x.err;
-        EXPECT_EQ(AsBytes(SlurpFile(dir.path / "out.dll")), module) << key;
+        EXPECT_EQ(B(SlurpFile(dir.path / "out.dll")), module) << key;
     }
     ASSERT_EQ(Mgrsrc({"extract", "--all", msb.string(), "res"}, dir.path).status, 0);
     EXPECT_EQ(Listed(dir.path / "res"),
               (std::set<std::string>{"PLAT_0.bin", "MXSB_0.bin", "STR%20_-3.bin", "STR%20_128.bin",
                                      "ICN%23_5.bin"}));
-    EXPECT_EQ(AsBytes(SlurpFile(dir.path / "res" / "MXSB_0.bin")), module);
+    EXPECT_EQ(B(SlurpFile(dir.path / "res" / "MXSB_0.bin")), module);
     EXPECT_EQ(SlurpFile(dir.path / "res" / "STR%20_128.bin"), "hello");
     // Packages of a module beyond 16 bits, with and without -r, come back byte for byte.
     WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
     for (const auto& extra : {std::vector<std::string>{}, withR}) {
         ASSERT_EQ(RunTool(Concat(run, extra), dir.path).status, 0);
-        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), AsBytes(SlurpFile(msb)));
+        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
         ExpectRuns(dir.path, {{"diff mod.msb packed", 0, ""}});
     }
 }

@@ -5,7 +5,7 @@
 
 #include <sstream>
 
-#include "mgrsrc/roundtrip_env.h"
+#include "mgrsrc/mgrsrc_env.h"
 
 namespace {
 
@@ -41,7 +41,7 @@ TEST(MgrsrcRoundTrip, LibraryEditsComeBackByteForByte) {
                 *rc::gen::resize(60, rc::gen::container<std::vector<Edit>>(AnyEdit()));
             TempDir dir;
             MakeWithLibrary(dir.path / "f", edits);
-            RC_ASSERT(RoundTrip(dir.path, "f") == AsBytes(SlurpFile(dir.path / "f")));
+            RC_ASSERT(RoundTrip(dir.path, "f") == B(SlurpFile(dir.path / "f")));
         },
         rc::detail::TestMetadata{}, params);
     std::ostringstream message;

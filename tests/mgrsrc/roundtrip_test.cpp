@@ -1,16 +1,9 @@
 // mgrsrc unpack and pack: files the manager wrote come back byte for byte, other sound layouts
 // come back with the same resources; bad manifests are refused with their line, and nothing is
 // written. add, remove and set leave the old file or the new one, never anything between.
-#include <gtest/gtest.h>
-
-#include "mgrsrc/roundtrip_env.h"
-#include "resource/crafted_files.h"
+#include "mgrsrc/mgrsrc_env.h"
 
 namespace {
-
-Bytes Slurp(const fs::path& p) {
-    return AsBytes(SlurpFile(p));
-}
 
 // Every byte value in names and types, through the manifest's \u00HH and back.
 TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
@@ -20,7 +13,7 @@ TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
     MakeWithLibrary(dir.path / "f", {{Edit::kAdd, std::string("\0\x7F\x80\xFF", 4), 1, low, {1}},
                                      {Edit::kAdd, "AAAA", 2, high, {2}},
                                      {Edit::kAdd, "AAAA", 3, "\"\\/", {}}});
-    EXPECT_EQ(RoundTrip(dir.path, "f"), Slurp(dir.path / "f"));
+    EXPECT_EQ(RoundTrip(dir.path, "f"), B(SlurpFile(dir.path / "f")));
     const std::string manifest = SlurpFile(dir.path / "unpacked" / "resources.json");
     for (char c : manifest) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F)) << int(c);
 }
@@ -78,7 +71,7 @@ TEST(MgrsrcPack, BadManifests) {
         {"\"id\": 2,", "\"id\": -2147483649,", 7, "id -2147483649 is outside 32 bits"},
         {"\"name\": \"seven\"", "\"name\": \"\\u0100\"", 8, "name \"\\u0100\" is not 8-bit text"},
     };
-    WriteBytes(dir.path / "out", AsBytes("old"));
+    WriteBytes(dir.path / "out", B("old"));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reason);
         fs::remove_all(dir.path / "bad");
@@ -86,7 +79,7 @@ TEST(MgrsrcPack, BadManifests) {
         std::string text = good;
         ASSERT_NE(text.find(row.from), std::string::npos);
         text.replace(text.find(row.from), row.from.size(), row.to);
-        WriteBytes(dir.path / "bad" / "resources.json", AsBytes(text));
+        WriteBytes(dir.path / "bad" / "resources.json", B(text));
         ToolResult r = Mgrsrc({"pack", "bad", "out"}, dir.path);
         EXPECT_EQ(r.status, 1);
         EXPECT_EQ(r.out, "");
@@ -139,7 +132,7 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
             EXPECT_EQ(r.status, row.status) << r.err;
             WriteBytes(dir.path / "old", base);
             if (row.status) {
-                EXPECT_EQ(Slurp(dir.path / "d" / "f"), base);
+                EXPECT_EQ(B(SlurpFile(dir.path / "d" / "f")), base);
                 EXPECT_NE(r.err.find(row.diffOrMessage), std::string::npos) << r.err;
             } else {
                 EXPECT_EQ(Mgrsrc({"diff", "old", args[1]}, dir.path).out, Lined(row.diffOrMessage));
