@@ -1,6 +1,7 @@
 // Whole runs of the built tool: the bytes of the packages it writes, its exit statuses, and its
 // silence on errors; runs with -r (resources copied into the package) and -vi (an existing
 // file updated in place), whose packages are read back with the resource manager itself.
+#include <algorithm>
 #include <cctype>
 #include <tuple>
 
@@ -36,24 +37,29 @@ TEST(PackageCli, ModuleSizesArePackedWhole) {
     }
 }
 
+// The success line, on the error stream, when the tool made the package `name` of `type`.
+std::string Made(const std::string& name = "foo", const std::string& type = "CIN ") {
+    return "Meridax resource file, type '" + type + "', name '" + name +
+           ".msb', created properly." + TextLineEnd();
+}
+
 // The one line the tool prints, on the error stream, only when it made the package; failed
 // runs print nothing at all (every complaint of the packager is run through the real tool in
-// the packager's messages suite).
-TEST(PackageCli, StatusesAndTheSuccessLine) {
+// the packager's messages suite). Then the directory and the code name as a user may spell
+// them: with or without the separator at the end, and in another case, which names on a
+// Windows host ignore and on a POSIX host don't. Each package made is the same bytes; an
+// older, longer package is replaced whole, not written over.
+TEST(PackageCli, StatusesSpellingsAndTheSuccessLine) {
     TempDir dir;
     WriteBytes(dir.path / "foo.dll", kHello);
-    auto made = [](const char* type) {
-        return "Meridax resource file, type '" + std::string(type) +
-               "', name 'foo.msb', created properly." + TextLineEnd();
-    };
     const struct {
         std::vector<std::string> args;
         int status;
         std::string err;
-    } rows[] = {{{"foo"}, 0, made("CIN ")},
-                {{"-c", "foo", "-t", "CIN"}, 0, made("CIN ")},
-                {{"-c", "foo", "-t", "'CIN"}, 0, made("CIN ")},
-                {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, made("DRVR")},
+    } rows[] = {{{"foo"}, 0, Made()},
+                {{"-c", "foo", "-t", "CIN"}, 0, Made()},
+                {{"-c", "foo", "-t", "'CIN"}, 0, Made()},
+                {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, Made("foo", "DRVR")},
                 {{"-c", "foo", "-v", "12"}, 1, ""},
                 {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""}};
     for (const auto& row : rows) {
@@ -61,43 +67,32 @@ TEST(PackageCli, StatusesAndTheSuccessLine) {
         EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(row.status, "", row.err))
             << testing::PrintToString(row.args);
     }
-}
-
-// The directory and the code name as a user may spell them: with or without the separator
-// at the end, and in another case, which names on a Windows host ignore and on a POSIX host
-// don't. Each package made is the same bytes, announced by the success line; an older,
-// longer package is replaced whole, not written over.
-TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
-    TempDir dir;
-    WriteBytes(dir.path / "foo.dll", kHello);
-    const std::string d = dir.path.string(), upper = [](std::string t) {
-        for (char& c : t) c = char(toupper(static_cast<unsigned char>(c)));
-        return t;
-    }(d);
+    std::string d = dir.path.string(), upper = d;
+    std::transform(d.begin(), d.end(), upper.begin(),
+                   [](unsigned char c) { return char(toupper(c)); });
     // A blank and a separator at the end: the argument is quoted where the host quotes.
     const fs::path spaced = dir.path / "a b";
     fs::create_directory(spaced);
     WriteBytes(spaced / "foo.dll", kHello);
-    const bool caseBlind = WindowsHost();
+    const int caseBlind = WindowsHost() ? 0 : 2;
     const struct {
         std::string name, directory;
         int status;
-    } rows[] = {
+    } spellings[] = {
         {"foo", d, 0},
         {"foo", (dir.path / "").string(), 0},
-        {"foo", upper, caseBlind || upper == d ? 0 : 2},
-        {"FOO", d, caseBlind ? 0 : 2},
+        {"foo", upper, upper == d ? 0 : caseBlind},
+        {"FOO", d, caseBlind},
         {"foo", (spaced / "").string(), 0},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : spellings) {
         SCOPED_TRACE(row.name + " in " + row.directory);
         const fs::path package = fs::path(row.directory) / (row.name + ".msb");
         if (row.status == 0) WriteBytes(package, Bytes(5000, 'x'));
         ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
         EXPECT_EQ(r.status, row.status);
         if (row.status != 0) continue;
-        EXPECT_EQ(r.err, "Meridax resource file, type 'CIN ', name '" + row.name +
-                             ".msb', created properly." + TextLineEnd());
+        EXPECT_EQ(r.err, Made(row.name));
         EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
         fs::remove(package);
     }
@@ -187,9 +182,8 @@ TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
             RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(row.target)), "NEWCODE");
         EXPECT_EQ(r.status, row.status);
         std::vector<Res> got = r.records;
-        std::sort(got.begin(), got.end(), [](const Res& a, const Res& b) {
-            return std::tie(a.type, a.id) < std::tie(b.type, b.id);
-        });
+        std::sort(got.begin(), got.end(),
+                  [](auto& a, auto& b) { return a.type + char(a.id) < b.type + char(b.id); });
         EXPECT_EQ(got, row.after) << row.status;
     }
 }
@@ -251,6 +245,18 @@ TEST(HostileCli, FailedWriteBackOfAViWithAnEmptyModule) {
     EXPECT_EQ(r.status, 2) << r.err;
     EXPECT_TRUE(B(SlurpFile(dir.path / "t.vi")) == target);
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), {}), 2);
+}
+
+// A module too long for the format's 32-bit words ends the run with 2 and writes no package:
+// sparse files, whose length costs no disk. Inputs that aren't files are in posix/.
+TEST(InputsCli, ModulesTooLongForTheFormat) {
+    for (uintmax_t size : {(uintmax_t{4} << 30) + 61, uintmax_t{2} << 30}) {
+        TempDir dir;
+        std::ofstream(dir.path / "big.dll").close();
+        fs::resize_file(dir.path / "big.dll", size);
+        EXPECT_EQ(RunTool({"big", "-d", dir.path.string()}, dir.path).status, 2) << size;
+        EXPECT_FALSE(fs::exists(dir.path / "big.msb")) << size;
+    }
 }
 
 }  // namespace
