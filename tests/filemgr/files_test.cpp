@@ -215,38 +215,16 @@ TEST(FileErrors, ErrnoTable) {
     umask(old);
 }
 
-// A table of (type, extension) records; extensions of 4 characters fill the field unended.
-Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
-    Handle h = MemNewHandleClear(4 + 8 * int32_t(records.size()));
-    const int32_t n = int32_t(records.size());
-    memcpy(*h, &n, 4);
-    for (int32_t i = 0; i < n; ++i) {
-        memcpy(*h + 4 + 8 * i, records[i].first, 4);
-        memcpy(*h + 8 + 8 * i, records[i].second, strnlen(records[i].second, 4));
-    }
+// A type table: its count in host order, then (type, extension) records; an extension of 4
+// characters fills its field unended.
+Handle Table(const std::string& bytes) {
+    Handle h = MemNewHandle(0);
+    EXPECT_EQ(MemSetHandleBytes(&h, bytes.data(), int32_t(bytes.size())), MgNoError);
     return h;
 }
 
 using Leaf = mgtest::P;
 const auto T = MgResType;
-
-class FileTypes : public ::testing::Test {
-  protected:
-    // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't;
-    // "tiff" is the last record and runs into the block's end.
-    Handle primary = Table({{"TEXT", "txt"},
-                            {"JPEG", "jpeg"},
-                            {"\0ull", ""},
-                            {"HTML", "html"},
-                            {"TIFF", "tiff"}}),
-           secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
-    void SetUp() override { FSetTypeTables(primary, secondary); }
-    void TearDown() override {
-        FSetTypeTables(nullptr, nullptr);
-        MemDisposeHandle(primary);
-        MemDisposeHandle(secondary);
-    }
-};
 
 Path PosixPath(const std::string& text) {
     Path p = nullptr;
@@ -256,7 +234,14 @@ Path PosixPath(const std::string& text) {
     return p;
 }
 
-TEST_F(FileTypes, TypeOfName) {
+// Types of names and paths through the two tables, and extensions added and stripped. "jpeg"
+// runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't; "tiff" is the
+// last record and runs into the block's end.
+TEST(FileTypes, ByExtension) {
+    Handle primary =
+               Table(std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
+           secondary = Table(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
+    FSetTypeTables(primary, secondary);
     const std::pair<const char*, const char*> cases[] = {
         {"A.TXT", "TEXT"}, {"a.b.pct", "PICT"}, {"a.jpeg", "JPEG"}, {"a.c", "CSRC"}, {"a.html", ""},
         {"a.tiff", ""},    {"a.toolong", ""},   {"a.", ""},         {"txt", ""}};
@@ -268,56 +253,48 @@ TEST_F(FileTypes, TypeOfName) {
     EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
     FPathRelease(p);
     FPathRelease(root);
-    FSetTypeTables(nullptr, secondary);
-    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), T("OTHR"));
-    FSetTypeTables(nullptr, nullptr);
-    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
-}
-
-TEST_F(FileTypes, AddAndStripExtensions) {
+    // Adding takes the first record of the type, from the secondary table after the primary
+    // answered 15, and a full field: four bytes, no more.
     const struct {
+        bool strip;
         std::string name;
         ResType type;
-        MgStatus want;
+        int32_t result;
         std::string after;
-    } adds[] = {
-        {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
-        {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
-        {"c", T("NONE"), 15, "c"},
-        {"d", T("HTML"), 0, "d.html"},  // a full field: four bytes, no more
-        {std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
-        {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
-        {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+    } edits[] = {
+        {false, "a", T("TEXT"), 0, "a.txt"},
+        {false, "b", T("PICT"), 0, "b.pct"},
+        {false, "c", T("NONE"), 15, "c"},
+        {false, "d", T("HTML"), 0, "d.html"},
+        {false, std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
+        {false, std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
+        {false, std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+        {true, "a.abcd", 0, 5, "a"},
+        {true, "a.abcde", 0, 0, "a.abcde"},
+        {true, "a.txt", T("TEXT"), 4, "a"},
+        {true, "a.txt", T("PICT"), 0, "a.txt"},
+        {true, "noext", 0, 0, "noext"},
+        {true, "a.", 0, 1, "a"},
     };
-    for (const auto& c : adds) {
+    for (const auto& c : edits) {
         Leaf n(c.name);
-        EXPECT_EQ(FAddExtension(n.b, c.type), c.want) << c.name.size();
+        EXPECT_EQ(c.strip ? FStripExtension(n.b, c.type) : FAddExtension(n.b, c.type), c.result)
+            << c.name;
         EXPECT_EQ(n.str(), c.after);
     }
     EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
-    const struct {
-        std::string name;
-        ResType type;
-        int32_t removed;
-        std::string after;
-    } strips[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
-                  {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
-                  {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
-    for (const auto& c : strips) {
-        Leaf n(c.name);
-        EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
-        EXPECT_EQ(n.str(), c.after);
-    }
-}
-
-// Only records that lie wholly inside the block count, whatever the count word says.
-TEST_F(FileTypes, CountWordIsTrustedOnlyWithinTheBlock) {
+    // Only records that lie wholly inside the block count, whatever the count word says.
     FSetTypeTables(nullptr, secondary);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), T("OTHR"));
     for (int32_t claimed : {-1, 1, 99}) {
         memcpy(*secondary, &claimed, 4);
         EXPECT_EQ(FTypeOfExtension("pct", 3), claimed > 0 ? T("PICT") : 0) << claimed;
         EXPECT_EQ(FTypeOfExtension("txt", 3), claimed > 1 ? T("OTHR") : 0) << claimed;
     }
+    FSetTypeTables(nullptr, nullptr);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
+    MemDisposeHandle(primary);
+    MemDisposeHandle(secondary);
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
