@@ -73,17 +73,6 @@ inline void ExpectRuns(const std::filesystem::path& dir, const std::vector<ToolR
     }
 }
 
-// The lines of the tool's text, each of which must end with the host's line end.
-inline std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    const std::string& end = TextLineEnd();
-    size_t from = 0;
-    for (size_t at; (at = text.find(end, from)) != std::string::npos; from = at + end.size())
-        lines.push_back(text.substr(from, at - from));
-    if (from < text.size()) lines.push_back(text.substr(from));
-    return lines;
-}
-
 // One edit of an open file. Adds and changes carry `data`; kSetAttrs keeps a pending change.
 struct Edit {
     enum Kind { kAdd, kChange, kRemove, kSetAttrs, kUpdate } kind = kAdd;

@@ -154,7 +154,8 @@ struct Verified {
 Verified VerifyBytes(const TempDir& dir, const Bytes& file) {
     WriteBytes(dir.path / "f", file);
     Verified v{Mgrsrc({"verify", "f"}, dir.path)};
-    for (const std::string& line : Lines(v.verify.out)) {
+    std::istringstream out(v.verify.out);
+    for (std::string line; std::getline(out, line);) {
         const size_t at = line.find(": offset ");
         if (at != std::string::npos && line.find(": error: ") != std::string::npos && v.first < 0)
             v.first = std::stoll(line.substr(at + 9));
@@ -165,13 +166,14 @@ Verified VerifyBytes(const TempDir& dir, const Bytes& file) {
 
 // Each crafted file is reported at its first fault; a refused map is refused by every command,
 // while bad data fails only its own resource.
-TEST(MgrsrcVerify, CraftedFilesAtTheirFirstFault) {
+TEST(MgrsrcVerify, FaultsAndWarnings) {
     TempDir dir;
+    Bytes b;
     WriteBytes(dir.path / "g", Base());
     for (const auto* rows : {&BadMaps(), &BadData()}) {
         for (const Spoiled& row : *rows) {
             SCOPED_TRACE(row.what);
-            Bytes b = Base();
+            b = Base();
             row.spoil(b);
             Verified v = VerifyBytes(dir, b);
             const bool refused = row.open != MgNoError;
@@ -197,15 +199,11 @@ TEST(MgrsrcVerify, CraftedFilesAtTheirFirstFault) {
                 ExpectRuns(dir.path, {{other, 2, "", "...not a sound resource file: offset ..."}});
         }
     }
-}
-
-// Faults before the map: the header, the trailer, and where the map lies.
-TEST(MgrsrcVerify, HeaderFaults) {
-    TempDir dir;
+    // Faults before the map: the header, the trailer, and where the map lies.
     const struct {
         std::function<void(Bytes&)> spoil;
         long long first;  // from the start of the file; -1: from the start of the map
-    } rows[] = {
+    } header[] = {
         {[](Bytes& b) { b.clear(); }, 0},
         {[](Bytes& b) { b.resize(31); }, 0},
         {[](Bytes& b) { b[3] = 'X'; }, 0},                     // signature
@@ -218,8 +216,8 @@ TEST(MgrsrcVerify, HeaderFaults) {
         // No size word is read before the file's start: AAAA 1's load fails there.
         {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)},
     };
-    for (const auto& row : rows) {
-        Bytes b = Base();
+    for (const auto& row : header) {
+        b = Base();
         const long long mapAt = MapAt(b);
         row.spoil(b);
         Verified v = VerifyBytes(dir, b);
@@ -227,17 +225,13 @@ TEST(MgrsrcVerify, HeaderFaults) {
                   std::make_pair(2, row.first >= 0 ? row.first : mapAt - row.first))
             << v.verify.out;
     }
-}
-
-// What a reader takes but a maker of files wants to hear about; the file stays sound. The
-// summary counts in the singular where there is one. A resource file at the end of another is
-// found through its trailer, as the reader does.
-TEST(MgrsrcVerify, SuspiciousButSound) {
-    TempDir dir;
+    // What a reader takes but a maker of files wants to hear about; the file stays sound. The
+    // summary counts in the singular where there is one. A resource file at the end of another
+    // is found through its trailer, as the reader does.
     const struct {
         Bytes file;
         std::vector<std::string> warnings;
-    } rows[] = {
+    } sound[] = {
         {SharedData(),
          {"shares its data with the reference at", "bytes of data that no reference uses"}},
         {RunTimeBitsFromTheFile(), {"changed bit set in the file", "handle word isn't zero"}},
@@ -247,7 +241,7 @@ TEST(MgrsrcVerify, SuspiciousButSound) {
         {BuildFile({{"AAAA", {{3, "", {1}}, {3, "", {2}}}}}), {"id 3 appears twice"}},
         {Embedded(Base(), 100), {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : sound) {
         Verified v = VerifyBytes(dir, row.file);
         EXPECT_EQ(std::make_pair(v.verify.status, v.warnings),
                   std::make_pair(0, row.warnings.size()))
@@ -257,11 +251,13 @@ TEST(MgrsrcVerify, SuspiciousButSound) {
     }
     ExpectRuns(dir.path, {{"list f", 0, "...embedded at 100\n..."},
                           {"extract -o - f BBBB seven", 0, "\5\6\7\10\11"}});
-    Bytes b = BuildFile({{"AAAA", {{1, "", {1}}}}});
+    b = BuildFile({{"AAAA", {{1, "", {1}}}}});
     PutBig32(b, MapAt(b) + 84, 0x1234);  // the handle word: one warning
-    EXPECT_EQ(Lines(VerifyBytes(dir, b).verify.out).back(), "f: sound: 1 resource, 1 warning");
+    WriteBytes(dir.path / "f", b);
+    ExpectRuns(dir.path, {{"verify f", 0, "...\nf: sound: 1 resource, 1 warning\n"}});
     PutBig32(b, 32, 0xFFFFFFF0);  // a negative size word: one error
-    EXPECT_EQ(Lines(VerifyBytes(dir, b).verify.out).back(), "f: unsound: 1 error, 1 warning");
+    WriteBytes(dir.path / "f", b);
+    ExpectRuns(dir.path, {{"verify f", 2, "...\nf: unsound: 1 error, 1 warning\n"}});
 }
 
 }  // namespace
