@@ -61,20 +61,17 @@ std::string Made(const std::string& name = "foo", const std::string& type = "CIN
 TEST(PackageCli, StatusesSpellingsAndTheSuccessLine) {
     TempDir dir;
     WriteBytes(dir.path / "foo.dll", kHello);
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string err;
-    } rows[] = {{{"foo"}, 0, Made()},
-                {{"-c", "foo", "-t", "CIN"}, 0, Made()},
-                {{"-c", "foo", "-t", "'CIN"}, 0, Made()},
-                {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, Made("foo", "DRVR")},
-                {{"-c", "foo", "-v", "12"}, 1, ""},
-                {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""}};
-    for (const auto& row : rows) {
-        ToolResult r = RunTool(row.args, dir.path);
-        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(row.status, "", row.err))
-            << testing::PrintToString(row.args);
+    const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
+        {{"foo"}, 0, Made()},
+        {{"-c", "foo", "-t", "CIN"}, 0, Made()},
+        {{"-c", "foo", "-t", "'CIN"}, 0, Made()},
+        {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, Made("foo", "DRVR")},
+        {{"-c", "foo", "-v", "12"}, 1, ""},
+        {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""}};
+    for (const auto& [args, status, err] : rows) {
+        ToolResult r = RunTool(args, dir.path);
+        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(status, "", err))
+            << testing::PrintToString(args);
     }
     std::string d = dir.path.string(), upper = d;
     std::transform(d.begin(), d.end(), upper.begin(),
@@ -84,25 +81,22 @@ TEST(PackageCli, StatusesSpellingsAndTheSuccessLine) {
     fs::create_directory(spaced);
     WriteBytes(spaced / "foo.dll", kHello);
     const int caseBlind = WindowsHost() ? 0 : 2;
-    const struct {
-        std::string name, directory;
-        int status;
-    } spellings[] = {
+    const std::tuple<std::string, std::string, int> spellings[] = {
         {"foo", d, 0},
         {"foo", (dir.path / "").string(), 0},
         {"foo", upper, upper == d ? 0 : caseBlind},
         {"FOO", d, caseBlind},
         {"foo", (spaced / "").string(), 0},
     };
-    for (const auto& row : spellings) {
-        SCOPED_TRACE(row.name + " in " + row.directory);
-        const fs::path package = fs::path(row.directory) / (row.name + ".msb");
-        if (row.status == 0) WriteBytes(package, Bytes(5000, 'x'));
-        ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
-        EXPECT_EQ(r.status, row.status);
-        if (row.status != 0) continue;
-        EXPECT_EQ(r.err, Made(row.name));
-        EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
+    for (const auto& [name, directory, status] : spellings) {
+        SCOPED_TRACE(name + " in " + directory);
+        const fs::path package = fs::path(directory) / (name + ".msb");
+        if (status == 0) WriteBytes(package, Bytes(5000, 'x'));
+        ToolResult r = RunTool({"-c", name, "-d", directory}, dir.path);
+        EXPECT_EQ(r.status, status);
+        if (status != 0) continue;
+        EXPECT_EQ(r.err, Made(name));
+        EXPECT_EQ(SlurpFile(package), WorkedPackage(name));
         fs::remove(package);
     }
 }
@@ -208,11 +202,7 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
     copied.insert(copied.begin(), kOwn.begin(), kOwn.end());
     copied[2].attrs = RAttrProtected;  // the changed bit stored in the file is dropped
     const Res a1 = {"AAAA", 1, "", B("a")};
-    const struct {
-        Bytes source;
-        int status;
-        std::vector<Res> package;
-    } rows[] = {
+    const std::tuple<Bytes, int, std::vector<Res>> rows[] = {
         {BuildFile(Layout({{"PLAT", 0, "x", B("sparc")}})), 2, kOwn},
         {BuildFile(Layout({a1, {"MXSB", 0, "", B("b")}})), 2, {kOwn[0], kOwn[1], a1}},
         {BuildFile({}), 0, kOwn},
@@ -221,10 +211,10 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
         {huge, 2, kOwn},  // a resource of nearly 2 GiB in a short source
         {overlapping, 2, kOwn},
     };
-    for (const auto& row : rows) {
-        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", row.source);
+    for (const auto& [source, status, package] : rows) {
+        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", source);
         EXPECT_EQ(std::make_tuple(r.status, r.package, r.file),
-                  std::make_tuple(row.status, row.package, row.source));
+                  std::make_tuple(status, package, source));
     }
     // A target whose module shares its data with another resource: the other resources come
     // through the replacement unchanged. BBBB 7 named "seven" becomes the module of "seven".

@@ -99,29 +99,25 @@ TEST_F(DirsTest, FileInfo) {
     gShortcut = Name("doc.lnk");
     gShortcutTarget = Make("real.msb", "123", 0644);
     plat::SetShortcutResolverForTest(ResolveOne);
-    const struct {
-        std::string name;
-        int32_t size, isDirectory, permissions;
-        ResType type;
-    } rows[] = {{file, 5, 0, 0444, MgResType("????")},
-                {sub, 3, 1, 0750, MgResType("????")},
-                {sparse, int32_t(0xC0000000u), 0, 0644, MgResType("????")},
-                {gShortcut, 3, 0, 0644, MgResType("MXSB")}};
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        OwnedPath p(r.name);
+    const std::tuple<std::string, int32_t, int32_t, int32_t, ResType> rows[] = {
+        {file, 5, 0, 0444, MgResType("????")},
+        {sub, 3, 1, 0750, MgResType("????")},
+        {sparse, int32_t(0xC0000000u), 0, 0644, MgResType("????")},
+        {gShortcut, 3, 0, 0644, MgResType("MXSB")}};
+    for (const auto& [name, size, isDirectory, permissions, type] : rows) {
+        SCOPED_TRACE(name);
+        OwnedPath p(name);
         FileInfo info;
         memset(&info, 0xAB, sizeof info);
         ASSERT_EQ(FFileInfoOf(p, &info), MgNoError);
         // hiddenFlag is cleared for the empty path alone.
-        EXPECT_EQ(
-            std::make_tuple(info.size, info.isDirectory, info.permissions, info.type, info.creator,
-                            info.hiddenFlag, info.spareWord2, info.owner[0]),
-            std::make_tuple(r.size, r.isDirectory, HostPermissions(r.permissions, r.isDirectory),
-                            r.type, r.type == MgResType("MXSB") ? MgResType("MXDX") : r.type,
-                            int32_t(0xABABABAB), 0xABAB, 0));
+        EXPECT_EQ(std::make_tuple(info.size, info.isDirectory, info.permissions, info.type,
+                                  info.creator, info.hiddenFlag, info.spareWord2, info.owner[0]),
+                  std::make_tuple(size, isDirectory, HostPermissions(permissions, isDirectory),
+                                  type, type == MgResType("MXSB") ? MgResType("MXDX") : type,
+                                  int32_t(0xABABABAB), 0xABAB, 0));
         EXPECT_NE(info.created, 0u);
-        EXPECT_TRUE(r.name != file || info.modified == 1000000000u + kUnixEpochSeconds);
+        EXPECT_TRUE(name != file || info.modified == 1000000000u + kUnixEpochSeconds);
     }
     FSetTypeTables(nullptr, nullptr);
     fs::resize_file(sparse, uintmax_t(5) << 30);
@@ -149,15 +145,12 @@ TEST_F(DirsTest, ExistenceAndPermissions) {
     OwnedPath pf(file), pd(MakeDir("d")), missing(Name("no")), relative("rel"), root(rootName),
         bad(rootName);
     FAppendName(bad, reinterpret_cast<ConstPStr>("\003a/b"));  // no host name has a '/'
-    const struct {
-        Path path;
-        int32_t existsAs;
-        MgStatus isDirectory;
-    } rows[] = {{pf, 1, MgBadArgument},    {pd, 2, MgNoError},   {missing, 0, MgNotFound},
-                {relative, 0, MgNotFound}, {root, 2, MgNoError}, {bad, 0, MgNotFound}};
-    for (const auto& r : rows)
-        EXPECT_EQ(std::make_pair(FPathExistsAs(r.path), FIsDirectory(r.path)),
-                  std::make_pair(r.existsAs, r.isDirectory));
+    const std::tuple<Path, int32_t, MgStatus> rows[] = {
+        {pf, 1, MgBadArgument},    {pd, 2, MgNoError},   {missing, 0, MgNotFound},
+        {relative, 0, MgNotFound}, {root, 2, MgNoError}, {bad, 0, MgNotFound}};
+    for (const auto& [path, existsAs, isDirectory] : rows)
+        EXPECT_EQ(std::make_pair(FPathExistsAs(path), FIsDirectory(path)),
+                  std::make_pair(existsAs, isDirectory));
     int32_t bits = 0640, got = 0;
     uint8_t owner[256] = {9}, group[256] = {9};
     ASSERT_EQ(FApplyPermissions(pf, nullptr, nullptr, &bits), MgNoError);
@@ -311,14 +304,11 @@ TEST(DirPatterns, NameFitsPattern) {
                                 reinterpret_cast<const uint8_t*>(name.data()),
                                 int32_t(pattern.size()), int32_t(name.size()));
     };
-    const struct {
-        const char *pattern, *name;
-        int32_t fits;
-    } rows[] = {{"a", "a.txt", 1},     {"*.*", "readme", 1}, {"*.txt", "A.TXT", 1},
-                {"*.txt", "a.dat", 0}, {"a?c", "abc", 1},    {"a?c", "abd", 0},
-                {"*.", "readme", 1},   {"b", "a.txt", 0}};
-    for (const auto& r : rows)
-        EXPECT_EQ(fits(r.pattern, r.name), r.fits) << r.pattern << " " << r.name;
+    const std::tuple<const char*, const char*, int32_t> rows[] = {
+        {"a", "a.txt", 1}, {"*.*", "readme", 1}, {"*.txt", "A.TXT", 1}, {"*.txt", "a.dat", 0},
+        {"a?c", "abc", 1}, {"a?c", "abd", 0},    {"*.", "readme", 1},   {"b", "a.txt", 0}};
+    for (const auto& [pattern, name, want] : rows)
+        EXPECT_EQ(fits(pattern, name), want) << pattern << " " << name;
     EXPECT_EQ(fits("*", std::string(1000, 'a')), 1);  // longer than a name: cut, never overrun
     int32_t offset = 0;
     EXPECT_EQ(FPatternHasWildcards(reinterpret_cast<const uint8_t*>("ab*c"), &offset, 4), 1);
@@ -327,18 +317,16 @@ TEST(DirPatterns, NameFitsPattern) {
 
 TEST(FileTimes, SecondsSince1904) {
     const uint64_t t1904 = 95616288000000000ULL;
-    const struct {
-        uint64_t fileTime;
-        uint32_t seconds;
-    } rows[] = {{t1904, 0},
-                {t1904 + 10000000ULL, 1},
-                {t1904 + 15000000ULL, 2},  // halves to the even second
-                {t1904 + 25000000ULL, 2},
-                {t1904 + 25000001ULL, 3},
-                {0, 0},
-                {116444736000000000ULL, kUnixEpochSeconds},
-                {~0ULL, 0xFFFFFFFFu}};
-    for (const auto& r : rows) EXPECT_EQ(FFileTimeToSeconds(r.fileTime), r.seconds);
+    const std::tuple<uint64_t, uint32_t> rows[] = {
+        {t1904, 0},
+        {t1904 + 10000000ULL, 1},
+        {t1904 + 15000000ULL, 2},  // halves to the even second
+        {t1904 + 25000000ULL, 2},
+        {t1904 + 25000001ULL, 3},
+        {0, 0},
+        {116444736000000000ULL, kUnixEpochSeconds},
+        {~0ULL, 0xFFFFFFFFu}};
+    for (const auto& [fileTime, seconds] : rows) EXPECT_EQ(FFileTimeToSeconds(fileTime), seconds);
     EXPECT_EQ(FSecondsToFileTime(kUnixEpochSeconds), 116444736000000000ULL);
 }
 

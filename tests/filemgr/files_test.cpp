@@ -29,18 +29,15 @@ class FilesTest : public DirsTest {
 // Bad modes, paths that name no file, and the reference 0, refused before any platform call.
 TEST_F(FilesTest, BadArgumentsAreRefused) {
     const std::string f = Make("a", "x");
-    const struct {
-        std::string name;
-        int32_t mode, deny;
-        MgStatus want;
-    } rows[] = {{f, 4, FMShareAll, MgBadArgument},
-                {f, -1, FMShareAll, MgBadArgument},
-                {f, FMModeRead, 3, MgBadArgument},
-                {"a/b", FMModeRead, FMShareAll, MgBadArgument},
-                {"/", FMModeRead, FMShareAll, MgBadArgument},  // a volume root
-                {Name("missing"), FMModeRead, FMShareAll, MgNotFound},
-                {dir.path.string(), FMModeRead, FMShareAll, MgNoPermission}};  // a directory
-    for (const auto& r : rows) Open(r.name, r.mode, r.deny, r.want);
+    const std::tuple<std::string, int32_t, int32_t, MgStatus> rows[] = {
+        {f, 4, FMShareAll, MgBadArgument},
+        {f, -1, FMShareAll, MgBadArgument},
+        {f, FMModeRead, 3, MgBadArgument},
+        {"a/b", FMModeRead, FMShareAll, MgBadArgument},
+        {"/", FMModeRead, FMShareAll, MgBadArgument},  // a volume root
+        {Name("missing"), FMModeRead, FMShareAll, MgNotFound},
+        {dir.path.string(), FMModeRead, FMShareAll, MgNoPermission}};  // a directory
+    for (const auto& [name, mode, deny, want] : rows) Open(name, mode, deny, want);
     int32_t v = 0;
     char b[4];
     for (MgStatus s :
@@ -92,25 +89,21 @@ TEST_F(FilesTest, ReadsSeeksAndEnds) {
     // either end stop there; any other mode counts from the end. Setting the end keeps a
     // position inside the file and pulls one beyond it back; a file can grow this way, not by
     // seeking.
-    const struct {
-        int32_t offset, mode;
-        MgStatus want;
-        int32_t at;
-    } steps[] = {{100, FMSeekStart, MgNoError, 100},
-                 {101, FMSeekStart, MgEndOfFile, 100},
-                 {-1, FMSeekStart, MgEndOfFile, 0},
-                 {10, FMSeekCurrent, MgNoError, 10},
-                 {-5, 0, MgNoError, 95},
-                 {20, FMSeekStart, MgNoError, 20},
-                 {10, -1, MgNoError, 10},
-                 {5, FMSeekStart, MgNoError, 5},
-                 {8, -1, MgNoError, 5},
-                 {50, -1, MgNoError, 5},
-                 {-1, -1, MgBadArgument, 5}};
-    for (const auto& s : steps) {
-        EXPECT_EQ(s.mode < 0 ? FSetFileEnd(ref, s.offset) : FMSeek(ref, s.offset, s.mode), s.want)
-            << s.offset;
-        EXPECT_EQ(pos(), s.at) << s.offset;
+    const std::tuple<int32_t, int32_t, MgStatus, int32_t> steps[] = {
+        {100, FMSeekStart, MgNoError, 100},
+        {101, FMSeekStart, MgEndOfFile, 100},
+        {-1, FMSeekStart, MgEndOfFile, 0},
+        {10, FMSeekCurrent, MgNoError, 10},
+        {-5, 0, MgNoError, 95},
+        {20, FMSeekStart, MgNoError, 20},
+        {10, -1, MgNoError, 10},
+        {5, FMSeekStart, MgNoError, 5},
+        {8, -1, MgNoError, 5},
+        {50, -1, MgNoError, 5},
+        {-1, -1, MgBadArgument, 5}};
+    for (const auto& [offset, mode, want, at] : steps) {
+        EXPECT_EQ(mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode), want) << offset;
+        EXPECT_EQ(pos(), at) << offset;
     }
     EXPECT_EQ(Size(ref), 50);
     EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
@@ -121,22 +114,20 @@ TEST_F(FilesTest, ReadsSeeksAndEnds) {
 // Second opener against a first one, by their share modes: a table of the deny rules. A
 // refused truncating open changes nothing.
 TEST_F(FilesTest, DenyModesWithinOneProcess) {
-    const struct {
-        int32_t mode1, deny1, mode2, deny2;
-        MgStatus want;
-    } rows[] = {{FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
-                {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
-                {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
-                {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
-                {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
-                {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
-                {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
-                {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
-                {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, MgStatus> rows[] = {
+        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
+        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
+        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
+        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
+        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
+        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
     const std::string f = Make("s", "shared");
-    for (const auto& r : rows) {
-        FileRef first = Open(f, r.mode1, r.deny1);
-        if (FileRef second = Open(f, r.mode2, r.deny2, r.want)) FMClose(second);
+    for (const auto& [mode1, deny1, mode2, deny2, want] : rows) {
+        FileRef first = Open(f, mode1, deny1);
+        if (FileRef second = Open(f, mode2, deny2, want)) FMClose(second);
         FMClose(first);
     }
     EXPECT_EQ(SlurpFile(f), "shared");
@@ -200,15 +191,13 @@ TEST_F(FilesTest, InjectedFailuresAndCounts) {
 }
 
 TEST(FileErrors, ErrnoTable) {
-    const struct {
-        int err, arg;
-        MgStatus want;
-    } rows[] = {{0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
-                {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
-                {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
-    for (const auto& r : rows) {
-        errno = r.err;
-        EXPECT_EQ(FMapErrno(r.arg), r.want) << r.err;
+    const std::tuple<int, int, MgStatus> rows[] = {
+        {0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
+        {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
+        {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
+    for (const auto& [err, arg, want] : rows) {
+        errno = err;
+        EXPECT_EQ(FMapErrno(arg), want) << err;
     }
     mode_t old = umask(022);
     EXPECT_EQ(FMPermissionMask(0666), 0644);
@@ -255,13 +244,7 @@ TEST(FileTypes, ByExtension) {
     FPathRelease(root);
     // Adding takes the first record of the type, from the secondary table after the primary
     // answered 15, and a full field: four bytes, no more.
-    const struct {
-        bool strip;
-        std::string name;
-        ResType type;
-        int32_t result;
-        std::string after;
-    } edits[] = {
+    const std::tuple<bool, std::string, ResType, int32_t, std::string> edits[] = {
         {false, "a", T("TEXT"), 0, "a.txt"},
         {false, "b", T("PICT"), 0, "b.pct"},
         {false, "c", T("NONE"), 15, "c"},
@@ -276,11 +259,10 @@ TEST(FileTypes, ByExtension) {
         {true, "noext", 0, 0, "noext"},
         {true, "a.", 0, 1, "a"},
     };
-    for (const auto& c : edits) {
-        Leaf n(c.name);
-        EXPECT_EQ(c.strip ? FStripExtension(n.b, c.type) : FAddExtension(n.b, c.type), c.result)
-            << c.name;
-        EXPECT_EQ(n.str(), c.after);
+    for (const auto& [strip, name, type, result, after] : edits) {
+        Leaf n(name);
+        EXPECT_EQ(strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type), result) << name;
+        EXPECT_EQ(n.str(), after);
     }
     EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
     // Only records that lie wholly inside the block count, whatever the count word says.

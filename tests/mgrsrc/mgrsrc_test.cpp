@@ -228,10 +228,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
     // What a reader takes but a maker of files wants to hear about; the file stays sound. The
     // summary counts in the singular where there is one. A resource file at the end of another
     // is found through its trailer, as the reader does.
-    const struct {
-        Bytes file;
-        std::vector<std::string> warnings;
-    } sound[] = {
+    const std::tuple<Bytes, std::vector<std::string>> sound[] = {
         {SharedData(),
          {"shares its data with the reference at", "bytes of data that no reference uses"}},
         {RunTimeBitsFromTheFile(), {"changed bit set in the file", "handle word isn't zero"}},
@@ -241,12 +238,11 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         {BuildFile({{"AAAA", {{3, "", {1}}, {3, "", {2}}}}}), {"id 3 appears twice"}},
         {Embedded(Base(), 100), {}},
     };
-    for (const auto& row : sound) {
-        Verified v = VerifyBytes(dir, row.file);
-        EXPECT_EQ(std::make_pair(v.verify.status, v.warnings),
-                  std::make_pair(0, row.warnings.size()))
+    for (const auto& [file, warnings] : sound) {
+        Verified v = VerifyBytes(dir, file);
+        EXPECT_EQ(std::make_pair(v.verify.status, v.warnings), std::make_pair(0, warnings.size()))
             << v.verify.out;
-        for (const std::string& w : row.warnings)
+        for (const std::string& w : warnings)
             EXPECT_NE(v.verify.out.find(w), std::string::npos) << v.verify.out;
     }
     ExpectRuns(dir.path, {{"list f", 0, "...embedded at 100\n..."},

@@ -22,11 +22,7 @@ TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
 // finds nothing but the changed bit, which isn't kept) in the manager's layout.
 TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
     using namespace crafted;
-    const struct {
-        const char* what;
-        Bytes file;
-        std::string diff;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, std::string> rows[] = {
         {"file attribute word 0", Base(), ""},
         {"shared data", SharedData(), ""},
         {"a gap before the data", DataBehindAGap(8), ""},
@@ -36,13 +32,13 @@ TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
         {"changed bit stored", RunTimeBitsFromTheFile(),
          "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [what, file, diff] : rows) {
+        SCOPED_TRACE(what);
         TempDir dir;
-        WriteBytes(dir.path / "f", row.file);
+        WriteBytes(dir.path / "f", file);
         const Bytes packed = RoundTrip(dir.path, "f");
-        EXPECT_NE(packed, row.file);
-        EXPECT_EQ(Mgrsrc({"diff", "f", "packed"}, dir.path).out, Lined(row.diff));
+        EXPECT_NE(packed, file);
+        EXPECT_EQ(Mgrsrc({"diff", "f", "packed"}, dir.path).out, Lined(diff));
         EXPECT_EQ(Mgrsrc({"verify", "packed"}, dir.path).status, 0);
         // The manager's own layout is a fixed point.
         EXPECT_EQ(RoundTrip(dir.path, "packed", "again", "packed2"), packed);
@@ -57,11 +53,7 @@ TEST(MgrsrcPack, BadManifests) {
     const std::string good = SlurpFile(dir.path / "good" / "resources.json");
     // Lines 6, 7 and 8 hold AAAA 1, AAAA 2 and BBBB 7.
     ASSERT_NE(good.find("\n    {\"type\": \"AAAA\", \"id\": 2,"), std::string::npos) << good;
-    const struct {
-        std::string from, to;
-        int line;
-        std::string reason;
-    } rows[] = {
+    const std::tuple<std::string, std::string, int, std::string> rows[] = {
         {"\"id\": 2,", "\"id\": 2", 7, "not valid JSON: syntax error"},
         {"AAAA_2.bin", "gone.bin", 7, "data file \"gone.bin\" is missing"},
         {"\"BBBB\", \"id\": 7", "\"AAAA\", \"id\": 1", 8, "AAAA 1 is there already, at line 6"},
@@ -72,19 +64,19 @@ TEST(MgrsrcPack, BadManifests) {
         {"\"name\": \"seven\"", "\"name\": \"\\u0100\"", 8, "name \"\\u0100\" is not 8-bit text"},
     };
     WriteBytes(dir.path / "out", B("old"));
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.reason);
+    for (const auto& [from, to, line, reason] : rows) {
+        SCOPED_TRACE(reason);
         fs::remove_all(dir.path / "bad");
         fs::copy(dir.path / "good", dir.path / "bad");
         std::string text = good;
-        ASSERT_NE(text.find(row.from), std::string::npos);
-        text.replace(text.find(row.from), row.from.size(), row.to);
+        ASSERT_NE(text.find(from), std::string::npos);
+        text.replace(text.find(from), from.size(), to);
         WriteBytes(dir.path / "bad" / "resources.json", B(text));
         ToolResult r = Mgrsrc({"pack", "bad", "out"}, dir.path);
         EXPECT_EQ(r.status, 1);
         EXPECT_EQ(r.out, "");
-        const std::string where = "resources.json:" + std::to_string(row.line) + ": ";
-        EXPECT_NE(r.err.find(where + row.reason), std::string::npos) << r.err;
+        const std::string where = "resources.json:" + std::to_string(line) + ": ";
+        EXPECT_NE(r.err.find(where + reason), std::string::npos) << r.err;
         EXPECT_EQ(SlurpFile(dir.path / "out"), "old");
         EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), fs::directory_iterator()), 4);
     }
