@@ -162,15 +162,13 @@ TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
 
 // The module and platform entries named like the code swap ids with the new ones; other
 // entries of the code's name go, the rest stay. A target not holding the module is left alone.
+// What the target holds after is compared sorted by type and id: type order after removals
+// is free.
 TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
     const std::vector<Res> withoutModule = {{"MXSB", 7, "bar", B("x")},
                                             {"PLAT", 9, "foo", B("i386")}};
     const Res bar = {"LIsb", 4, "bar", B("keep me")}, vers = {"vers", 1, "", B("1.0"), 8};
-    const struct {
-        std::vector<Res> target;
-        int status;
-        std::vector<Res> after;  // sorted by type and id: type order after removals is free
-    } rows[] = {
+    const std::tuple<std::vector<Res>, int, std::vector<Res>> rows[] = {
         {{{"MXSB", 7, "foo", B("oldcode")},
           {"PLAT", 9, "foo", B("i386")},
           {"LIsb", 3, "foo", B("lib")},
@@ -180,14 +178,14 @@ TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
          {bar, {"MXSB", 9, "foo", B("NEWCODE")}, {"PLAT", 7, "foo", B("i386")}, vers}},
         {withoutModule, 2, withoutModule},
     };
-    for (const auto& row : rows) {
+    for (const auto& [target, status, after] : rows) {
         const Outcome r =
-            RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(row.target)), "NEWCODE");
-        EXPECT_EQ(r.status, row.status);
+            RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(target)), "NEWCODE");
+        EXPECT_EQ(r.status, status);
         std::vector<Res> got = r.records;
         std::sort(got.begin(), got.end(),
                   [](auto& a, auto& b) { return a.type + char(a.id) < b.type + char(b.id); });
-        EXPECT_EQ(got, row.after) << row.status;
+        EXPECT_EQ(got, after) << status;
     }
 }
 

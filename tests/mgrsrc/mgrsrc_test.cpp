@@ -200,10 +200,9 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         }
     }
     // Faults before the map: the header, the trailer, and where the map lies.
-    const struct {
-        std::function<void(Bytes&)> spoil;
-        long long first;  // from the start of the file; -1: from the start of the map
-    } header[] = {
+    // Where the first fault lies: from the start of the file, or when negative, from the start
+    // of the map.
+    const std::tuple<std::function<void(Bytes&)>, long long> header[] = {
         {[](Bytes& b) { b.clear(); }, 0},
         {[](Bytes& b) { b.resize(31); }, 0},
         {[](Bytes& b) { b[3] = 'X'; }, 0},                     // signature
@@ -216,13 +215,13 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         // No size word is read before the file's start: AAAA 1's load fails there.
         {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)},
     };
-    for (const auto& row : header) {
+    for (const auto& [spoil, first] : header) {
         b = Base();
         const long long mapAt = MapAt(b);
-        row.spoil(b);
+        spoil(b);
         Verified v = VerifyBytes(dir, b);
         EXPECT_EQ(std::make_pair(v.verify.status, v.first),
-                  std::make_pair(2, row.first >= 0 ? row.first : mapAt - row.first))
+                  std::make_pair(2, first >= 0 ? first : mapAt - first))
             << v.verify.out;
     }
     // What a reader takes but a maker of files wants to hear about; the file stays sound. The

@@ -85,15 +85,12 @@ TEST(MgrsrcPack, BadManifests) {
 // Each edit in a directory that is writable and in one that isn't (where the library can't
 // put a new file beside the old one, it writes in place; on Windows, and for the superuser,
 // the directory's mode doesn't stop either). A refusal leaves every byte; a change gives a
-// sound file with exactly that change.
+// sound file with exactly that change. Each row gives the diff of old and new, or a part of
+// the refusal.
 TEST(MgrsrcEdit, OldFileOrNewFile) {
     const Bytes base = BuildFile({{"AAAA", {{1, "one", {1, 2, 3}}, {2, "", {4}}}},
                                   {"BBBB", {{7, "seven", {5, 6, 7, 8, 9}, RAttrProtected}}}});
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string diffOrMessage;  // diff of old and new, or a part of the refusal
-    } rows[] = {
+    const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
         {{"add", "AAAA", "9", "data", "--name", "nine"}, 0, "+ AAAA 9 \"nine\" 2 bytes\n"},
         {{"add", "AAAA", "1", "data"}, 2, "the resource exists already"},
         {{"remove", "AAAA", "ONE"}, 0, "- AAAA 1 \"one\" 3 bytes\n"},
@@ -112,22 +109,22 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
     WriteBytes(dir.path / "data", {0xDA, 0x7A});
     for (const bool writable : {true, false}) {
         fs::create_directory(dir.path / "d");
-        for (const auto& row : rows) {
-            SCOPED_TRACE(testing::PrintToString(row.args) + (writable ? "" : " read-only"));
+        for (const auto& [command, status, diffOrMessage] : rows) {
+            SCOPED_TRACE(testing::PrintToString(command) + (writable ? "" : " read-only"));
             fs::permissions(dir.path / "d", fs::perms::owner_all);
             WriteBytes(dir.path / "d" / "f", base);
             if (!writable)
                 fs::permissions(dir.path / "d", fs::perms::owner_read | fs::perms::owner_exec);
-            std::vector<std::string> args = row.args;
+            std::vector<std::string> args = command;
             args.insert(args.begin() + 1, (fs::path("d") / "f").string());
             ToolResult r = Mgrsrc(args, dir.path);
-            EXPECT_EQ(r.status, row.status) << r.err;
+            EXPECT_EQ(r.status, status) << r.err;
             WriteBytes(dir.path / "old", base);
-            if (row.status) {
+            if (status) {
                 EXPECT_EQ(B(SlurpFile(dir.path / "d" / "f")), base);
-                EXPECT_NE(r.err.find(row.diffOrMessage), std::string::npos) << r.err;
+                EXPECT_NE(r.err.find(diffOrMessage), std::string::npos) << r.err;
             } else {
-                EXPECT_EQ(Mgrsrc({"diff", "old", args[1]}, dir.path).out, Lined(row.diffOrMessage));
+                EXPECT_EQ(Mgrsrc({"diff", "old", args[1]}, dir.path).out, Lined(diffOrMessage));
                 EXPECT_EQ(Mgrsrc({"verify", args[1]}, dir.path).status, 0);
             }
         }

@@ -32,7 +32,8 @@ std::string Name() {
 
 // Statuses, and the type left where it matters; the packager's messages suite has the other
 // lines that fail. An empty bare name leaves the name empty; the last -t wins; the type is
-// checked before the directory; a value is never read as an option.
+// checked before the directory; a value is never read as an option. The rows give the type
+// left after reading.
 TEST(ReadArguments, StatusTable) {
     for (const auto& [status, lines] :
          {std::pair<int, std::vector<const char*>>{
@@ -43,27 +44,23 @@ TEST(ReadArguments, StatusTable) {
            {"''", "-c foo -v ''", "-c foo -vix x.vi", "-c foo -vx x", "-c foo -", "-c foo -v",
             "-c"}}})
         for (const char* line : lines) EXPECT_EQ(Read(line), status) << line;
-    const struct {
-        const char* line;
-        int status;
-        const char* type;  // codeType after reading
-    } rows[] = {{"", 1, "CIN "},
-                {"-c foo", 0, "CIN "},
-                {"foo", 0, "CIN "},
-                {"-C foo -D /tmp -T DRVR", 0, "DRVR"},
-                {"-c foo -t MXSB", 1, "MXSB"},
-                {"-c foo -t foo", 1, "foo "},
-                {"-c foo -t 'CIN", 0, "CIN "},
-                {"-c foo -t CIN", 0, "CIN "},
-                {"-c foo -t cin", 1, "cin "},
-                {"-c foo -t DRVRX", 0, "DRVR"},
-                {"-c foo -t 'ab'", 1, "ab' "},
-                {"-c foo -t DRVR -t CIN", 0, "CIN "},
-                {"-c foo -t foo -d", 1, "foo "},
-                {"-c -t", 0, "CIN "}};
-    for (const auto& r : rows) {
-        EXPECT_EQ(Read(r.line), r.status) << r.line;
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), r.type) << r.line;
+    const std::tuple<const char*, int, const char*> rows[] = {{"", 1, "CIN "},
+                                                              {"-c foo", 0, "CIN "},
+                                                              {"foo", 0, "CIN "},
+                                                              {"-C foo -D /tmp -T DRVR", 0, "DRVR"},
+                                                              {"-c foo -t MXSB", 1, "MXSB"},
+                                                              {"-c foo -t foo", 1, "foo "},
+                                                              {"-c foo -t 'CIN", 0, "CIN "},
+                                                              {"-c foo -t CIN", 0, "CIN "},
+                                                              {"-c foo -t cin", 1, "cin "},
+                                                              {"-c foo -t DRVRX", 0, "DRVR"},
+                                                              {"-c foo -t 'ab'", 1, "ab' "},
+                                                              {"-c foo -t DRVR -t CIN", 0, "CIN "},
+                                                              {"-c foo -t foo -d", 1, "foo "},
+                                                              {"-c -t", 0, "CIN "}};
+    for (const auto& [line, status, type] : rows) {
+        EXPECT_EQ(Read(line), status) << line;
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
     }
 }
 
