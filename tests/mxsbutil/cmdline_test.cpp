@@ -35,32 +35,26 @@ std::string Name() {
 // checked before the directory; a value is never read as an option. The rows give the type
 // left after reading.
 TEST(ReadArguments, StatusTable) {
-    for (const auto& [status, lines] :
-         {std::pair<int, std::vector<const char*>>{
-              0,
-              {"-c foo -V 1", "-c foo -v 9", "-c foo -v x", "-c foo -vi x.vi", "-c foo -VI x.vi",
-               "-c foo -r", "-c foo -vi"}},
-          {1,
-           {"''", "-c foo -v ''", "-c foo -vix x.vi", "-c foo -vx x", "-c foo -", "-c foo -v",
-            "-c"}}})
-        for (const char* line : lines) EXPECT_EQ(Read(line), status) << line;
-    const std::tuple<const char*, int, const char*> rows[] = {{"", 1, "CIN "},
-                                                              {"-c foo", 0, "CIN "},
-                                                              {"foo", 0, "CIN "},
-                                                              {"-C foo -D /tmp -T DRVR", 0, "DRVR"},
-                                                              {"-c foo -t MXSB", 1, "MXSB"},
-                                                              {"-c foo -t foo", 1, "foo "},
-                                                              {"-c foo -t 'CIN", 0, "CIN "},
-                                                              {"-c foo -t CIN", 0, "CIN "},
-                                                              {"-c foo -t cin", 1, "cin "},
-                                                              {"-c foo -t DRVRX", 0, "DRVR"},
-                                                              {"-c foo -t 'ab'", 1, "ab' "},
-                                                              {"-c foo -t DRVR -t CIN", 0, "CIN "},
-                                                              {"-c foo -t foo -d", 1, "foo "},
-                                                              {"-c -t", 0, "CIN "}};
-    for (const auto& [line, status, type] : rows) {
-        EXPECT_EQ(Read(line), status) << line;
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
+    const std::tuple<int, const char*, std::vector<const char*>> groups[] = {
+        {0,
+         "CIN ",
+         {"-c foo", "foo", "-c foo -t 'CIN", "-c foo -t CIN", "-c foo -t DRVR -t CIN", "-c -t",
+          "-c foo -V 1", "-c foo -v 9", "-c foo -v x", "-c foo -vi x.vi", "-c foo -VI x.vi",
+          "-c foo -r", "-c foo -vi"}},
+        {0, "DRVR", {"-C foo -D /tmp -T DRVR", "-c foo -t DRVRX"}},
+        {1,
+         "CIN ",
+         {"", "''", "-c foo -v ''", "-c foo -vix x.vi", "-c foo -vx x", "-c foo -", "-c foo -v",
+          "-c"}},
+        {1, "MXSB", {"-c foo -t MXSB"}},
+        {1, "foo ", {"-c foo -t foo", "-c foo -t foo -d"}},
+        {1, "cin ", {"-c foo -t cin"}},
+        {1, "ab' ", {"-c foo -t 'ab'"}}};
+    for (const auto& [status, type, lines] : groups) {
+        for (const char* line : lines) {
+            EXPECT_EQ(Read(line), status) << line;
+            EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
+        }
     }
 }
 
