@@ -26,11 +26,12 @@ TEST_F(DirsTest, Listings) {
         missing(Name("missing")), relative(std::string("a") + plat::DirectorySeparator() + "b");
     ASSERT_EQ(RCreateCorrectFile(pack, 1, MgResType("MXDX"), MgResType("MXSB"), 0644), MgNoError);
     OwnedHandle names, types, plain;
+    const ResType kPackage = MgResType("MXSB");
     Entries want = {{"A.dat", EntryIsFile, 0},
                     {"b.txt", EntryIsFile, 0},
                     {"Beta", EntryIsFile, 0},
                     {"c", 0, 0},
-                    {"pack.msb", EntryIsFile | EntryHasType, MgResType("MXSB")}};
+                    {"pack.msb", EntryIsFile | EntryHasType, kPackage}};
     ASSERT_EQ(FDirEntriesWith(p, names, types, FDirReadResourceHeaders), MgNoError);
     EXPECT_EQ(EntriesOf(names, types), want);
     want.back() = {"pack.msb", EntryIsFile, 0};
@@ -51,16 +52,14 @@ TEST_F(DirsTest, Listings) {
 TEST_F(DirsTest, ListingFaults) {
     for (int i = 0; i < 1000; ++i) Make("entry" + std::to_string(i));
     OwnedPath p(dir.path.string());
-    {
-        OwnedHandle names, types;
-        auto before = plat::OpenHandleCount();
-        plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
-        EXPECT_EQ(FDirEntries(p, names, types), MgIOError);
-        EXPECT_EQ(Names(names).size(), 4u - ListedDotEntries());
-        EXPECT_GE(MemHandleSize(types), 4 * 8);
-        EXPECT_EQ(plat::OpenHandleCount(), before);
-        plat::ResetFaults();
-    }
+    OwnedHandle some, someTypes;
+    auto open = plat::OpenHandleCount();
+    plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
+    EXPECT_EQ(FDirEntries(p, some, someTypes), MgIOError);
+    EXPECT_EQ(Names(some).size(), 4u - ListedDotEntries());
+    EXPECT_GE(MemHandleSize(someTypes), 4 * 8);
+    EXPECT_EQ(plat::OpenHandleCount(), open);
+    plat::ResetFaults();
     for (bool withTypes : {true, false}) {
         for (int64_t n = 1, done = 0; !done; ++n) {
             OwnedHandle names, types;
@@ -140,7 +139,7 @@ TEST_F(DirsTest, FileInfo) {
     SetPermissions(file, 0644);
 }
 
-TEST_F(DirsTest, ExistenceAndPermissions) {
+TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
     const std::string file = Make("f"), rootName = dir.path.root_path().make_preferred().string();
     OwnedPath pf(file), pd(MakeDir("d")), missing(Name("no")), relative("rel"), root(rootName),
         bad(rootName);
@@ -162,25 +161,22 @@ TEST_F(DirsTest, ExistenceAndPermissions) {
     EXPECT_EQ(FApplyPermissions(pf, nullptr, nullptr, nullptr), MgNoError);
     EXPECT_EQ(FApplyPermissions(missing, nullptr, nullptr, &bits), MgNotFound);
     EXPECT_EQ(FPermissionsOf(missing, owner, group, &got), MgNotFound);
-}
 
-// Renaming and copying never replace; a copy keeps the permissions and the date. Deleting
-// leaves a full directory; a chain of directories stops at a file.
-TEST_F(DirsTest, MakingMovingAndRemoving) {
+    // Renaming and copying never replace; a copy keeps the permissions and the date. Deleting
+    // leaves a full directory; a chain of directories stops at a file.
     auto before = plat::OpenHandleCount();
     const std::string a = Make("a", "alpha", 0604), b = Make("b", "beta"), c = Name("c");
-    OwnedPath pa(a), pb(b), pc(c), pd(Name("d")), relative("rel"), sub(MakeDir("sub")),
-        root(dir.path.root_path().make_preferred().string());
+    OwnedPath pa(a), pb(b), pc(c), pm(Name("m")), sub(MakeDir("sub"));
     EXPECT_EQ(FCopyFile(pa, pb), MgDuplicate);
     EXPECT_EQ(FRenameFile(pa, pb), MgDuplicate);
     ASSERT_EQ(FCopyFile(pa, pc), MgNoError);
     EXPECT_EQ(std::make_tuple(SlurpFile(b), SlurpFile(c), PermissionsOf(c), UnixModTime(c)),
               std::make_tuple("beta", "alpha", HostPermissions(0604, false), UnixModTime(a)));
-    ASSERT_EQ(FRenameFile(pc, pd), MgNoError);
-    for (MgStatus s : {FRenameFile(root, pd), FCopyFile(root, pd), FCopyFile(pa, relative),
+    ASSERT_EQ(FRenameFile(pc, pm), MgNoError);
+    for (MgStatus s : {FRenameFile(root, pm), FCopyFile(root, pm), FCopyFile(pa, relative),
                        FRenameFile(pa, relative)})
         EXPECT_EQ(s, MgBadArgument);
-    EXPECT_EQ(FRenameFile(pc, pd), MgNotFound);
+    EXPECT_EQ(FRenameFile(pc, pm), MgNotFound);
     EXPECT_EQ(FCopyFile(sub, pc), MgNoPermission);
     EXPECT_FALSE(fs::exists(c));
     EXPECT_EQ(plat::OpenHandleCount(), before);
@@ -188,8 +184,8 @@ TEST_F(DirsTest, MakingMovingAndRemoving) {
     OwnedPath full(MakeDir("full")), empty(MakeDir("empty")), made(Name("made")),
         chain(Name("full/b/c/d"));
     Make("full/x");
-    for (const auto& [status, want] : {std::pair{FDeleteEntry(pd), MgNoError},
-                                       {FDeleteEntry(pd), MgNotFound},
+    for (const auto& [status, want] : {std::pair{FDeleteEntry(pm), MgNoError},
+                                       {FDeleteEntry(pm), MgNotFound},
                                        {FDeleteEntry(empty), MgNoError},
                                        {FDeleteEntry(full), MgIOError},  // not empty
                                        {FMakeDirectory(made, 0), MgNoError},
@@ -316,17 +312,17 @@ TEST(DirPatterns, NameFitsPattern) {
 }
 
 TEST(FileTimes, SecondsSince1904) {
+    // From 1904 in 100-nanosecond steps: a half second goes to the even second.
     const uint64_t t1904 = 95616288000000000ULL;
-    const std::tuple<uint64_t, uint32_t> rows[] = {
-        {t1904, 0},
-        {t1904 + 10000000ULL, 1},
-        {t1904 + 15000000ULL, 2},  // halves to the even second
-        {t1904 + 25000000ULL, 2},
-        {t1904 + 25000001ULL, 3},
-        {0, 0},
-        {116444736000000000ULL, kUnixEpochSeconds},
-        {~0ULL, 0xFFFFFFFFu}};
-    for (const auto& [fileTime, seconds] : rows) EXPECT_EQ(FFileTimeToSeconds(fileTime), seconds);
+    for (const auto& [after, seconds] : {std::pair{0ULL, 0u},
+                                         {10000000ULL, 1u},
+                                         {15000000ULL, 2u},
+                                         {25000000ULL, 2u},
+                                         {25000001ULL, 3u}})
+        EXPECT_EQ(FFileTimeToSeconds(t1904 + after), seconds) << after;
+    EXPECT_EQ(std::make_tuple(FFileTimeToSeconds(0), FFileTimeToSeconds(116444736000000000ULL),
+                              FFileTimeToSeconds(~0ULL)),
+              std::make_tuple(0u, kUnixEpochSeconds, 0xFFFFFFFFu));
     EXPECT_EQ(FSecondsToFileTime(kUnixEpochSeconds), 116444736000000000ULL);
 }
 
