@@ -48,7 +48,7 @@ TEST_F(FilesTest, BadArgumentsAreRefused) {
 
 // A new file can't be made over an old one, but can replace it whole; a read-only
 // reference can't write, and truncating empties the file.
-TEST_F(FilesTest, CreateAndModes) {
+TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     OwnedPath p(Name("new"));
     FileRef ref = -1;
     ASSERT_EQ(FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
@@ -67,12 +67,11 @@ TEST_F(FilesTest, CreateAndModes) {
     r = Open(Make("new", "abcdef"), FMModeTruncate, FMShareAll);
     EXPECT_EQ(Size(r), 0);
     FMClose(r);
-}
 
-TEST_F(FilesTest, ReadsSeeksAndEnds) {
+    // Reads, seeks and ends.
     std::string data(100, 'z');
     for (int i = 0; i < 100; ++i) data[i] = static_cast<char>(i);
-    FileRef ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
+    ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
     auto pos = [&] {
         int32_t at = -1;
         EXPECT_EQ(FMTell(ref, &at), MgNoError);
@@ -108,6 +107,20 @@ TEST_F(FilesTest, ReadsSeeksAndEnds) {
     EXPECT_EQ(Size(ref), 50);
     EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
     EXPECT_EQ(FMFlush(ref), MgNoError);
+    EXPECT_EQ(FMClose(ref), MgNoError);
+    // Failures injected at the platform's calls, and their counts.
+    ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
+    plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
+    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
+              std::make_pair(0, int64_t{2}));
+    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
+    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
+    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
+    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
+    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
+    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
     EXPECT_EQ(FMClose(ref), MgNoError);
 }
 
@@ -170,24 +183,6 @@ TEST(HoldOpen, DISABLED_Child) {
     for (int i = 0; i < 3000 && !std::filesystem::exists(file + ".done"); ++i)
         plat::SleepMilliseconds(10);
     FMClose(ref);
-}
-
-TEST_F(FilesTest, InjectedFailuresAndCounts) {
-    FileRef ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
-    char buf[4];
-    int32_t actual = -1;
-    plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
-    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
-              std::make_pair(0, int64_t{2}));
-    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
-    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
-    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
-    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
-    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
-    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
-    EXPECT_EQ(FMClose(ref), MgNoError);
 }
 
 TEST(FileErrors, ErrnoTable) {
