@@ -72,11 +72,9 @@ TEST(MgrsrcPack, BadManifests) {
         ASSERT_NE(text.find(from), std::string::npos);
         text.replace(text.find(from), from.size(), to);
         WriteBytes(dir.path / "bad" / "resources.json", B(text));
-        ToolResult r = Mgrsrc({"pack", "bad", "out"}, dir.path);
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out, "");
-        const std::string where = "resources.json:" + std::to_string(line) + ": ";
-        EXPECT_NE(r.err.find(where + reason), std::string::npos) << r.err;
+        ExpectRuns(dir.path,
+                   {{"pack bad out", 1, "",
+                     "...resources.json:" + std::to_string(line) + ": " + reason + "..."}});
         EXPECT_EQ(SlurpFile(dir.path / "out"), "old");
         EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), fs::directory_iterator()), 4);
     }
@@ -90,43 +88,39 @@ TEST(MgrsrcPack, BadManifests) {
 TEST(MgrsrcEdit, OldFileOrNewFile) {
     const Bytes base = BuildFile({{"AAAA", {{1, "one", {1, 2, 3}}, {2, "", {4}}}},
                                   {"BBBB", {{7, "seven", {5, 6, 7, 8, 9}, RAttrProtected}}}});
-    const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
-        {{"add", "AAAA", "9", "data", "--name", "nine"}, 0, "+ AAAA 9 \"nine\" 2 bytes\n"},
-        {{"add", "AAAA", "1", "data"}, 2, "the resource exists already"},
-        {{"remove", "AAAA", "ONE"}, 0, "- AAAA 1 \"one\" 3 bytes\n"},
-        {{"remove", "BBBB", "7"}, 2, "can't be removed (MgResourceNotFound, 15)"},
-        {{"remove", "CCCC", "1"}, 2, "has no resource CCCC 1"},
-        {{"set", "AAAA", "2", "--id", "5", "--name", "five"},
-         0,
-         "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
-        {{"set", "AAAA", "2", "--id", "1"}, 2, "the resource exists already"},
-        {{"set", "BBBB", "7", "--name", "x"}, 2, "can't be removed"},
-        {{"set", "BBBB", "7", "--attrs", "none"},
-         0,
+    const std::tuple<std::string, int, std::string> rows[] = {
+        {"add AAAA 9 data --name nine", 0, "+ AAAA 9 \"nine\" 2 bytes\n"},
+        {"add AAAA 1 data", 2, "the resource exists already"},
+        {"remove AAAA ONE", 0, "- AAAA 1 \"one\" 3 bytes\n"},
+        {"remove BBBB 7", 2, "can't be removed (MgResourceNotFound, 15)"},
+        {"remove CCCC 1", 2, "has no resource CCCC 1"},
+        {"set AAAA 2 --id 5 --name five", 0, "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
+        {"set AAAA 2 --id 1", 2, "the resource exists already"},
+        {"set BBBB 7 --name x", 2, "can't be removed"},
+        {"set BBBB 7 --attrs none", 0,
          "~ BBBB 7 \"seven\" 5 -> 5 bytes: attributes protected -> none\n"},
     };
     TempDir dir;
     WriteBytes(dir.path / "data", {0xDA, 0x7A});
+    const std::string f = (fs::path("d") / "f").string();
     for (const bool writable : {true, false}) {
         fs::create_directory(dir.path / "d");
         for (const auto& [command, status, diffOrMessage] : rows) {
-            SCOPED_TRACE(testing::PrintToString(command) + (writable ? "" : " read-only"));
+            SCOPED_TRACE(command + (writable ? "" : " read-only"));
             fs::permissions(dir.path / "d", fs::perms::owner_all);
             WriteBytes(dir.path / "d" / "f", base);
             if (!writable)
                 fs::permissions(dir.path / "d", fs::perms::owner_read | fs::perms::owner_exec);
-            std::vector<std::string> args = command;
-            args.insert(args.begin() + 1, (fs::path("d") / "f").string());
-            ToolResult r = Mgrsrc(args, dir.path);
-            EXPECT_EQ(r.status, status) << r.err;
+            const size_t verb = command.find(' ');
+            ExpectRuns(dir.path,
+                       {{command.substr(0, verb) + " " + f + command.substr(verb), status,
+                         status ? "" : "...", status ? "..." + diffOrMessage + "..." : "..."}});
             WriteBytes(dir.path / "old", base);
-            if (status) {
+            if (status)
                 EXPECT_EQ(B(SlurpFile(dir.path / "d" / "f")), base);
-                EXPECT_NE(r.err.find(diffOrMessage), std::string::npos) << r.err;
-            } else {
-                EXPECT_EQ(Mgrsrc({"diff", "old", args[1]}, dir.path).out, Lined(diffOrMessage));
-                EXPECT_EQ(Mgrsrc({"verify", args[1]}, dir.path).status, 0);
-            }
+            else
+                ExpectRuns(dir.path,
+                           {{"diff old " + f, 3, diffOrMessage}, {"verify " + f, 0, "..."}});
         }
         fs::permissions(dir.path / "d", fs::perms::owner_all);
         fs::remove_all(dir.path / "d");
