@@ -141,25 +141,6 @@ Outcome RunWith(std::vector<std::string> args, const std::string& name, const By
             FileRecords((dir.path / (code + ".msb")).string())};
 }
 
-TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
-    const Bytes big = Fill(5000, 1);
-    // Types in an order no sort would give; ids out of order within a type.
-    const std::vector<Res> source = {
-        {"STR ", 5, "five", B("abc")},
-        {"STR ", 2, "", B("unnamed")},
-        {"ICON", 128, "icon", big, RAttrProtected},
-        {"ICON", -3, "", {}},
-        {"DATA", 1, "d", B("xyz!")},
-        {"PLAT", 7, "other", B("ppc ")},  // only id 0 of the package's types collides
-    };
-    const Bytes file = BuildFile(Layout(source));
-    const Outcome r = RunWith({"-c", "foo", "-r"}, "src.rsrc", file);
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.file, file);  // the source is only read
-    EXPECT_EQ(r.package, (std::vector<Res>{kOwn[0], source[5], kOwn[1], source[1], source[0],
-                                           source[3], source[2], source[4]}));
-}
-
 // The module and platform entries named like the code swap ids with the new ones; other
 // entries of the code's name go, the rest stay. A target not holding the module is left alone.
 // What the target holds after is compared sorted by type and id: type order after removals
@@ -200,7 +181,20 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
     copied.insert(copied.begin(), kOwn.begin(), kOwn.end());
     copied[2].attrs = RAttrProtected;  // the changed bit stored in the file is dropped
     const Res a1 = {"AAAA", 1, "", B("a")};
+    // Every resource is copied after the package's own: types in an order no sort would give,
+    // ids out of order within a type, and only id 0 of the package's types collides.
+    const std::vector<Res> source = {
+        {"STR ", 5, "five", B("abc")},
+        {"STR ", 2, "", B("unnamed")},
+        {"ICON", 128, "icon", Fill(5000, 1), RAttrProtected},
+        {"ICON", -3, "", {}},
+        {"DATA", 1, "d", B("xyz!")},
+        {"PLAT", 7, "other", B("ppc ")},
+    };
     const std::tuple<Bytes, int, std::vector<Res>> rows[] = {
+        {BuildFile(Layout(source)),
+         0,
+         {kOwn[0], source[5], kOwn[1], source[1], source[0], source[3], source[2], source[4]}},
         {BuildFile(Layout({{"PLAT", 0, "x", B("sparc")}})), 2, kOwn},
         {BuildFile(Layout({a1, {"MXSB", 0, "", B("b")}})), 2, {kOwn[0], kOwn[1], a1}},
         {BuildFile({}), 0, kOwn},
@@ -209,10 +203,10 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
         {huge, 2, kOwn},  // a resource of nearly 2 GiB in a short source
         {overlapping, 2, kOwn},
     };
-    for (const auto& [source, status, package] : rows) {
-        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", source);
+    for (const auto& [file, status, package] : rows) {
+        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", file);
         EXPECT_EQ(std::make_tuple(r.status, r.package, r.file),
-                  std::make_tuple(status, package, source));
+                  std::make_tuple(status, package, file));
     }
     // A target whose module shares its data with another resource: the other resources come
     // through the replacement unchanged. BBBB 7 named "seven" becomes the module of "seven".
