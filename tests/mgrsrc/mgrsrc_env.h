@@ -3,6 +3,7 @@
 // round trip through the tool.
 #pragma once
 
+#include <iterator>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -20,18 +21,10 @@ inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesy
     return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
 }
 
-inline std::vector<std::string> Concat(std::vector<std::string> a,
-                                       const std::vector<std::string>& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 // The words of a command line written out with blanks between them.
 inline std::vector<std::string> Words(const std::string& line) {
-    std::vector<std::string> words;
     std::istringstream in(line);
-    for (std::string w; in >> w;) words.push_back(w);
-    return words;
+    return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
 }
 
 // The tool's text as its standard streams carry it: lines end with the host's line end.
@@ -67,9 +60,7 @@ inline void ExpectRuns(const std::filesystem::path& dir, const std::vector<ToolR
         const ToolResult r = Mgrsrc(Words(run.args), dir);
         EXPECT_TRUE(r.status == run.status && Fits(r.out, Lined(run.out)) &&
                     Fits(r.err, Lined(run.err)))
-            << run.args << " gave " << r.status << "\n"
-            << r.out << "\n"
-            << r.err;
+            << run.args << " gave " << r.status << ":\n" + r.out + "\n" + r.err;
     }
 }
 

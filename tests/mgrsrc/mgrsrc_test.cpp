@@ -27,10 +27,11 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     WriteBytes(dir.path / "extra.rsrc",
                BuildFile({{"STR ", {{128, "Greeting", B("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    const std::vector<std::string> run = {"-c", "mod", "-d",
-                                          dir.path.string() + plat::DirectorySeparator()},
-                                   withR = {"-r", (dir.path / "extra.rsrc").string()};
-    ASSERT_EQ(RunTool(Concat(run, withR), dir.path).status, 0);
+    const std::string d = dir.path.string() + plat::DirectorySeparator();
+    const std::vector<std::string> plain = {"-c", "mod", "-d", d},
+                                   withR = {"-c", "mod", "-d",
+                                            d,    "-r",  (dir.path / "extra.rsrc").string()};
+    ASSERT_EQ(RunTool(withR, dir.path).status, 0);
     ExpectRuns(dir.path,
                {{"list mod.msb", 0,
                  "...file type  MXSB\ncreator    MXDX\n...\nresources  5\n...\n"
@@ -54,8 +55,8 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     EXPECT_EQ(SlurpFile(dir.path / "res" / "STR%20_128.bin"), "hello");
     // Packages of a module beyond 16 bits, with and without -r, come back byte for byte.
     WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
-    for (const auto& extra : {std::vector<std::string>{}, withR}) {
-        ASSERT_EQ(RunTool(Concat(run, extra), dir.path).status, 0);
+    for (const auto* args : {&plain, &withR}) {
+        ASSERT_EQ(RunTool(*args, dir.path).status, 0);
         EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
         ExpectRuns(dir.path, {{"diff mod.msb packed", 0, ""}});
     }
