@@ -10,15 +10,13 @@
 #include "support/host_rules.h"
 #include "support/run_tool.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 
 const Bytes kHello = {'H', 'E', 'L', 'L', 'O'};
 
 // The package of a code name and its module, as it must stand byte for byte on every host:
 // the map goes out with its dirty bit (0x20), cleared only after the write.
-std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
+static std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
     Bytes b =
         BuildFile({{"PLAT", {{0, name, {'i', '3', '8', '6'}}}}, {"MXSB", {{0, name, module}}}}, 3,
                   "MXSB", "MXDX");
@@ -47,7 +45,7 @@ TEST(PackageCli, ModuleSizes) {
 }
 
 // The success line, on the error stream, when the tool made the package `name` of `type`.
-std::string Made(const std::string& name = "foo", const std::string& type = "CIN ") {
+static std::string Made(const std::string& name = "foo", const std::string& type = "CIN ") {
     return "Meridax resource file, type '" + type + "', name '" + name +
            ".msb', created properly." + TextLineEnd();
 }
@@ -127,8 +125,8 @@ struct Outcome {
     Bytes file;
     std::vector<Res> records, package;
 };
-Outcome RunWith(std::vector<std::string> args, const std::string& name, const Bytes& bytes,
-                const std::string& module = "HELLO", const std::string& code = "foo") {
+static Outcome RunWith(std::vector<std::string> args, const std::string& name, const Bytes& bytes,
+                       const std::string& module = "HELLO", const std::string& code = "foo") {
     TempDir dir;
     WriteBytes(dir.path / (code + ".dll"), B(module));
     if (!bytes.empty()) WriteBytes(dir.path / name, bytes);
@@ -237,5 +235,3 @@ TEST(HostileCli, FailedWriteBackOfAViWithAnEmptyModule) {
     EXPECT_TRUE(B(SlurpFile(dir.path / "t.vi")) == target);
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), {}), 2);
 }
-
-}  // namespace

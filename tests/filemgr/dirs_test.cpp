@@ -5,15 +5,13 @@
 #include "mg/resource.h"
 #include "support/scoped_variable.h"
 
-namespace {
-
 // Seconds since 1970 of a file's modification time.
-int64_t UnixModTime(const std::string& name) {
+static int64_t UnixModTime(const std::string& name) {
     const auto t = std::chrono::file_clock::to_sys(fs::last_write_time(name));
     return std::chrono::duration_cast<std::chrono::seconds>(t.time_since_epoch()).count();
 }
 
-int32_t PermissionsOf(const std::string& name) {
+static int32_t PermissionsOf(const std::string& name) {
     return int32_t(fs::status(name).permissions() & fs::perms::mask) & 0777;
 }
 
@@ -76,8 +74,8 @@ TEST_F(DirsTest, ListingFaults) {
 }
 
 // The shortcut of the test below.
-std::string gShortcut, gShortcutTarget;
-bool ResolveOne(char* name) {
+static std::string gShortcut, gShortcutTarget;
+static bool ResolveOne(char* name) {
     if (name != gShortcut) return false;
     strcpy(name, gShortcutTarget.c_str());
     return true;
@@ -325,5 +323,3 @@ TEST(FileTimes, SecondsSince1904) {
               std::make_tuple(0u, kUnixEpochSeconds, 0xFFFFFFFFu));
     EXPECT_EQ(FSecondsToFileTime(kUnixEpochSeconds), 116444736000000000ULL);
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 #include "filemgr/dirs_env.h"
 #include "support/pstr.h"
 
-namespace {
-
 class FilesTest : public DirsTest {
   protected:
     FileRef Open(const std::string& name, int32_t mode, int32_t deny, MgStatus want = MgNoError) {
@@ -201,7 +199,7 @@ TEST(FileErrors, ErrnoTable) {
 
 // A type table: its count in host order, then (type, extension) records; an extension of 4
 // characters fills its field unended.
-Handle Table(const std::string& bytes) {
+static Handle Table(const std::string& bytes) {
     Handle h = MemNewHandle(0);
     EXPECT_EQ(MemSetHandleBytes(&h, bytes.data(), int32_t(bytes.size())), MgNoError);
     return h;
@@ -210,7 +208,7 @@ Handle Table(const std::string& bytes) {
 using Leaf = mgtest::P;
 const auto T = MgResType;
 
-Path PosixPath(const std::string& text) {
+static Path PosixPath(const std::string& text) {
     Path p = nullptr;
     EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
                                 &p, PathSyntaxPosix),
@@ -279,5 +277,3 @@ TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
     EXPECT_DEATH(FTypeOfPath(p), "");
     FPathRelease(p);
 }
-
-}  // namespace

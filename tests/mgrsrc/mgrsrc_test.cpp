@@ -8,10 +8,8 @@
 #include "mg/version.h"
 #include "mgrsrc/mgrsrc_env.h"
 
-namespace {
-
 // The names of the files in `dir`.
-std::set<std::string> Listed(const fs::path& dir) {
+static std::set<std::string> Listed(const fs::path& dir) {
     std::set<std::string> names;
     for (const auto& e : fs::directory_iterator(dir)) names.insert(e.path().filename().string());
     return names;
@@ -152,7 +150,7 @@ struct Verified {
 };
 
 // Writes `file` as "f" in `dir` and verifies it.
-Verified VerifyBytes(const TempDir& dir, const Bytes& file) {
+static Verified VerifyBytes(const TempDir& dir, const Bytes& file) {
     WriteBytes(dir.path / "f", file);
     Verified v{Mgrsrc({"verify", "f"}, dir.path)};
     std::istringstream out(v.verify.out);
@@ -255,5 +253,3 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
     WriteBytes(dir.path / "f", b);
     ExpectRuns(dir.path, {{"verify f", 2, "...\nf: unsound: 1 error, 1 warning\n"}});
 }
-
-}  // namespace

@@ -7,9 +7,7 @@
 
 #include "mgrsrc/mgrsrc_env.h"
 
-namespace {
-
-rc::Gen<Edit> AnyEdit() {
+static rc::Gen<Edit> AnyEdit() {
     // Few types and ids, so that edits meet the resources that earlier ones made.
     const auto type = rc::gen::element<std::string>("AAAA", "BBBB", std::string("\0\xFF ~", 4));
     const auto small = rc::gen::container<Bytes>(rc::gen::arbitrary<uint8_t>());
@@ -48,5 +46,3 @@ TEST(MgrsrcRoundTrip, LibraryEditsComeBackByteForByte) {
     rc::detail::printResultMessage(result, message);
     EXPECT_TRUE(result.is<rc::detail::SuccessResult>()) << message.str();
 }
-
-}  // namespace

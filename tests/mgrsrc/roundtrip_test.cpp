@@ -3,8 +3,6 @@
 // written. add, remove and set leave the old file or the new one, never anything between.
 #include "mgrsrc/mgrsrc_env.h"
 
-namespace {
-
 // Every byte value in names and types, through the manifest's \u00HH and back.
 TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
     TempDir dir;
@@ -126,5 +124,3 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
         fs::remove_all(dir.path / "d");
     }
 }
-
-}  // namespace

@@ -10,11 +10,9 @@
 #include "mxsbutil/options.h"
 #include "platform/platform.h"
 
-namespace {
-
 // Reads the words of `line` ('' is an empty argument). The options point into the arguments,
 // so they are kept until the next read, as argv is.
-int32_t Read(const std::string& line) {
+static int32_t Read(const std::string& line) {
     static std::vector<std::string> kept;
     static std::vector<char*> argv;
     kept = {"mxsbutil"};
@@ -26,7 +24,7 @@ int32_t Read(const std::string& line) {
     return ReadArguments(static_cast<int>(kept.size()), argv.data());
 }
 
-std::string Name() {
+static std::string Name() {
     return std::string(reinterpret_cast<const char*>(gOptions.codeName + 1), gOptions.codeName[0]);
 }
 
@@ -75,5 +73,3 @@ TEST(ReadArguments, FillsTheOptions) {
     EXPECT_EQ(gOptions.codeDir, gOptions.startDir);
     EXPECT_EQ(std::string(gOptions.codeDir).back(), plat::DirectorySeparator());
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 #include "resource/file_builder.h"
 #include "support/host_rules.h"
 
-namespace {
-
 const char kUsage[] =
     "# Usage - mxsbutil -c <code name> [<any of the following arguments>]\n"
     "\t-t <type>\tType of external code\n\t-d <directory>\tGive directory of the code\n"
@@ -166,5 +164,3 @@ TEST(OutOfMemoryAndFullDisk, EveryFailingAllocationAndWrite) {
         }
     }
 }
-
-}  // namespace

@@ -10,8 +10,6 @@
 
 #include "support/run_tool.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 
 TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
@@ -42,5 +40,3 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
     }
     EXPECT_EQ(RunProgram(ToolPath(MGRSRC_NAME), {"verify", "status.dll"}, dir.path).status, 2);
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 
 #include "filemgr/dirs_env.h"
 
-namespace {
-
 TEST_F(DirsTest, LinksPlayShortcuts) {
     Make("b.txt");
     MakeDir("c");
@@ -105,5 +103,3 @@ TEST_F(DirsTest, Volumes) {
     EXPECT_LE(figures[2], figures[0]);
     EXPECT_EQ(FVolumeSpace(relative, figures), MgBadArgument);
 }
-
-}  // namespace

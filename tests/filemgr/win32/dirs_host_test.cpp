@@ -5,8 +5,6 @@
 
 #include "filemgr/dirs_env.h"
 
-namespace {
-
 TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
     OwnedHandle names, types;
     ASSERT_EQ(FDriveEntries(names, types), MgNoError);
@@ -54,5 +52,3 @@ TEST_F(DirsTest, ReservedNamesAreRefused) {
         EXPECT_EQ(FPathExistsAs(p), 0) << name + 1;
     }
 }
-
-}  // namespace
