@@ -32,7 +32,7 @@ static std::string Name() {
 // lines that fail. An empty bare name leaves the name empty; the last -t wins; the type is
 // checked before the directory; a value is never read as an option. The rows give the type
 // left after reading.
-TEST(ReadArguments, StatusTable) {
+TEST(ReadArguments, StatusesAndOptions) {
     const std::tuple<int, const char*, std::vector<const char*>> groups[] = {
         {0,
          "CIN ",
@@ -54,11 +54,9 @@ TEST(ReadArguments, StatusTable) {
             EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
         }
     }
-}
 
-// Defaults are made afresh on every read: the directory is the current one and a separator.
-// A -r at the end is as if not given; the name is cut at 255.
-TEST(ReadArguments, FillsTheOptions) {
+    // Defaults are made afresh on every read: the directory is the current one and a separator.
+    // A -r at the end is as if not given; the name is cut at 255.
     auto options = [] {
         return std::make_tuple(Name(), std::string(gOptions.codeDir ? gOptions.codeDir : "-"),
                                std::string(gOptions.resFileName ? gOptions.resFileName : "-"),
