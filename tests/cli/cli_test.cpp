@@ -3,7 +3,6 @@
 // file updated in place), whose packages are read back with the resource manager itself.
 #include <algorithm>
 #include <cctype>
-#include <tuple>
 
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"

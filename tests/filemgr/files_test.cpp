@@ -25,7 +25,7 @@ class FilesTest : public DirsTest {
 };
 
 // Bad modes, paths that name no file, and the reference 0, refused before any platform call.
-TEST_F(FilesTest, BadArgumentsAreRefused) {
+TEST_F(FilesTest, RefusedOpensAndDenyModes) {
     const std::string f = Make("a", "x");
     const std::tuple<std::string, int32_t, int32_t, MgStatus> rows[] = {
         {f, 4, FMShareAll, MgBadArgument},
@@ -42,6 +42,26 @@ TEST_F(FilesTest, BadArgumentsAreRefused) {
          {FMClose(0), FMRead(0, 1, &v, b), FMWriteBytes(0, 1, &v, b), FMSeek(0, 0, FMSeekCurrent),
           FMTell(0, &v), FGetEOF(0, &v), FSetFileEnd(0, 1), FMFlush(0), FMFlushFile(0)})
         EXPECT_EQ(s, MgBadArgument);
+
+    // Second opener against a first one, by their share modes: a table of the deny rules. A
+    // refused truncating open changes nothing.
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, MgStatus> shares[] = {
+        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
+        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
+        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
+        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
+        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
+        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
+    const std::string shared = Make("s", "shared");
+    for (const auto& [mode1, deny1, mode2, deny2, want] : shares) {
+        FileRef first = Open(shared, mode1, deny1);
+        if (FileRef second = Open(shared, mode2, deny2, want)) FMClose(second);
+        FMClose(first);
+    }
+    EXPECT_EQ(SlurpFile(shared), "shared");
 }
 
 // A new file can't be made over an old one, but can replace it whole; a read-only
@@ -120,28 +140,6 @@ TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
     EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
     EXPECT_EQ(FMClose(ref), MgNoError);
-}
-
-// Second opener against a first one, by their share modes: a table of the deny rules. A
-// refused truncating open changes nothing.
-TEST_F(FilesTest, DenyModesWithinOneProcess) {
-    const std::tuple<int32_t, int32_t, int32_t, int32_t, MgStatus> rows[] = {
-        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
-        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
-        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
-        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
-        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
-        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
-        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
-        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
-        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
-    const std::string f = Make("s", "shared");
-    for (const auto& [mode1, deny1, mode2, deny2, want] : rows) {
-        FileRef first = Open(f, mode1, deny1);
-        if (FileRef second = Open(f, mode2, deny2, want)) FMClose(second);
-        FMClose(first);
-    }
-    EXPECT_EQ(SlurpFile(f), "shared");
 }
 
 // Share modes between two processes: a child of this program holds the file open for reading,

@@ -4,11 +4,8 @@
 #pragma once
 
 #include <iterator>
-#include <ostream>
 #include <sstream>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"

@@ -1,9 +1,6 @@
 // Any file the library's write-back makes, after any run of adds, changes, attribute changes,
 // removes and intermediate write-backs, comes back byte for byte from unpack and pack.
-#include <gtest/gtest.h>
 #include <rapidcheck.h>
-
-#include <sstream>
 
 #include "mgrsrc/mgrsrc_env.h"
 

@@ -4,7 +4,7 @@
 #include "mgrsrc/mgrsrc_env.h"
 
 // Every byte value in names and types, through the manifest's \u00HH and back.
-TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
+TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
     TempDir dir;
     std::string low, high;
     for (int c = 0; c < 128; ++c) low += char(c), high += char(c + 128);
@@ -14,11 +14,9 @@ TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
     EXPECT_EQ(RoundTrip(dir.path, "f"), B(SlurpFile(dir.path / "f")));
     const std::string manifest = SlurpFile(dir.path / "unpacked" / "resources.json");
     for (char c : manifest) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F)) << int(c);
-}
 
-// Sound files of layouts the manager doesn't write come back with the same resources (diff
-// finds nothing but the changed bit, which isn't kept) in the manager's layout.
-TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
+    // Sound files of layouts the manager doesn't write come back with the same resources (diff
+    // finds nothing but the changed bit, which isn't kept) in the manager's layout.
     using namespace crafted;
     const std::tuple<const char*, Bytes, std::string> rows[] = {
         {"file attribute word 0", Base(), ""},

@@ -1,11 +1,8 @@
 // The command line read in-process: which lines pass, and what they leave in the options.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "mxsbutil/options.h"
 #include "platform/platform.h"
