@@ -26,7 +26,7 @@ static std::string WorkedPackage(const std::string& name = "foo", const Bytes& m
 // Odd sizes are padded in the data section, never in the module. A module too long for the
 // format's 32-bit words (a sparse file: its length costs no disk) ends the run with 2 and writes
 // no package. Inputs that aren't files are in posix/.
-TEST(PackageCli, ModuleSizes) {
+TEST(PackageCli, ModuleSizesAndLongCodeNames) {
     const uintmax_t kGiB = uintmax_t{1} << 30;
     for (uintmax_t size :
          std::initializer_list<uintmax_t>{0, 3, 4093, (5 << 20) + 3, 4 * kGiB + 61, 2 * kGiB}) {
@@ -40,6 +40,20 @@ TEST(PackageCli, ModuleSizes) {
                       SlurpFile(dir.path / "m.msb") == WorkedPackage("m", module),
                   fits)
             << size;
+    }
+    // Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off
+    // anyway, so the module looked up is 255 characters long and the package base 251. Where the
+    // host's longest native name can't hold the directory and such a name, the package can't be
+    // built.
+    for (size_t length : {251u, 252u, 254u, 255u}) {
+        TempDir dir;
+        const bool fits =
+            (dir.path / std::string(255, 'n')).string().size() <= size_t(plat::NativeNameMax());
+        std::string name(length, 'n');
+        WriteBytes(dir.path / (name + std::string(".dll").substr(0, 255 - length)),
+                   {'C', 'O', 'D', 'E'});
+        EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
+        EXPECT_EQ(fs::exists(dir.path / (std::string(251, 'n') + ".msb")), fits) << length;
     }
 }
 
@@ -90,23 +104,6 @@ TEST(PackageCli, StatusesSpellingsAndTheSuccessLine) {
         if (where.empty() || status != 0) continue;
         EXPECT_EQ(SlurpFile(package), WorkedPackage(name));
         fs::remove(package);
-    }
-}
-
-// Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off anyway,
-// so the module looked up is 255 characters long and the package base 251. Where the host's
-// longest native name can't hold the directory and such a name, the package can't be built.
-TEST(PackageCli, LongCodeNames) {
-    for (size_t length : {251u, 252u, 254u, 255u}) {
-        TempDir dir;
-        const bool fits =
-            (dir.path / std::string(255, 'n')).string().size() <= size_t(plat::NativeNameMax());
-        std::string name(length, 'n');
-        WriteBytes(dir.path / (name + std::string(".dll").substr(0, 255 - length)),
-                   {'C', 'O', 'D', 'E'});
-        EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
-        EXPECT_EQ(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb")), fits)
-            << length;
     }
 }
 

@@ -40,9 +40,8 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
                  "\"attributes\":[\"protected\"],\"attributeBits\":8}..."},
                 {"verify mod.msb", 0, "mod.msb: sound: 5 resources, 0 warnings\n"}});
     // By name (any case), by id, and all at once: the module comes out as it went in.
-    for (const char* key : {"MOD", "0"}) {
-        ToolResult x = Mgrsrc({"extract", "-o", "out.dll", msb.string(), "MXSB", key}, dir.path);
-        ASSERT_EQ(x.status, 0) << x.err;
+    for (const std::string key : {"MOD", "0"}) {
+        ExpectRuns(dir.path, {{"extract -o out.dll mod.msb MXSB " + key, 0, "..."}});
         EXPECT_EQ(B(SlurpFile(dir.path / "out.dll")), module) << key;
     }
     ASSERT_EQ(Mgrsrc({"extract", "--all", msb.string(), "res"}, dir.path).status, 0);
@@ -67,19 +66,14 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
 TEST(MgrsrcCommandLine, Runs) {
     TempDir dir;
     WriteBytes(dir.path / "f", crafted::Base());
-    WriteBytes(
-        dir.path / "a",
-        BuildFile(
-            {{"AAAA",
-              {{1, "x", {1}}, {2, "", {2}}, {3, "n", {3}}, {5, "", {5, 5, 5}}, {6, "", {6}}}}}));
     // AAAA 5 differs in its last byte only; AAAA 6 is the same.
-    WriteBytes(
-        dir.path / "b",
-        BuildFile(
-            {{"AAAA",
-              {{1, "x", {1, 1}}, {3, "N", {3}, 8}, {4, "", {}}, {5, "", {5, 5, 4}}, {6, "", {6}}}},
-             {"BBBB", {{0, "", {}}}}},
-            3, "TEST", "OTHR"));
+    const std::vector<RefLayout> a = {
+        {1, "x", {1}}, {2, "", {2}}, {3, "n", {3}}, {5, "", {5, 5, 5}}, {6, "", {6}}};
+    const std::vector<RefLayout> b = {
+        {1, "x", {1, 1}}, {3, "N", {3}, 8}, {4, "", {}}, {5, "", {5, 5, 4}}, {6, "", {6}}};
+    WriteBytes(dir.path / "a", BuildFile({{"AAAA", a}}));
+    WriteBytes(dir.path / "b",
+               BuildFile({{"AAAA", b}, {"BBBB", {{0, "", {}}}}}, 3, "TEST", "OTHR"));
     // Version 4: the list stays as written.
     WriteBytes(dir.path / "t",
                BuildFile({{"TEXT", {{9, "same", {9}}, {4, "Same", {4}}, {12, "", {10, 12}}}}}, 4));
