@@ -87,11 +87,8 @@ class DirsTest : public ::testing::Test {
     // A file of `bytes`, and with `bits` the permissions that it holds.
     std::string Make(const std::string& leaf, const std::string& bytes = "x", int bits = -1) {
         std::ofstream(dir.path / leaf, std::ios::binary) << bytes;
-        if (bits >= 0) SetPermissions(Name(leaf), bits);
+        if (bits >= 0) fs::permissions(dir.path / leaf, fs::perms(bits), fs::perm_options::replace);
         return Name(leaf);
-    }
-    static void SetPermissions(const std::string& name, int32_t bits) {
-        fs::permissions(name, fs::perms(bits), fs::perm_options::replace);
     }
     std::string MakeDir(const std::string& leaf) {
         std::filesystem::create_directories(dir.path / leaf);

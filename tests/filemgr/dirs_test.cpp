@@ -87,7 +87,7 @@ TEST_F(DirsTest, FileInfo) {
     const std::string file = Make("plain.bin", "12345", 0444), sub = MakeDir("sub");
     ASSERT_TRUE(plat::SetFileDates(file.c_str(), 0, (1000000000ull + 11644473600ull) * 10000000));
     for (const char* leaf : {"sub/1", "sub/2", "sub/3"}) Make(leaf);
-    SetPermissions(sub, 0750);
+    fs::permissions(sub, fs::perms(0750), fs::perm_options::replace);
     const std::string sparse = Make("sparse", "", 0644);
     fs::resize_file(sparse, uintmax_t(3) << 30);
     OwnedHandle table;
@@ -126,7 +126,8 @@ TEST_F(DirsTest, FileInfo) {
 
     // Applied: permissions and the modification date (read back by path and by open file in
     // the resource suite's dates).
-    SetPermissions(file, 0644);  // so that a Windows host lets the directory go
+    // Writable first, so that a Windows host lets the directory go.
+    fs::permissions(file, fs::perms(0644), fs::perm_options::replace);
     OwnedPath p(file);
     ASSERT_EQ(FFileInfoOf(p, &info), MgNoError);
     info.permissions = 0400;
@@ -134,7 +135,7 @@ TEST_F(DirsTest, FileInfo) {
     ASSERT_EQ(FApplyFileInfo(p, &info), MgNoError);
     EXPECT_EQ(std::make_pair(PermissionsOf(file), UnixModTime(file) + kUnixEpochSeconds),
               std::make_pair(HostPermissions(0400, false), int64_t(3000000000u)));
-    SetPermissions(file, 0644);
+    fs::permissions(file, fs::perms(0644), fs::perm_options::replace);
 }
 
 TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {

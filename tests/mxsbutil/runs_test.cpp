@@ -20,9 +20,8 @@ const char kUsage[] =
 TEST(Messages, EveryComplaint) {
     TempDir dir;
     const std::string d = dir.path.string() + plat::DirectorySeparator(), u = kUsage;
-    std::ofstream(dir.path / "foo.dll") << "code";
-    std::ofstream(dir.path / "other.dll") << "more";
-    std::ofstream(dir.path / "dir.dll") << "code";
+    for (const char* module : {"foo.dll", "other.dll", "dir.dll"})
+        std::ofstream(dir.path / module) << "code";
     std::filesystem::create_directory(dir.path / "dir.msb");           // no file can replace it
     ASSERT_EQ(RunTool({"-c", "other", "-d", d}, dir.path).status, 0);  // a resource file
     std::string deep;  // more names than a path holds
