@@ -94,8 +94,7 @@ inline void MakeWithLibrary(const fs::path& file, const std::vector<Edit>& edits
         if (e.kind == Edit::kAdd) {
             h = MemNewHandle(int32_t(e.data.size()));
             if (!e.data.empty()) memcpy(*h, e.data.data(), e.data.size());
-            const std::string name = std::string(1, char(e.name.size())) + e.name;
-            if (RAdd(h, f, type, e.id, reinterpret_cast<ConstPStr>(name.data())) == MgNoError) {
+            if (RAdd(h, f, type, e.id, PS(P(e.name))) == MgNoError) {
                 ++live;
                 namesStored = namesStored || !e.name.empty();
             } else {

@@ -20,9 +20,8 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
                              {"zero", "-d", d},
                              {"status", "-d", d},
                              {"foo", "-d", d, "-r", pipe},
-                             {"foo", "-d", d, "-vi", pipe}}) {
+                             {"foo", "-d", d, "-vi", pipe}})
         EXPECT_EQ(RunTool(args, dir.path).status, 2) << args[0] << " " << args.back();
-    }
     for (const char* name : {"pipe", "zero", "status"})
         EXPECT_FALSE(fs::exists(dir.path / (std::string(name) + ".msb"))) << name;
     fs::create_directory(dir.path / "dir");
