@@ -1,15 +1,13 @@
 // Whole runs of the built tool: the bytes of the packages it writes, its exit statuses, and its
 // silence on errors; runs with -r (resources copied into the package) and -vi (an existing
 // file updated in place), whose packages are read back with the resource manager itself.
+#include <algorithm>
 #include <cctype>
-#include <tuple>
 
 #include "resource/crafted_files.h"
 #include "resource/resource_env.h"
 #include "support/host_rules.h"
 #include "support/run_tool.h"
-
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -17,7 +15,7 @@ const Bytes kHello = {'H', 'E', 'L', 'L', 'O'};
 
 // The package of a code name and its module, as it must stand byte for byte on every host:
 // the map goes out with its dirty bit (0x20), cleared only after the write.
-std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
+static std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
     Bytes b =
         BuildFile({{"PLAT", {{0, name, {'i', '3', '8', '6'}}}}, {"MXSB", {{0, name, module}}}}, 3,
                   "MXSB", "MXDX");
@@ -25,88 +23,28 @@ std::string WorkedPackage(const std::string& name = "foo", const Bytes& module =
     return std::string(b.begin(), b.end());
 }
 
-// Odd sizes are padded in the data section, never in the module.
-TEST(PackageCli, ModuleSizesArePackedWhole) {
-    for (size_t size : {0u, 3u, 4093u, (5u << 20) + 3}) {
+// Odd sizes are padded in the data section, never in the module. A module too long for the
+// format's 32-bit words (a sparse file: its length costs no disk) ends the run with 2 and writes
+// no package. Inputs that aren't files are in posix/.
+TEST(PackageCli, ModuleSizesAndLongCodeNames) {
+    const uintmax_t kGiB = uintmax_t{1} << 30;
+    for (uintmax_t size :
+         std::initializer_list<uintmax_t>{0, 3, 4093, (5 << 20) + 3, 4 * kGiB + 61, 2 * kGiB}) {
         TempDir dir;
-        const Bytes module = Fill(size, 7);
+        const bool fits = size < kGiB;
+        const Bytes module = Fill(fits ? size : 0, 7);
         WriteBytes(dir.path / "m.dll", module);
-        ASSERT_EQ(RunTool({"m", "-d", dir.path.string()}, dir.path).status, 0) << size;
-        EXPECT_TRUE(SlurpFile(dir.path / "m.msb") == WorkedPackage("m", module)) << size;
+        fs::resize_file(dir.path / "m.dll", size);
+        EXPECT_EQ(RunTool({"m", "-d", dir.path.string()}, dir.path).status, fits ? 0 : 2) << size;
+        EXPECT_EQ(fs::exists(dir.path / "m.msb") &&
+                      SlurpFile(dir.path / "m.msb") == WorkedPackage("m", module),
+                  fits)
+            << size;
     }
-}
-
-// The one line the tool prints, on the error stream, only when it made the package; failed
-// runs print nothing at all (every complaint of the packager is run through the real tool in
-// the packager's messages suite).
-TEST(PackageCli, StatusesAndTheSuccessLine) {
-    TempDir dir;
-    WriteBytes(dir.path / "foo.dll", kHello);
-    auto made = [](const char* type) {
-        return "Meridax resource file, type '" + std::string(type) +
-               "', name 'foo.msb', created properly." + TextLineEnd();
-    };
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string err;
-    } rows[] = {{{"foo"}, 0, made("CIN ")},
-                {{"-c", "foo", "-t", "CIN"}, 0, made("CIN ")},
-                {{"-c", "foo", "-t", "'CIN"}, 0, made("CIN ")},
-                {{"-T", "DRVR", "-C", "foo", "-D", dir.path.string()}, 0, made("DRVR")},
-                {{"-c", "foo", "-v", "12"}, 1, ""},
-                {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, ""}};
-    for (const auto& row : rows) {
-        ToolResult r = RunTool(row.args, dir.path);
-        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(row.status, "", row.err))
-            << testing::PrintToString(row.args);
-    }
-}
-
-// The directory and the code name as a user may spell them: with or without the separator
-// at the end, and in another case, which names on a Windows host ignore and on a POSIX host
-// don't. Each package made is the same bytes, announced by the success line; an older,
-// longer package is replaced whole, not written over.
-TEST(PackageCli, SpellingsOfTheDirectoryAndName) {
-    TempDir dir;
-    WriteBytes(dir.path / "foo.dll", kHello);
-    const std::string d = dir.path.string(), upper = [](std::string t) {
-        for (char& c : t) c = char(toupper(static_cast<unsigned char>(c)));
-        return t;
-    }(d);
-    // A blank and a separator at the end: the argument is quoted where the host quotes.
-    const fs::path spaced = dir.path / "a b";
-    fs::create_directory(spaced);
-    WriteBytes(spaced / "foo.dll", kHello);
-    const bool caseBlind = WindowsHost();
-    const struct {
-        std::string name, directory;
-        int status;
-    } rows[] = {
-        {"foo", d, 0},
-        {"foo", (dir.path / "").string(), 0},
-        {"foo", upper, caseBlind || upper == d ? 0 : 2},
-        {"FOO", d, caseBlind ? 0 : 2},
-        {"foo", (spaced / "").string(), 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name + " in " + row.directory);
-        const fs::path package = fs::path(row.directory) / (row.name + ".msb");
-        if (row.status == 0) WriteBytes(package, Bytes(5000, 'x'));
-        ToolResult r = RunTool({"-c", row.name, "-d", row.directory}, dir.path);
-        EXPECT_EQ(r.status, row.status);
-        if (row.status != 0) continue;
-        EXPECT_EQ(r.err, "Meridax resource file, type 'CIN ', name '" + row.name +
-                             ".msb', created properly." + TextLineEnd());
-        EXPECT_EQ(SlurpFile(package), WorkedPackage(row.name));
-        fs::remove(package);
-    }
-}
-
-// Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off anyway,
-// so the module looked up is 255 characters long and the package base 251. Where the host's
-// longest native name can't hold the directory and such a name, the package can't be built.
-TEST(PackageCli, LongCodeNames) {
+    // Long names: the ".dll" and ".msb" appends clip at 255 characters and 4 is taken off
+    // anyway, so the module looked up is 255 characters long and the package base 251. Where the
+    // host's longest native name can't hold the directory and such a name, the package can't be
+    // built.
     for (size_t length : {251u, 252u, 254u, 255u}) {
         TempDir dir;
         const bool fits =
@@ -115,8 +53,57 @@ TEST(PackageCli, LongCodeNames) {
         WriteBytes(dir.path / (name + std::string(".dll").substr(0, 255 - length)),
                    {'C', 'O', 'D', 'E'});
         EXPECT_EQ(RunTool({name}, dir.path).status, fits ? 0 : 2) << length;
-        EXPECT_EQ(std::filesystem::exists(dir.path / (std::string(251, 'n') + ".msb")), fits)
-            << length;
+        EXPECT_EQ(fs::exists(dir.path / (std::string(251, 'n') + ".msb")), fits) << length;
+    }
+}
+
+// The success line, on the error stream, when the tool made the package `name` of `type`.
+static std::string Made(const std::string& name = "foo", const std::string& type = "CIN ") {
+    return "Meridax resource file, type '" + type + "', name '" + name +
+           ".msb', created properly." + TextLineEnd();
+}
+
+// The one line the tool prints, on the error stream, only when it made the package; failed
+// runs print nothing at all (every complaint of the packager is run through the real tool in
+// the packager's messages suite). Then the directory and the code name as a user may spell
+// them: with or without the separator at the end, and in another case, which names on a
+// Windows host ignore and on a POSIX host don't. Each package made is the same bytes; an
+// older, longer package is replaced whole, not written over.
+TEST(PackageCli, StatusesSpellingsAndTheSuccessLine) {
+    TempDir dir;
+    WriteBytes(dir.path / "foo.dll", kHello);
+    std::string d = dir.path.string(), upper = d;
+    std::transform(d.begin(), d.end(), upper.begin(),
+                   [](unsigned char c) { return char(toupper(c)); });
+    // A blank and a separator at the end: the argument is quoted where the host quotes.
+    const fs::path spaced = dir.path / "a b";
+    fs::create_directory(spaced);
+    WriteBytes(spaced / "foo.dll", kHello);
+    const bool caseBlind = WindowsHost(), upperSame = caseBlind || upper == d;
+    // The rows that name a directory find an older package there, which the run must replace.
+    const std::tuple<std::vector<std::string>, int, std::string, std::string> rows[] = {
+        {{"foo"}, 0, Made(), ""},
+        {{"-c", "foo", "-t", "CIN"}, 0, Made(), ""},
+        {{"-c", "foo", "-t", "'CIN"}, 0, Made(), ""},
+        {{"-T", "DRVR", "-C", "foo", "-D", d}, 0, Made("foo", "DRVR"), ""},
+        {{"-c", "foo", "-v", "12"}, 1, "", ""},
+        {{"-c", "foo", "-r", (dir.path / "gone.rsrc").string()}, 2, "", ""},
+        {{"-c", "foo", "-d", d}, 0, Made(), d},
+        {{"-c", "foo", "-d", (dir.path / "").string()}, 0, Made(), d},
+        {{"-c", "foo", "-d", upper}, upperSame ? 0 : 2, upperSame ? Made() : "", d},
+        {{"-c", "FOO", "-d", d}, caseBlind ? 0 : 2, caseBlind ? Made("FOO") : "", d},
+        {{"-c", "foo", "-d", (spaced / "").string()}, 0, Made(), spaced.string()},
+    };
+    for (const auto& [args, status, err, where] : rows) {
+        SCOPED_TRACE(testing::PrintToString(args));
+        const std::string name = where.empty() ? "" : args[1];
+        const fs::path package = fs::path(where) / (name + ".msb");
+        if (!where.empty() && status == 0) WriteBytes(package, Bytes(5000, 'x'));
+        ToolResult r = RunTool(args, dir.path);
+        EXPECT_EQ(std::make_tuple(r.status, r.out, r.err), std::make_tuple(status, "", err));
+        if (where.empty() || status != 0) continue;
+        EXPECT_EQ(SlurpFile(package), WorkedPackage(name));
+        fs::remove(package);
     }
 }
 
@@ -129,8 +116,8 @@ struct Outcome {
     Bytes file;
     std::vector<Res> records, package;
 };
-Outcome RunWith(std::vector<std::string> args, const std::string& name, const Bytes& bytes,
-                const std::string& module = "HELLO", const std::string& code = "foo") {
+static Outcome RunWith(std::vector<std::string> args, const std::string& name, const Bytes& bytes,
+                       const std::string& module = "HELLO", const std::string& code = "foo") {
     TempDir dir;
     WriteBytes(dir.path / (code + ".dll"), B(module));
     if (!bytes.empty()) WriteBytes(dir.path / name, bytes);
@@ -143,36 +130,15 @@ Outcome RunWith(std::vector<std::string> args, const std::string& name, const By
             FileRecords((dir.path / (code + ".msb")).string())};
 }
 
-TEST(ImportCli, CopiesEveryResourceAfterThePackagesOwn) {
-    const Bytes big = Fill(5000, 1);
-    // Types in an order no sort would give; ids out of order within a type.
-    const std::vector<Res> source = {
-        {"STR ", 5, "five", B("abc")},
-        {"STR ", 2, "", B("unnamed")},
-        {"ICON", 128, "icon", big, RAttrProtected},
-        {"ICON", -3, "", {}},
-        {"DATA", 1, "d", B("xyz!")},
-        {"PLAT", 7, "other", B("ppc ")},  // only id 0 of the package's types collides
-    };
-    const Bytes file = BuildFile(Layout(source));
-    const Outcome r = RunWith({"-c", "foo", "-r"}, "src.rsrc", file);
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.file, file);  // the source is only read
-    EXPECT_EQ(r.package, (std::vector<Res>{kOwn[0], source[5], kOwn[1], source[1], source[0],
-                                           source[3], source[2], source[4]}));
-}
-
 // The module and platform entries named like the code swap ids with the new ones; other
 // entries of the code's name go, the rest stay. A target not holding the module is left alone.
+// What the target holds after is compared sorted by type and id: type order after removals
+// is free.
 TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
     const std::vector<Res> withoutModule = {{"MXSB", 7, "bar", B("x")},
                                             {"PLAT", 9, "foo", B("i386")}};
     const Res bar = {"LIsb", 4, "bar", B("keep me")}, vers = {"vers", 1, "", B("1.0"), 8};
-    const struct {
-        std::vector<Res> target;
-        int status;
-        std::vector<Res> after;  // sorted by type and id: type order after removals is free
-    } rows[] = {
+    const std::tuple<std::vector<Res>, int, std::vector<Res>> rows[] = {
         {{{"MXSB", 7, "foo", B("oldcode")},
           {"PLAT", 9, "foo", B("i386")},
           {"LIsb", 3, "foo", B("lib")},
@@ -182,15 +148,14 @@ TEST(ReplaceCli, IdsCrossAndOldEntriesGo) {
          {bar, {"MXSB", 9, "foo", B("NEWCODE")}, {"PLAT", 7, "foo", B("i386")}, vers}},
         {withoutModule, 2, withoutModule},
     };
-    for (const auto& row : rows) {
+    for (const auto& [target, status, after] : rows) {
         const Outcome r =
-            RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(row.target)), "NEWCODE");
-        EXPECT_EQ(r.status, row.status);
+            RunWith({"-c", "foo", "-vi"}, "target.vi", BuildFile(Layout(target)), "NEWCODE");
+        EXPECT_EQ(r.status, status);
         std::vector<Res> got = r.records;
-        std::sort(got.begin(), got.end(), [](const Res& a, const Res& b) {
-            return std::tie(a.type, a.id) < std::tie(b.type, b.id);
-        });
-        EXPECT_EQ(got, row.after) << row.status;
+        std::sort(got.begin(), got.end(),
+                  [](auto& a, auto& b) { return a.type + char(a.id) < b.type + char(b.id); });
+        EXPECT_EQ(got, after) << status;
     }
 }
 
@@ -205,11 +170,20 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
     copied.insert(copied.begin(), kOwn.begin(), kOwn.end());
     copied[2].attrs = RAttrProtected;  // the changed bit stored in the file is dropped
     const Res a1 = {"AAAA", 1, "", B("a")};
-    const struct {
-        Bytes source;
-        int status;
-        std::vector<Res> package;
-    } rows[] = {
+    // Every resource is copied after the package's own: types in an order no sort would give,
+    // ids out of order within a type, and only id 0 of the package's types collides.
+    const std::vector<Res> source = {
+        {"STR ", 5, "five", B("abc")},
+        {"STR ", 2, "", B("unnamed")},
+        {"ICON", 128, "icon", Fill(5000, 1), RAttrProtected},
+        {"ICON", -3, "", {}},
+        {"DATA", 1, "d", B("xyz!")},
+        {"PLAT", 7, "other", B("ppc ")},
+    };
+    const std::tuple<Bytes, int, std::vector<Res>> rows[] = {
+        {BuildFile(Layout(source)),
+         0,
+         {kOwn[0], source[5], kOwn[1], source[1], source[0], source[3], source[2], source[4]}},
         {BuildFile(Layout({{"PLAT", 0, "x", B("sparc")}})), 2, kOwn},
         {BuildFile(Layout({a1, {"MXSB", 0, "", B("b")}})), 2, {kOwn[0], kOwn[1], a1}},
         {BuildFile({}), 0, kOwn},
@@ -218,10 +192,10 @@ TEST(HostileCli, CraftedSourcesAndTargets) {
         {huge, 2, kOwn},  // a resource of nearly 2 GiB in a short source
         {overlapping, 2, kOwn},
     };
-    for (const auto& row : rows) {
-        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", row.source);
+    for (const auto& [file, status, package] : rows) {
+        const Outcome r = RunWith({"foo", "-r"}, "src.rsrc", file);
         EXPECT_EQ(std::make_tuple(r.status, r.package, r.file),
-                  std::make_tuple(row.status, row.package, row.source));
+                  std::make_tuple(status, package, file));
     }
     // A target whose module shares its data with another resource: the other resources come
     // through the replacement unchanged. BBBB 7 named "seven" becomes the module of "seven".
@@ -252,5 +226,3 @@ TEST(HostileCli, FailedWriteBackOfAViWithAnEmptyModule) {
     EXPECT_TRUE(B(SlurpFile(dir.path / "t.vi")) == target);
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), {}), 2);
 }
-
-}  // namespace

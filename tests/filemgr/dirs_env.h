@@ -4,18 +4,20 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
+#include <sstream>
 #include <tuple>
-#include <vector>
 
 #include "mg/filemgr.h"
-#include "mg/memory.h"
+#include "mg/filetypes.h"
 #include "mg/path.h"
 #include "platform/faults.h"
-#include "support/temp_dir.h"
+#include "support/host_rules.h"
+#include "support/memory_env.h"
+#include "support/run_tool.h"
+
+namespace fs = std::filesystem;
 
 // Seconds from 1904 to 1970.
 constexpr uint32_t kUnixEpochSeconds = 2082844800u;
@@ -36,6 +38,12 @@ struct OwnedHandle {
     ~OwnedHandle() { MemDisposeHandle(h); }
     operator Handle() const { return h; }
 };
+
+// The words of `text`, with blanks between them.
+inline std::vector<std::string> Words(const std::string& text) {
+    std::istringstream in(text);
+    return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
+}
 
 inline std::vector<std::string> Names(Handle names) {
     int32_t count = 0;
@@ -76,8 +84,10 @@ class DirsTest : public ::testing::Test {
     std::string Name(const std::string& leaf) {
         return (dir.path / leaf).make_preferred().string();
     }
-    std::string Make(const std::string& leaf, const std::string& bytes = "x") {
+    // A file of `bytes`, and with `bits` the permissions that it holds.
+    std::string Make(const std::string& leaf, const std::string& bytes = "x", int bits = -1) {
         std::ofstream(dir.path / leaf, std::ios::binary) << bytes;
+        if (bits >= 0) fs::permissions(dir.path / leaf, fs::perms(bits), fs::perm_options::replace);
         return Name(leaf);
     }
     std::string MakeDir(const std::string& leaf) {

@@ -1,33 +1,18 @@
 // Listings, entry information, permissions, making and removing, places and range locks: what
 // every host does alike. Each host's own decisions are in posix/ and win32/.
 
-#include <chrono>
-
 #include "filemgr/dirs_env.h"
-#include "mg/filetypes.h"
 #include "mg/resource.h"
-#include "platform/platform.h"
-#include "support/host_rules.h"
-#include "support/memory_env.h"
-#include "support/run_tool.h"
 #include "support/scoped_variable.h"
 
-namespace fs = std::filesystem;
-
-namespace {
-
 // Seconds since 1970 of a file's modification time.
-int64_t UnixModTime(const std::string& name) {
+static int64_t UnixModTime(const std::string& name) {
     const auto t = std::chrono::file_clock::to_sys(fs::last_write_time(name));
     return std::chrono::duration_cast<std::chrono::seconds>(t.time_since_epoch()).count();
 }
 
-int32_t PermissionsOf(const std::string& name) {
+static int32_t PermissionsOf(const std::string& name) {
     return int32_t(fs::status(name).permissions() & fs::perms::mask) & 0777;
-}
-
-void SetPermissions(const std::string& name, int32_t bits) {
-    fs::permissions(name, fs::perms(bits), fs::perm_options::replace);
 }
 
 // Names sort without case, equal ones in listed order; a resource file's type is read only
@@ -39,11 +24,12 @@ TEST_F(DirsTest, Listings) {
         missing(Name("missing")), relative(std::string("a") + plat::DirectorySeparator() + "b");
     ASSERT_EQ(RCreateCorrectFile(pack, 1, MgResType("MXDX"), MgResType("MXSB"), 0644), MgNoError);
     OwnedHandle names, types, plain;
+    const ResType kPackage = MgResType("MXSB");
     Entries want = {{"A.dat", EntryIsFile, 0},
                     {"b.txt", EntryIsFile, 0},
                     {"Beta", EntryIsFile, 0},
                     {"c", 0, 0},
-                    {"pack.msb", EntryIsFile | EntryHasType, MgResType("MXSB")}};
+                    {"pack.msb", EntryIsFile | EntryHasType, kPackage}};
     ASSERT_EQ(FDirEntriesWith(p, names, types, FDirReadResourceHeaders), MgNoError);
     EXPECT_EQ(EntriesOf(names, types), want);
     want.back() = {"pack.msb", EntryIsFile, 0};
@@ -64,16 +50,14 @@ TEST_F(DirsTest, Listings) {
 TEST_F(DirsTest, ListingFaults) {
     for (int i = 0; i < 1000; ++i) Make("entry" + std::to_string(i));
     OwnedPath p(dir.path.string());
-    {
-        OwnedHandle names, types;
-        auto before = plat::OpenHandleCount();
-        plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
-        EXPECT_EQ(FDirEntries(p, names, types), MgIOError);
-        EXPECT_EQ(Names(names).size(), 4u - ListedDotEntries());
-        EXPECT_GE(MemHandleSize(types), 4 * 8);
-        EXPECT_EQ(plat::OpenHandleCount(), before);
-        plat::ResetFaults();
-    }
+    OwnedHandle some, someTypes;
+    auto open = plat::OpenHandleCount();
+    plat::FailFileOpAt(plat::kFileListNext, 5, MgIOError);
+    EXPECT_EQ(FDirEntries(p, some, someTypes), MgIOError);
+    EXPECT_EQ(Names(some).size(), 4u - ListedDotEntries());
+    EXPECT_GE(MemHandleSize(someTypes), 4 * 8);
+    EXPECT_EQ(plat::OpenHandleCount(), open);
+    plat::ResetFaults();
     for (bool withTypes : {true, false}) {
         for (int64_t n = 1, done = 0; !done; ++n) {
             OwnedHandle names, types;
@@ -90,8 +74,8 @@ TEST_F(DirsTest, ListingFaults) {
 }
 
 // The shortcut of the test below.
-std::string gShortcut, gShortcutTarget;
-bool ResolveOne(char* name) {
+static std::string gShortcut, gShortcutTarget;
+static bool ResolveOne(char* name) {
     if (name != gShortcut) return false;
     strcpy(name, gShortcutTarget.c_str());
     return true;
@@ -100,44 +84,37 @@ bool ResolveOne(char* name) {
 // A file's and a directory's information, a shortcut's (its target's, type included), sizes
 // beyond 31 bits (the signed field's reading; beyond 32, 0x7FFFFFFF), and information applied.
 TEST_F(DirsTest, FileInfo) {
-    const std::string file = Make("plain.bin", "12345"), sub = MakeDir("sub");
-    SetPermissions(file, 0444);
+    const std::string file = Make("plain.bin", "12345", 0444), sub = MakeDir("sub");
     ASSERT_TRUE(plat::SetFileDates(file.c_str(), 0, (1000000000ull + 11644473600ull) * 10000000));
     for (const char* leaf : {"sub/1", "sub/2", "sub/3"}) Make(leaf);
-    SetPermissions(sub, 0750);
-    const std::string sparse = Make("sparse");
+    fs::permissions(sub, fs::perms(0750), fs::perm_options::replace);
+    const std::string sparse = Make("sparse", "", 0644);
     fs::resize_file(sparse, uintmax_t(3) << 30);
-    SetPermissions(sparse, 0644);
     OwnedHandle table;
     ASSERT_EQ(MemSetHandleBytes(&table.h, "\1\0\0\0MXSBmsb", 12), MgNoError);
     FSetTypeTables(table, nullptr);
     gShortcut = Name("doc.lnk");
-    gShortcutTarget = Make("real.msb", "123");
-    SetPermissions(gShortcutTarget, 0644);
+    gShortcutTarget = Make("real.msb", "123", 0644);
     plat::SetShortcutResolverForTest(ResolveOne);
-    const struct {
-        std::string name;
-        int32_t size, isDirectory, permissions;
-        ResType type;
-    } rows[] = {{file, 5, 0, 0444, MgResType("????")},
-                {sub, 3, 1, 0750, MgResType("????")},
-                {sparse, int32_t(0xC0000000u), 0, 0644, MgResType("????")},
-                {gShortcut, 3, 0, 0644, MgResType("MXSB")}};
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        OwnedPath p(r.name);
+    const std::tuple<std::string, int32_t, int32_t, int32_t, ResType> rows[] = {
+        {file, 5, 0, 0444, MgResType("????")},
+        {sub, 3, 1, 0750, MgResType("????")},
+        {sparse, int32_t(0xC0000000u), 0, 0644, MgResType("????")},
+        {gShortcut, 3, 0, 0644, MgResType("MXSB")}};
+    for (const auto& [name, size, isDirectory, permissions, type] : rows) {
+        SCOPED_TRACE(name);
+        OwnedPath p(name);
         FileInfo info;
         memset(&info, 0xAB, sizeof info);
         ASSERT_EQ(FFileInfoOf(p, &info), MgNoError);
         // hiddenFlag is cleared for the empty path alone.
-        EXPECT_EQ(
-            std::make_tuple(info.size, info.isDirectory, info.permissions, info.type, info.creator,
-                            info.hiddenFlag, info.spareWord2, info.owner[0]),
-            std::make_tuple(r.size, r.isDirectory, HostPermissions(r.permissions, r.isDirectory),
-                            r.type, r.type == MgResType("MXSB") ? MgResType("MXDX") : r.type,
-                            int32_t(0xABABABAB), 0xABAB, 0));
+        EXPECT_EQ(std::make_tuple(info.size, info.isDirectory, info.permissions, info.type,
+                                  info.creator, info.hiddenFlag, info.spareWord2, info.owner[0]),
+                  std::make_tuple(size, isDirectory, HostPermissions(permissions, isDirectory),
+                                  type, type == MgResType("MXSB") ? MgResType("MXDX") : type,
+                                  int32_t(0xABABABAB), 0xABAB, 0));
         EXPECT_NE(info.created, 0u);
-        EXPECT_TRUE(r.name != file || info.modified == 1000000000u + kUnixEpochSeconds);
+        EXPECT_TRUE(name != file || info.modified == 1000000000u + kUnixEpochSeconds);
     }
     FSetTypeTables(nullptr, nullptr);
     fs::resize_file(sparse, uintmax_t(5) << 30);
@@ -149,7 +126,8 @@ TEST_F(DirsTest, FileInfo) {
 
     // Applied: permissions and the modification date (read back by path and by open file in
     // the resource suite's dates).
-    SetPermissions(file, 0644);  // so that a Windows host lets the directory go
+    // Writable first, so that a Windows host lets the directory go.
+    fs::permissions(file, fs::perms(0644), fs::perm_options::replace);
     OwnedPath p(file);
     ASSERT_EQ(FFileInfoOf(p, &info), MgNoError);
     info.permissions = 0400;
@@ -157,23 +135,20 @@ TEST_F(DirsTest, FileInfo) {
     ASSERT_EQ(FApplyFileInfo(p, &info), MgNoError);
     EXPECT_EQ(std::make_pair(PermissionsOf(file), UnixModTime(file) + kUnixEpochSeconds),
               std::make_pair(HostPermissions(0400, false), int64_t(3000000000u)));
-    SetPermissions(file, 0644);
+    fs::permissions(file, fs::perms(0644), fs::perm_options::replace);
 }
 
-TEST_F(DirsTest, ExistenceAndPermissions) {
+TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
     const std::string file = Make("f"), rootName = dir.path.root_path().make_preferred().string();
     OwnedPath pf(file), pd(MakeDir("d")), missing(Name("no")), relative("rel"), root(rootName),
         bad(rootName);
     FAppendName(bad, reinterpret_cast<ConstPStr>("\003a/b"));  // no host name has a '/'
-    const struct {
-        Path path;
-        int32_t existsAs;
-        MgStatus isDirectory;
-    } rows[] = {{pf, 1, MgBadArgument},    {pd, 2, MgNoError},   {missing, 0, MgNotFound},
-                {relative, 0, MgNotFound}, {root, 2, MgNoError}, {bad, 0, MgNotFound}};
-    for (const auto& r : rows)
-        EXPECT_EQ(std::make_pair(FPathExistsAs(r.path), FIsDirectory(r.path)),
-                  std::make_pair(r.existsAs, r.isDirectory));
+    const std::tuple<Path, int32_t, MgStatus> rows[] = {
+        {pf, 1, MgBadArgument},    {pd, 2, MgNoError},   {missing, 0, MgNotFound},
+        {relative, 0, MgNotFound}, {root, 2, MgNoError}, {bad, 0, MgNotFound}};
+    for (const auto& [path, existsAs, isDirectory] : rows)
+        EXPECT_EQ(std::make_pair(FPathExistsAs(path), FIsDirectory(path)),
+                  std::make_pair(existsAs, isDirectory));
     int32_t bits = 0640, got = 0;
     uint8_t owner[256] = {9}, group[256] = {9};
     ASSERT_EQ(FApplyPermissions(pf, nullptr, nullptr, &bits), MgNoError);
@@ -185,26 +160,22 @@ TEST_F(DirsTest, ExistenceAndPermissions) {
     EXPECT_EQ(FApplyPermissions(pf, nullptr, nullptr, nullptr), MgNoError);
     EXPECT_EQ(FApplyPermissions(missing, nullptr, nullptr, &bits), MgNotFound);
     EXPECT_EQ(FPermissionsOf(missing, owner, group, &got), MgNotFound);
-}
 
-// Renaming and copying never replace; a copy keeps the permissions and the date. Deleting
-// leaves a full directory; a chain of directories stops at a file.
-TEST_F(DirsTest, MakingMovingAndRemoving) {
+    // Renaming and copying never replace; a copy keeps the permissions and the date. Deleting
+    // leaves a full directory; a chain of directories stops at a file.
     auto before = plat::OpenHandleCount();
-    const std::string a = Make("a", "alpha"), b = Make("b", "beta"), c = Name("c");
-    SetPermissions(a, 0604);
-    OwnedPath pa(a), pb(b), pc(c), pd(Name("d")), relative("rel"), sub(MakeDir("sub")),
-        root(dir.path.root_path().make_preferred().string());
+    const std::string a = Make("a", "alpha", 0604), b = Make("b", "beta"), c = Name("c");
+    OwnedPath pa(a), pb(b), pc(c), pm(Name("m")), sub(MakeDir("sub"));
     EXPECT_EQ(FCopyFile(pa, pb), MgDuplicate);
     EXPECT_EQ(FRenameFile(pa, pb), MgDuplicate);
     ASSERT_EQ(FCopyFile(pa, pc), MgNoError);
     EXPECT_EQ(std::make_tuple(SlurpFile(b), SlurpFile(c), PermissionsOf(c), UnixModTime(c)),
               std::make_tuple("beta", "alpha", HostPermissions(0604, false), UnixModTime(a)));
-    ASSERT_EQ(FRenameFile(pc, pd), MgNoError);
-    for (MgStatus s : {FRenameFile(root, pd), FCopyFile(root, pd), FCopyFile(pa, relative),
+    ASSERT_EQ(FRenameFile(pc, pm), MgNoError);
+    for (MgStatus s : {FRenameFile(root, pm), FCopyFile(root, pm), FCopyFile(pa, relative),
                        FRenameFile(pa, relative)})
         EXPECT_EQ(s, MgBadArgument);
-    EXPECT_EQ(FRenameFile(pc, pd), MgNotFound);
+    EXPECT_EQ(FRenameFile(pc, pm), MgNotFound);
     EXPECT_EQ(FCopyFile(sub, pc), MgNoPermission);
     EXPECT_FALSE(fs::exists(c));
     EXPECT_EQ(plat::OpenHandleCount(), before);
@@ -212,8 +183,8 @@ TEST_F(DirsTest, MakingMovingAndRemoving) {
     OwnedPath full(MakeDir("full")), empty(MakeDir("empty")), made(Name("made")),
         chain(Name("full/b/c/d"));
     Make("full/x");
-    for (const auto& [status, want] : {std::pair{FDeleteEntry(pd), MgNoError},
-                                       {FDeleteEntry(pd), MgNotFound},
+    for (const auto& [status, want] : {std::pair{FDeleteEntry(pm), MgNoError},
+                                       {FDeleteEntry(pm), MgNotFound},
                                        {FDeleteEntry(empty), MgNoError},
                                        {FDeleteEntry(full), MgIOError},  // not empty
                                        {FMakeDirectory(made, 0), MgNoError},
@@ -295,22 +266,16 @@ TEST_F(DirsTest, RangeLocks) {
 // past the first sixteen bytes, where a name that another one starts comes first. A count
 // that the bytes don't back leaves the list alone.
 TEST(DirSort, ByNameWithoutCase) {
-    const char* listed[] = {"common-prefix-long-alphabet",
-                            "Common-prefix-long-Zeta",
-                            "common-prefix-long-alpha",
-                            "COMMON-PREFIX-LONG-ALPHA",
-                            "b",
-                            "B",
-                            "a",
-                            "abcdefghij-2",
-                            "abcdefghij-1"};
-    const int32_t n = int32_t(std::size(listed));
+    const std::vector<std::string> listed = Words(
+        "common-prefix-long-alphabet Common-prefix-long-Zeta common-prefix-long-alpha "
+        "COMMON-PREFIX-LONG-ALPHA b B a abcdefghij-2 abcdefghij-1");
+    const int32_t n = int32_t(listed.size());
     Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandle(8 * n);
     ASSERT_EQ(MemHandleSize(names), 4);
     for (int32_t i = 0; i < n; ++i) {
-        uint8_t length = uint8_t(strlen(listed[i]));
+        uint8_t length = uint8_t(listed[i].size());
         MemAppendBytes(&length, names, 1);
-        MemAppendBytes(listed[i], names, length);
+        MemAppendBytes(listed[i].data(), names, length);
         DirEntryRecord r = {uint32_t(i), 0};
         memcpy(*types + 8 * i, &r, 8);
     }
@@ -334,14 +299,11 @@ TEST(DirPatterns, NameFitsPattern) {
                                 reinterpret_cast<const uint8_t*>(name.data()),
                                 int32_t(pattern.size()), int32_t(name.size()));
     };
-    const struct {
-        const char *pattern, *name;
-        int32_t fits;
-    } rows[] = {{"a", "a.txt", 1},     {"*.*", "readme", 1}, {"*.txt", "A.TXT", 1},
-                {"*.txt", "a.dat", 0}, {"a?c", "abc", 1},    {"a?c", "abd", 0},
-                {"*.", "readme", 1},   {"b", "a.txt", 0}};
-    for (const auto& r : rows)
-        EXPECT_EQ(fits(r.pattern, r.name), r.fits) << r.pattern << " " << r.name;
+    const std::tuple<const char*, const char*, int32_t> rows[] = {
+        {"a", "a.txt", 1}, {"*.*", "readme", 1}, {"*.txt", "A.TXT", 1}, {"*.txt", "a.dat", 0},
+        {"a?c", "abc", 1}, {"a?c", "abd", 0},    {"*.", "readme", 1},   {"b", "a.txt", 0}};
+    for (const auto& [pattern, name, want] : rows)
+        EXPECT_EQ(fits(pattern, name), want) << pattern << " " << name;
     EXPECT_EQ(fits("*", std::string(1000, 'a')), 1);  // longer than a name: cut, never overrun
     int32_t offset = 0;
     EXPECT_EQ(FPatternHasWildcards(reinterpret_cast<const uint8_t*>("ab*c"), &offset, 4), 1);
@@ -349,20 +311,16 @@ TEST(DirPatterns, NameFitsPattern) {
 }
 
 TEST(FileTimes, SecondsSince1904) {
+    // From 1904 in 100-nanosecond steps: a half second goes to the even second.
     const uint64_t t1904 = 95616288000000000ULL;
-    const struct {
-        uint64_t fileTime;
-        uint32_t seconds;
-    } rows[] = {{t1904, 0},
-                {t1904 + 10000000ULL, 1},
-                {t1904 + 15000000ULL, 2},  // halves to the even second
-                {t1904 + 25000000ULL, 2},
-                {t1904 + 25000001ULL, 3},
-                {0, 0},
-                {116444736000000000ULL, kUnixEpochSeconds},
-                {~0ULL, 0xFFFFFFFFu}};
-    for (const auto& r : rows) EXPECT_EQ(FFileTimeToSeconds(r.fileTime), r.seconds);
+    for (const auto& [after, seconds] : {std::pair{0ULL, 0u},
+                                         {10000000ULL, 1u},
+                                         {15000000ULL, 2u},
+                                         {25000000ULL, 2u},
+                                         {25000001ULL, 3u}})
+        EXPECT_EQ(FFileTimeToSeconds(t1904 + after), seconds) << after;
+    EXPECT_EQ(std::make_tuple(FFileTimeToSeconds(0), FFileTimeToSeconds(116444736000000000ULL),
+                              FFileTimeToSeconds(~0ULL)),
+              std::make_tuple(0u, kUnixEpochSeconds, 0xFFFFFFFFu));
     EXPECT_EQ(FSecondsToFileTime(kUnixEpochSeconds), 116444736000000000ULL);
 }
-
-}  // namespace

@@ -4,18 +4,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
-#include <sstream>
 
 #include "filemgr/dirs_env.h"
-#include "mg/filetypes.h"
-#include "platform/platform.h"
-#include "support/host_rules.h"
-#include "support/memory_env.h"
 #include "support/pstr.h"
-#include "support/run_tool.h"
-
-namespace {
 
 class FilesTest : public DirsTest {
   protected:
@@ -34,31 +25,48 @@ class FilesTest : public DirsTest {
 };
 
 // Bad modes, paths that name no file, and the reference 0, refused before any platform call.
-TEST_F(FilesTest, BadArgumentsAreRefused) {
+TEST_F(FilesTest, RefusedOpensAndDenyModes) {
     const std::string f = Make("a", "x");
-    const struct {
-        std::string name;
-        int32_t mode, deny;
-        MgStatus want;
-    } rows[] = {{f, 4, FMShareAll, MgBadArgument},
-                {f, -1, FMShareAll, MgBadArgument},
-                {f, FMModeRead, 3, MgBadArgument},
-                {"a/b", FMModeRead, FMShareAll, MgBadArgument},
-                {"/", FMModeRead, FMShareAll, MgBadArgument},  // a volume root
-                {Name("missing"), FMModeRead, FMShareAll, MgNotFound},
-                {dir.path.string(), FMModeRead, FMShareAll, MgNoPermission}};  // a directory
-    for (const auto& r : rows) Open(r.name, r.mode, r.deny, r.want);
+    const std::tuple<std::string, int32_t, int32_t, MgStatus> rows[] = {
+        {f, 4, FMShareAll, MgBadArgument},
+        {f, -1, FMShareAll, MgBadArgument},
+        {f, FMModeRead, 3, MgBadArgument},
+        {"a/b", FMModeRead, FMShareAll, MgBadArgument},
+        {"/", FMModeRead, FMShareAll, MgBadArgument},  // a volume root
+        {Name("missing"), FMModeRead, FMShareAll, MgNotFound},
+        {dir.path.string(), FMModeRead, FMShareAll, MgNoPermission}};  // a directory
+    for (const auto& [name, mode, deny, want] : rows) Open(name, mode, deny, want);
     int32_t v = 0;
     char b[4];
     for (MgStatus s :
          {FMClose(0), FMRead(0, 1, &v, b), FMWriteBytes(0, 1, &v, b), FMSeek(0, 0, FMSeekCurrent),
           FMTell(0, &v), FGetEOF(0, &v), FSetFileEnd(0, 1), FMFlush(0), FMFlushFile(0)})
         EXPECT_EQ(s, MgBadArgument);
+
+    // Second opener against a first one, by their share modes: a table of the deny rules. A
+    // refused truncating open changes nothing.
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, MgStatus> shares[] = {
+        {FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
+        {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
+        {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
+        {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
+        {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
+        {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
+        {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
+        {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
+    const std::string shared = Make("s", "shared");
+    for (const auto& [mode1, deny1, mode2, deny2, want] : shares) {
+        FileRef first = Open(shared, mode1, deny1);
+        if (FileRef second = Open(shared, mode2, deny2, want)) FMClose(second);
+        FMClose(first);
+    }
+    EXPECT_EQ(SlurpFile(shared), "shared");
 }
 
 // A new file can't be made over an old one, but can replace it whole; a read-only
 // reference can't write, and truncating empties the file.
-TEST_F(FilesTest, CreateAndModes) {
+TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     OwnedPath p(Name("new"));
     FileRef ref = -1;
     ASSERT_EQ(FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
@@ -77,12 +85,11 @@ TEST_F(FilesTest, CreateAndModes) {
     r = Open(Make("new", "abcdef"), FMModeTruncate, FMShareAll);
     EXPECT_EQ(Size(r), 0);
     FMClose(r);
-}
 
-TEST_F(FilesTest, ReadsSeeksAndEnds) {
+    // Reads, seeks and ends.
     std::string data(100, 'z');
     for (int i = 0; i < 100; ++i) data[i] = static_cast<char>(i);
-    FileRef ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
+    ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
     auto pos = [&] {
         int32_t at = -1;
         EXPECT_EQ(FMTell(ref, &at), MgNoError);
@@ -99,54 +106,40 @@ TEST_F(FilesTest, ReadsSeeksAndEnds) {
     // either end stop there; any other mode counts from the end. Setting the end keeps a
     // position inside the file and pulls one beyond it back; a file can grow this way, not by
     // seeking.
-    const struct {
-        int32_t offset, mode;
-        MgStatus want;
-        int32_t at;
-    } steps[] = {{100, FMSeekStart, MgNoError, 100},
-                 {101, FMSeekStart, MgEndOfFile, 100},
-                 {-1, FMSeekStart, MgEndOfFile, 0},
-                 {10, FMSeekCurrent, MgNoError, 10},
-                 {-5, 0, MgNoError, 95},
-                 {20, FMSeekStart, MgNoError, 20},
-                 {10, -1, MgNoError, 10},
-                 {5, FMSeekStart, MgNoError, 5},
-                 {8, -1, MgNoError, 5},
-                 {50, -1, MgNoError, 5},
-                 {-1, -1, MgBadArgument, 5}};
-    for (const auto& s : steps) {
-        EXPECT_EQ(s.mode < 0 ? FSetFileEnd(ref, s.offset) : FMSeek(ref, s.offset, s.mode), s.want)
-            << s.offset;
-        EXPECT_EQ(pos(), s.at) << s.offset;
+    const std::tuple<int32_t, int32_t, MgStatus, int32_t> steps[] = {
+        {100, FMSeekStart, MgNoError, 100},
+        {101, FMSeekStart, MgEndOfFile, 100},
+        {-1, FMSeekStart, MgEndOfFile, 0},
+        {10, FMSeekCurrent, MgNoError, 10},
+        {-5, 0, MgNoError, 95},
+        {20, FMSeekStart, MgNoError, 20},
+        {10, -1, MgNoError, 10},
+        {5, FMSeekStart, MgNoError, 5},
+        {8, -1, MgNoError, 5},
+        {50, -1, MgNoError, 5},
+        {-1, -1, MgBadArgument, 5}};
+    for (const auto& [offset, mode, want, at] : steps) {
+        EXPECT_EQ(mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode), want) << offset;
+        EXPECT_EQ(pos(), at) << offset;
     }
     EXPECT_EQ(Size(ref), 50);
     EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
     EXPECT_EQ(FMFlush(ref), MgNoError);
     EXPECT_EQ(FMClose(ref), MgNoError);
-}
-
-// Second opener against a first one, by their share modes: a table of the deny rules. A
-// refused truncating open changes nothing.
-TEST_F(FilesTest, DenyModesWithinOneProcess) {
-    const struct {
-        int32_t mode1, deny1, mode2, deny2;
-        MgStatus want;
-    } rows[] = {{FMModeRead, FMShareNone, FMModeRead, FMShareAll, MgNoPermission},
-                {FMModeRead, FMShareRead, FMModeRead, FMShareAll, MgNoError},
-                {FMModeRead, FMShareRead, FMModeRead, FMShareRead, MgNoError},
-                {FMModeRead, FMShareRead, FMModeWrite, FMShareAll, MgNoPermission},
-                {FMModeRead, FMShareAll, FMModeReadWrite, FMShareAll, MgNoError},
-                {FMModeReadWrite, FMShareAll, FMModeRead, FMShareRead, MgNoPermission},
-                {FMModeWrite, FMShareAll, FMModeWrite, FMShareAll, MgNoError},
-                {FMModeRead, FMShareAll, FMModeRead, FMShareNone, MgNoPermission},
-                {FMModeRead, FMShareNone, FMModeTruncate, FMShareAll, MgNoPermission}};
-    const std::string f = Make("s", "shared");
-    for (const auto& r : rows) {
-        FileRef first = Open(f, r.mode1, r.deny1);
-        if (FileRef second = Open(f, r.mode2, r.deny2, r.want)) FMClose(second);
-        FMClose(first);
-    }
-    EXPECT_EQ(SlurpFile(f), "shared");
+    // Failures injected at the platform's calls, and their counts.
+    ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
+    plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
+    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
+    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
+              std::make_pair(0, int64_t{2}));
+    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
+    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
+    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
+    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
+    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
+    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
+    EXPECT_EQ(FMClose(ref), MgNoError);
 }
 
 // Share modes between two processes: a child of this program holds the file open for reading,
@@ -188,74 +181,32 @@ TEST(HoldOpen, DISABLED_Child) {
     FMClose(ref);
 }
 
-TEST_F(FilesTest, InjectedFailuresAndCounts) {
-    FileRef ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
-    char buf[4];
-    int32_t actual = -1;
-    plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
-    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
-              std::make_pair(0, int64_t{2}));
-    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
-    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
-    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
-    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
-    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
-    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
-    EXPECT_EQ(FMClose(ref), MgNoError);
-}
-
 TEST(FileErrors, ErrnoTable) {
-    const struct {
-        int err, arg;
-        MgStatus want;
-    } rows[] = {{0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
-                {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
-                {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
-    for (const auto& r : rows) {
-        errno = r.err;
-        EXPECT_EQ(FMapErrno(r.arg), r.want) << r.err;
+    const std::tuple<int, int, MgStatus> rows[] = {
+        {0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
+        {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
+        {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
+    for (const auto& [err, arg, want] : rows) {
+        errno = err;
+        EXPECT_EQ(FMapErrno(arg), want) << err;
     }
     mode_t old = umask(022);
     EXPECT_EQ(FMPermissionMask(0666), 0644);
     umask(old);
 }
 
-// A table of (type, extension) records; extensions of 4 characters fill the field unended.
-Handle Table(const std::vector<std::pair<const char*, const char*>>& records) {
-    Handle h = MemNewHandleClear(4 + 8 * int32_t(records.size()));
-    const int32_t n = int32_t(records.size());
-    memcpy(*h, &n, 4);
-    for (int32_t i = 0; i < n; ++i) {
-        memcpy(*h + 4 + 8 * i, records[i].first, 4);
-        memcpy(*h + 8 + 8 * i, records[i].second, strnlen(records[i].second, 4));
-    }
+// A type table: its count in host order, then (type, extension) records; an extension of 4
+// characters fills its field unended.
+static Handle Table(const std::string& bytes) {
+    Handle h = MemNewHandle(0);
+    EXPECT_EQ(MemSetHandleBytes(&h, bytes.data(), int32_t(bytes.size())), MgNoError);
     return h;
 }
 
 using Leaf = mgtest::P;
 const auto T = MgResType;
 
-class FileTypes : public ::testing::Test {
-  protected:
-    // "jpeg" runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't;
-    // "tiff" is the last record and runs into the block's end.
-    Handle primary = Table({{"TEXT", "txt"},
-                            {"JPEG", "jpeg"},
-                            {"\0ull", ""},
-                            {"HTML", "html"},
-                            {"TIFF", "tiff"}}),
-           secondary = Table({{"PICT", "pct"}, {"OTHR", "txt"}, {"CSRC", "c"}});
-    void SetUp() override { FSetTypeTables(primary, secondary); }
-    void TearDown() override {
-        FSetTypeTables(nullptr, nullptr);
-        MemDisposeHandle(primary);
-        MemDisposeHandle(secondary);
-    }
-};
-
-Path PosixPath(const std::string& text) {
+static Path PosixPath(const std::string& text) {
     Path p = nullptr;
     EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
                                 &p, PathSyntaxPosix),
@@ -263,73 +214,60 @@ Path PosixPath(const std::string& text) {
     return p;
 }
 
-TEST_F(FileTypes, TypeOfName) {
-    const std::pair<const char*, ResType> cases[] = {{"A.TXT", T("TEXT")},
-                                                     {"a.b.pct", T("PICT")},
-                                                     {"a.jpeg", T("JPEG")},
-                                                     {"a.c", T("CSRC")},
-                                                     {"a.html", 0},
-                                                     {"a.tiff", 0},
-                                                     {"a.toolong", 0},
-                                                     {"a.", 0},
-                                                     {"txt", 0}};
-    for (const auto& [name, want] : cases) EXPECT_EQ(FTypeOfName(Leaf(name).b), want) << name;
+// Types of names and paths through the two tables, and extensions added and stripped. "jpeg"
+// runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't; "tiff" is the
+// last record and runs into the block's end.
+TEST(FileTypes, ByExtension) {
+    Handle primary =
+               Table(std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
+           secondary = Table(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
+    FSetTypeTables(primary, secondary);
+    const std::pair<const char*, const char*> cases[] = {
+        {"A.TXT", "TEXT"}, {"a.b.pct", "PICT"}, {"a.jpeg", "JPEG"}, {"a.c", "CSRC"}, {"a.html", ""},
+        {"a.tiff", ""},    {"a.toolong", ""},   {"a.", ""},         {"txt", ""}};
+    for (const auto& [name, want] : cases)
+        EXPECT_EQ(FTypeOfName(Leaf(name).b), *want ? T(want) : 0) << name;
     EXPECT_EQ(FTypeOfExtension("jpegs", 5), 0u);
     // A path's type is its last name's; the empty path has none.
     Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
     EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
     FPathRelease(p);
     FPathRelease(root);
-    FSetTypeTables(nullptr, secondary);
-    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), T("OTHR"));
-    FSetTypeTables(nullptr, nullptr);
-    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
-}
-
-TEST_F(FileTypes, AddAndStripExtensions) {
-    const struct {
-        std::string name;
-        ResType type;
-        MgStatus want;
-        std::string after;
-    } adds[] = {
-        {"a", T("TEXT"), 0, "a.txt"},  // the first record of the type
-        {"b", T("PICT"), 0, "b.pct"},  // after the primary answered 15
-        {"c", T("NONE"), 15, "c"},
-        {"d", T("HTML"), 0, "d.html"},  // a full field: four bytes, no more
-        {std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
-        {std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
-        {std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+    // Adding takes the first record of the type, from the secondary table after the primary
+    // answered 15, and a full field: four bytes, no more.
+    const std::tuple<bool, std::string, ResType, int32_t, std::string> edits[] = {
+        {false, "a", T("TEXT"), 0, "a.txt"},
+        {false, "b", T("PICT"), 0, "b.pct"},
+        {false, "c", T("NONE"), 15, "c"},
+        {false, "d", T("HTML"), 0, "d.html"},
+        {false, std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
+        {false, std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
+        {false, std::string(254, 'n'), T("PICT"), 1, std::string(254, 'n')},
+        {true, "a.abcd", 0, 5, "a"},
+        {true, "a.abcde", 0, 0, "a.abcde"},
+        {true, "a.txt", T("TEXT"), 4, "a"},
+        {true, "a.txt", T("PICT"), 0, "a.txt"},
+        {true, "noext", 0, 0, "noext"},
+        {true, "a.", 0, 1, "a"},
     };
-    for (const auto& c : adds) {
-        Leaf n(c.name);
-        EXPECT_EQ(FAddExtension(n.b, c.type), c.want) << c.name.size();
-        EXPECT_EQ(n.str(), c.after);
+    for (const auto& [strip, name, type, result, after] : edits) {
+        Leaf n(name);
+        EXPECT_EQ(strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type), result) << name;
+        EXPECT_EQ(n.str(), after);
     }
     EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
-    const struct {
-        std::string name;
-        ResType type;
-        int32_t removed;
-        std::string after;
-    } strips[] = {{"a.abcd", 0, 5, "a"},        {"a.abcde", 0, 0, "a.abcde"},
-                  {"a.txt", T("TEXT"), 4, "a"}, {"a.txt", T("PICT"), 0, "a.txt"},
-                  {"noext", 0, 0, "noext"},     {"a.", 0, 1, "a"}};
-    for (const auto& c : strips) {
-        Leaf n(c.name);
-        EXPECT_EQ(FStripExtension(n.b, c.type), c.removed) << c.name;
-        EXPECT_EQ(n.str(), c.after);
-    }
-}
-
-// Only records that lie wholly inside the block count, whatever the count word says.
-TEST_F(FileTypes, CountWordIsTrustedOnlyWithinTheBlock) {
+    // Only records that lie wholly inside the block count, whatever the count word says.
     FSetTypeTables(nullptr, secondary);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), T("OTHR"));
     for (int32_t claimed : {-1, 1, 99}) {
         memcpy(*secondary, &claimed, 4);
         EXPECT_EQ(FTypeOfExtension("pct", 3), claimed > 0 ? T("PICT") : 0) << claimed;
         EXPECT_EQ(FTypeOfExtension("txt", 3), claimed > 1 ? T("OTHR") : 0) << claimed;
     }
+    FSetTypeTables(nullptr, nullptr);
+    EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
+    MemDisposeHandle(primary);
+    MemDisposeHandle(secondary);
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
@@ -337,5 +275,3 @@ TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
     EXPECT_DEATH(FTypeOfPath(p), "");
     FPathRelease(p);
 }
-
-}  // namespace

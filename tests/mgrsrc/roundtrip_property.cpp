@@ -1,15 +1,10 @@
 // Any file the library's write-back makes, after any run of adds, changes, attribute changes,
 // removes and intermediate write-backs, comes back byte for byte from unpack and pack.
-#include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include <sstream>
+#include "mgrsrc/mgrsrc_env.h"
 
-#include "mgrsrc/roundtrip_env.h"
-
-namespace {
-
-rc::Gen<Edit> AnyEdit() {
+static rc::Gen<Edit> AnyEdit() {
     // Few types and ids, so that edits meet the resources that earlier ones made.
     const auto type = rc::gen::element<std::string>("AAAA", "BBBB", std::string("\0\xFF ~", 4));
     const auto small = rc::gen::container<Bytes>(rc::gen::arbitrary<uint8_t>());
@@ -41,12 +36,10 @@ TEST(MgrsrcRoundTrip, LibraryEditsComeBackByteForByte) {
                 *rc::gen::resize(60, rc::gen::container<std::vector<Edit>>(AnyEdit()));
             TempDir dir;
             MakeWithLibrary(dir.path / "f", edits);
-            RC_ASSERT(RoundTrip(dir.path, "f") == AsBytes(SlurpFile(dir.path / "f")));
+            RC_ASSERT(RoundTrip(dir.path, "f") == B(SlurpFile(dir.path / "f")));
         },
         rc::detail::TestMetadata{}, params);
     std::ostringstream message;
     rc::detail::printResultMessage(result, message);
     EXPECT_TRUE(result.is<rc::detail::SuccessResult>()) << message.str();
 }
-
-}  // namespace

@@ -1,83 +1,40 @@
 // mgrsrc unpack and pack: files the manager wrote come back byte for byte, other sound layouts
 // come back with the same resources; bad manifests are refused with their line, and nothing is
 // written. add, remove and set leave the old file or the new one, never anything between.
-#include <gtest/gtest.h>
-
-#include "mg/version.h"
-#include "mgrsrc/roundtrip_env.h"
-#include "resource/crafted_files.h"
-
-namespace {
-
-Bytes Slurp(const fs::path& p) {
-    return AsBytes(SlurpFile(p));
-}
-
-TEST(MgrsrcRoundTrip, PackagesComeBackByteForByte) {
-    TempDir dir;
-    Bytes module(70000);
-    for (size_t i = 0; i < module.size(); ++i) module[i] = uint8_t(i * 7 + (i >> 11));
-    WriteBytes(dir.path / "mod.dll", module);
-    WriteBytes(dir.path / "extra.rsrc",
-               BuildFile({{"STR ", {{128, "Greeting", AsBytes("hello")}, {-3, "", {}}}},
-                          {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    const std::string codeDir = dir.path.string() + plat::DirectorySeparator();
-    for (const std::vector<std::string>& extra :
-         {std::vector<std::string>{}, {"-r", (dir.path / "extra.rsrc").string()}}) {
-        std::vector<std::string> args = {"-c", "mod", "-d", codeDir};
-        args.insert(args.end(), extra.begin(), extra.end());
-        ASSERT_EQ(RunTool(args, dir.path).status, 0);
-        SCOPED_TRACE(extra.empty() ? "without -r" : "with -r");
-        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), Slurp(dir.path / "mod.msb"));
-        ToolResult diff = Mgrsrc({"diff", "mod.msb", "packed"}, dir.path);
-        EXPECT_EQ(diff.status, 0);
-        EXPECT_EQ(diff.out, "");
-    }
-}
+#include "mgrsrc/mgrsrc_env.h"
 
 // Every byte value in names and types, through the manifest's \u00HH and back.
-TEST(MgrsrcRoundTrip, NamesOfEveryByte) {
+TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
     TempDir dir;
     std::string low, high;
     for (int c = 0; c < 128; ++c) low += char(c), high += char(c + 128);
     MakeWithLibrary(dir.path / "f", {{Edit::kAdd, std::string("\0\x7F\x80\xFF", 4), 1, low, {1}},
                                      {Edit::kAdd, "AAAA", 2, high, {2}},
                                      {Edit::kAdd, "AAAA", 3, "\"\\/", {}}});
-    EXPECT_EQ(RoundTrip(dir.path, "f"), Slurp(dir.path / "f"));
+    EXPECT_EQ(RoundTrip(dir.path, "f"), B(SlurpFile(dir.path / "f")));
     const std::string manifest = SlurpFile(dir.path / "unpacked" / "resources.json");
     for (char c : manifest) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F)) << int(c);
-}
 
-// Sound files of layouts the manager doesn't write come back with the same resources (diff
-// finds nothing but the changed bit, which isn't kept) in the manager's layout.
-TEST(MgrsrcRoundTrip, OtherLayoutsKeepTheirResources) {
+    // Sound files of layouts the manager doesn't write come back with the same resources (diff
+    // finds nothing but the changed bit, which isn't kept) in the manager's layout.
     using namespace crafted;
-    Bytes embedded(100, 0xEE);
-    Append(embedded, Base());
-    embedded.resize(embedded.size() + 4);
-    const uint32_t at = 100;
-    memcpy(embedded.data() + embedded.size() - 4, &at, 4);
-    const struct {
-        const char* what;
-        Bytes file;
-        std::string diff;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, std::string> rows[] = {
         {"file attribute word 0", Base(), ""},
         {"shared data", SharedData(), ""},
         {"a gap before the data", DataBehindAGap(8), ""},
         {"version 2", BuildFile(BaseLayout(), 2), ""},
         {"unsorted version 4", BuildFile({{"AAAA", {{5, "", {1}}, {2, "b", {2}}}}}, 4), ""},
-        {"embedded", embedded, ""},
+        {"embedded", Embedded(Base(), 100), ""},
         {"changed bit stored", RunTimeBitsFromTheFile(),
          "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [what, file, diff] : rows) {
+        SCOPED_TRACE(what);
         TempDir dir;
-        WriteBytes(dir.path / "f", row.file);
+        WriteBytes(dir.path / "f", file);
         const Bytes packed = RoundTrip(dir.path, "f");
-        EXPECT_NE(packed, row.file);
-        EXPECT_EQ(Mgrsrc({"diff", "f", "packed"}, dir.path).out, Lined(row.diff));
+        EXPECT_NE(packed, file);
+        EXPECT_EQ(Mgrsrc({"diff", "f", "packed"}, dir.path).out, Lined(diff));
         EXPECT_EQ(Mgrsrc({"verify", "packed"}, dir.path).status, 0);
         // The manager's own layout is a fixed point.
         EXPECT_EQ(RoundTrip(dir.path, "packed", "again", "packed2"), packed);
@@ -92,11 +49,7 @@ TEST(MgrsrcPack, BadManifests) {
     const std::string good = SlurpFile(dir.path / "good" / "resources.json");
     // Lines 6, 7 and 8 hold AAAA 1, AAAA 2 and BBBB 7.
     ASSERT_NE(good.find("\n    {\"type\": \"AAAA\", \"id\": 2,"), std::string::npos) << good;
-    const struct {
-        std::string from, to;
-        int line;
-        std::string reason;
-    } rows[] = {
+    const std::tuple<std::string, std::string, int, std::string> rows[] = {
         {"\"id\": 2,", "\"id\": 2", 7, "not valid JSON: syntax error"},
         {"AAAA_2.bin", "gone.bin", 7, "data file \"gone.bin\" is missing"},
         {"\"BBBB\", \"id\": 7", "\"AAAA\", \"id\": 1", 8, "AAAA 1 is there already, at line 6"},
@@ -106,20 +59,18 @@ TEST(MgrsrcPack, BadManifests) {
         {"\"id\": 2,", "\"id\": -2147483649,", 7, "id -2147483649 is outside 32 bits"},
         {"\"name\": \"seven\"", "\"name\": \"\\u0100\"", 8, "name \"\\u0100\" is not 8-bit text"},
     };
-    WriteBytes(dir.path / "out", AsBytes("old"));
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.reason);
+    WriteBytes(dir.path / "out", B("old"));
+    for (const auto& [from, to, line, reason] : rows) {
+        SCOPED_TRACE(reason);
         fs::remove_all(dir.path / "bad");
         fs::copy(dir.path / "good", dir.path / "bad");
         std::string text = good;
-        ASSERT_NE(text.find(row.from), std::string::npos);
-        text.replace(text.find(row.from), row.from.size(), row.to);
-        WriteBytes(dir.path / "bad" / "resources.json", AsBytes(text));
-        ToolResult r = Mgrsrc({"pack", "bad", "out"}, dir.path);
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out, "");
-        const std::string where = "resources.json:" + std::to_string(row.line) + ": ";
-        EXPECT_NE(r.err.find(where + row.reason), std::string::npos) << r.err;
+        ASSERT_NE(text.find(from), std::string::npos);
+        text.replace(text.find(from), from.size(), to);
+        WriteBytes(dir.path / "bad" / "resources.json", B(text));
+        ExpectRuns(dir.path,
+                   {{"pack bad out", 1, "",
+                     "...resources.json:" + std::to_string(line) + ": " + reason + "..."}});
         EXPECT_EQ(SlurpFile(dir.path / "out"), "old");
         EXPECT_EQ(std::distance(fs::directory_iterator(dir.path), fs::directory_iterator()), 4);
     }
@@ -128,94 +79,46 @@ TEST(MgrsrcPack, BadManifests) {
 // Each edit in a directory that is writable and in one that isn't (where the library can't
 // put a new file beside the old one, it writes in place; on Windows, and for the superuser,
 // the directory's mode doesn't stop either). A refusal leaves every byte; a change gives a
-// sound file with exactly that change.
+// sound file with exactly that change. Each row gives the diff of old and new, or a part of
+// the refusal.
 TEST(MgrsrcEdit, OldFileOrNewFile) {
     const Bytes base = BuildFile({{"AAAA", {{1, "one", {1, 2, 3}}, {2, "", {4}}}},
                                   {"BBBB", {{7, "seven", {5, 6, 7, 8, 9}, RAttrProtected}}}});
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string diffOrMessage;  // diff of old and new, or a part of the refusal
-    } rows[] = {
-        {{"add", "AAAA", "9", "data", "--name", "nine"}, 0, "+ AAAA 9 \"nine\" 2 bytes\n"},
-        {{"add", "AAAA", "1", "data"}, 2, "the resource exists already"},
-        {{"remove", "AAAA", "ONE"}, 0, "- AAAA 1 \"one\" 3 bytes\n"},
-        {{"remove", "BBBB", "7"}, 2, "can't be removed (MgResourceNotFound, 15)"},
-        {{"remove", "CCCC", "1"}, 2, "has no resource CCCC 1"},
-        {{"set", "AAAA", "2", "--id", "5", "--name", "five"},
-         0,
-         "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
-        {{"set", "AAAA", "2", "--id", "1"}, 2, "the resource exists already"},
-        {{"set", "BBBB", "7", "--name", "x"}, 2, "can't be removed"},
-        {{"set", "BBBB", "7", "--attrs", "none"},
-         0,
+    const std::tuple<std::string, int, std::string> rows[] = {
+        {"add AAAA 9 data --name nine", 0, "+ AAAA 9 \"nine\" 2 bytes\n"},
+        {"add AAAA 1 data", 2, "the resource exists already"},
+        {"remove AAAA ONE", 0, "- AAAA 1 \"one\" 3 bytes\n"},
+        {"remove BBBB 7", 2, "can't be removed (MgResourceNotFound, 15)"},
+        {"remove CCCC 1", 2, "has no resource CCCC 1"},
+        {"set AAAA 2 --id 5 --name five", 0, "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
+        {"set AAAA 2 --id 1", 2, "the resource exists already"},
+        {"set BBBB 7 --name x", 2, "can't be removed"},
+        {"set BBBB 7 --attrs none", 0,
          "~ BBBB 7 \"seven\" 5 -> 5 bytes: attributes protected -> none\n"},
     };
     TempDir dir;
     WriteBytes(dir.path / "data", {0xDA, 0x7A});
+    const std::string f = (fs::path("d") / "f").string();
     for (const bool writable : {true, false}) {
         fs::create_directory(dir.path / "d");
-        for (const auto& row : rows) {
-            SCOPED_TRACE(testing::PrintToString(row.args) + (writable ? "" : " read-only"));
+        for (const auto& [command, status, diffOrMessage] : rows) {
+            SCOPED_TRACE(command + (writable ? "" : " read-only"));
             fs::permissions(dir.path / "d", fs::perms::owner_all);
             WriteBytes(dir.path / "d" / "f", base);
             if (!writable)
                 fs::permissions(dir.path / "d", fs::perms::owner_read | fs::perms::owner_exec);
-            std::vector<std::string> args = row.args;
-            args.insert(args.begin() + 1, (fs::path("d") / "f").string());
-            ToolResult r = Mgrsrc(args, dir.path);
-            EXPECT_EQ(r.status, row.status) << r.err;
+            const size_t verb = command.find(' ');
+            ExpectRuns(dir.path,
+                       {{command.substr(0, verb) + " " + f + command.substr(verb), status,
+                         status ? "" : "...", status ? "..." + diffOrMessage + "..." : "..."}});
             WriteBytes(dir.path / "old", base);
-            if (row.status) {
-                EXPECT_EQ(Slurp(dir.path / "d" / "f"), base);
-                EXPECT_NE(r.err.find(row.diffOrMessage), std::string::npos) << r.err;
-            } else {
-                EXPECT_EQ(Mgrsrc({"diff", "old", args[1]}, dir.path).out, Lined(row.diffOrMessage));
-                EXPECT_EQ(Mgrsrc({"verify", args[1]}, dir.path).status, 0);
-            }
+            if (status)
+                EXPECT_EQ(B(SlurpFile(dir.path / "d" / "f")), base);
+            else
+                ExpectRuns(dir.path,
+                           {{"diff old " + f, 3, diffOrMessage}, {"verify " + f, 0, "..."}});
         }
         fs::permissions(dir.path / "d", fs::perms::owner_all);
         fs::remove_all(dir.path / "d");
     }
 }
-
-// The commands' help, version and what they say they did; usage errors of the new commands.
-TEST(MgrsrcCommandLine, NewCommands) {
-    TempDir dir;
-    WriteBytes(dir.path / "f", crafted::Base());
-    const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string out;  // the start of standard output
-    } rows[] = {
-        {{"--version"}, 0, "mgrsrc " MG_VERSION "\n"},
-        {{"--help"}, 0, "usage: mgrsrc COMMAND"},
-        {{"unpack", "--help"}, 0, "usage: mgrsrc unpack FILE DIR\n"},
-        {{"pack", "--help"}, 0, "usage: mgrsrc pack DIR FILE\n"},
-        {{"add", "--help"}, 0, "usage: mgrsrc add FILE"},
-        {{"remove", "--help"}, 0, "usage: mgrsrc remove FILE"},
-        {{"set", "--help"}, 0, "usage: mgrsrc set FILE"},
-        {{"extract", "-o", "x", "f", "AAAA", "1"}, 0, "wrote AAAA 1, 3 bytes, to x\n"},
-        {{"extract", "--all", "f", "all"}, 0, "wrote 3 resources into all\n"},
-        {{"unpack", "f", "u"}, 0, "unpacked 3 resources of f into u\n"},
-        {{"pack", "u", "p"}, 0, "packed 3 resources into p\n"},
-        {{"pack", "u"}, 1, ""},
-        {{"unpack", "f"}, 1, ""},
-        {{"add", "f", "AAAAA", "1", "x"}, 1, ""},
-        {{"add", "f", "AAAA", "1.5", "x"}, 1, ""},
-        {{"set", "f", "AAAA", "1", "--attrs", "shiny"}, 1, ""},
-        {{"add", "f", "AAAA", "9", "no-such-file"}, 2, ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.args));
-        ToolResult r = Mgrsrc(row.args, dir.path);
-        EXPECT_EQ(r.status, row.status) << r.err;
-        EXPECT_EQ(r.out.rfind(Lined(row.out), 0), 0u) << r.out;
-    }
-    // help COMMAND is COMMAND --help; the general help names every form of extract.
-    EXPECT_EQ(Mgrsrc({"help", "list"}, dir.path).out, Mgrsrc({"list", "--help"}, dir.path).out);
-    EXPECT_NE(Mgrsrc({"--help"}, dir.path).out.find("extract [-o OUT] [--name]"),
-              std::string::npos);
-}
-
-}  // namespace

@@ -20,8 +20,6 @@ extern "C" const char* __ubsan_default_options() {
     return "exitcode=98:halt_on_error=1";
 }
 
-namespace {
-
 // The debug print's tee: every line as formatted, with the engine's CR LF.
 struct TextSink : FormattingStringOutput {
     void Output(const char* format, va_list args) override {
@@ -67,5 +65,3 @@ TEST(PackagerChild, DISABLED_Run) {
     std::ofstream(dir / "reached") << (reached ? 'y' : 'n');
     std::_Exit(status);
 }
-
-}  // namespace

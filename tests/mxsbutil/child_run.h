@@ -4,11 +4,6 @@
 // can be longer than a Windows environment variable).
 #pragma once
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
 #include "support/run_tool.h"
 
 constexpr const char* kChildOrders = "MXSB_PACKAGER_CHILD";

@@ -1,20 +1,15 @@
 // The command line read in-process: which lines pass, and what they leave in the options.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "mxsbutil/options.h"
 #include "platform/platform.h"
 
-namespace {
-
 // Reads the words of `line` ('' is an empty argument). The options point into the arguments,
 // so they are kept until the next read, as argv is.
-int32_t Read(const std::string& line) {
+static int32_t Read(const std::string& line) {
     static std::vector<std::string> kept;
     static std::vector<char*> argv;
     kept = {"mxsbutil"};
@@ -26,50 +21,39 @@ int32_t Read(const std::string& line) {
     return ReadArguments(static_cast<int>(kept.size()), argv.data());
 }
 
-std::string Name() {
+static std::string Name() {
     return std::string(reinterpret_cast<const char*>(gOptions.codeName + 1), gOptions.codeName[0]);
 }
 
 // Statuses, and the type left where it matters; the packager's messages suite has the other
 // lines that fail. An empty bare name leaves the name empty; the last -t wins; the type is
-// checked before the directory; a value is never read as an option.
-TEST(ReadArguments, StatusTable) {
-    for (const auto& [status, lines] :
-         {std::pair<int, std::vector<const char*>>{
-              0,
-              {"-c foo -V 1", "-c foo -v 9", "-c foo -v x", "-c foo -vi x.vi", "-c foo -VI x.vi",
-               "-c foo -r", "-c foo -vi"}},
-          {1,
-           {"''", "-c foo -v ''", "-c foo -vix x.vi", "-c foo -vx x", "-c foo -", "-c foo -v",
-            "-c"}}})
-        for (const char* line : lines) EXPECT_EQ(Read(line), status) << line;
-    const struct {
-        const char* line;
-        int status;
-        const char* type;  // codeType after reading
-    } rows[] = {{"", 1, "CIN "},
-                {"-c foo", 0, "CIN "},
-                {"foo", 0, "CIN "},
-                {"-C foo -D /tmp -T DRVR", 0, "DRVR"},
-                {"-c foo -t MXSB", 1, "MXSB"},
-                {"-c foo -t foo", 1, "foo "},
-                {"-c foo -t 'CIN", 0, "CIN "},
-                {"-c foo -t CIN", 0, "CIN "},
-                {"-c foo -t cin", 1, "cin "},
-                {"-c foo -t DRVRX", 0, "DRVR"},
-                {"-c foo -t 'ab'", 1, "ab' "},
-                {"-c foo -t DRVR -t CIN", 0, "CIN "},
-                {"-c foo -t foo -d", 1, "foo "},
-                {"-c -t", 0, "CIN "}};
-    for (const auto& r : rows) {
-        EXPECT_EQ(Read(r.line), r.status) << r.line;
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), r.type) << r.line;
+// checked before the directory; a value is never read as an option. The rows give the type
+// left after reading.
+TEST(ReadArguments, StatusesAndOptions) {
+    const std::tuple<int, const char*, std::vector<const char*>> groups[] = {
+        {0,
+         "CIN ",
+         {"-c foo", "foo", "-c foo -t 'CIN", "-c foo -t CIN", "-c foo -t DRVR -t CIN", "-c -t",
+          "-c foo -V 1", "-c foo -v 9", "-c foo -v x", "-c foo -vi x.vi", "-c foo -VI x.vi",
+          "-c foo -r", "-c foo -vi"}},
+        {0, "DRVR", {"-C foo -D /tmp -T DRVR", "-c foo -t DRVRX"}},
+        {1,
+         "CIN ",
+         {"", "''", "-c foo -v ''", "-c foo -vix x.vi", "-c foo -vx x", "-c foo -", "-c foo -v",
+          "-c"}},
+        {1, "MXSB", {"-c foo -t MXSB"}},
+        {1, "foo ", {"-c foo -t foo", "-c foo -t foo -d"}},
+        {1, "cin ", {"-c foo -t cin"}},
+        {1, "ab' ", {"-c foo -t 'ab'"}}};
+    for (const auto& [status, type, lines] : groups) {
+        for (const char* line : lines) {
+            EXPECT_EQ(Read(line), status) << line;
+            EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
+        }
     }
-}
 
-// Defaults are made afresh on every read: the directory is the current one and a separator.
-// A -r at the end is as if not given; the name is cut at 255.
-TEST(ReadArguments, FillsTheOptions) {
+    // Defaults are made afresh on every read: the directory is the current one and a separator.
+    // A -r at the end is as if not given; the name is cut at 255.
     auto options = [] {
         return std::make_tuple(Name(), std::string(gOptions.codeDir ? gOptions.codeDir : "-"),
                                std::string(gOptions.resFileName ? gOptions.resFileName : "-"),
@@ -84,5 +68,3 @@ TEST(ReadArguments, FillsTheOptions) {
     EXPECT_EQ(gOptions.codeDir, gOptions.startDir);
     EXPECT_EQ(std::string(gOptions.codeDir).back(), plat::DirectorySeparator());
 }
-
-}  // namespace

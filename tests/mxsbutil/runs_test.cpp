@@ -8,8 +8,6 @@
 #include "resource/file_builder.h"
 #include "support/host_rules.h"
 
-namespace {
-
 const char kUsage[] =
     "# Usage - mxsbutil -c <code name> [<any of the following arguments>]\n"
     "\t-t <type>\tType of external code\n\t-d <directory>\tGive directory of the code\n"
@@ -22,9 +20,8 @@ const char kUsage[] =
 TEST(Messages, EveryComplaint) {
     TempDir dir;
     const std::string d = dir.path.string() + plat::DirectorySeparator(), u = kUsage;
-    std::ofstream(dir.path / "foo.dll") << "code";
-    std::ofstream(dir.path / "other.dll") << "more";
-    std::ofstream(dir.path / "dir.dll") << "code";
+    for (const char* module : {"foo.dll", "other.dll", "dir.dll"})
+        std::ofstream(dir.path / module) << "code";
     std::filesystem::create_directory(dir.path / "dir.msb");           // no file can replace it
     ASSERT_EQ(RunTool({"-c", "other", "-d", d}, dir.path).status, 0);  // a resource file
     std::string deep;  // more names than a path holds
@@ -79,8 +76,7 @@ TEST(Messages, EveryComplaint) {
         {run, 2, "RCreateCorrectFile error 9\r\n" + built(9), "write:1"},
     };
     for (const auto& r : rows) {
-        std::string line = r.fault + ": ";
-        for (const auto& a : r.args) line += a + " ";
+        const std::string line = r.fault + ": " + testing::PrintToString(r.args);
         const ChildRun c = RunInChild(r.args, r.fault, true);
         EXPECT_EQ(c.status, r.status) << line;
         EXPECT_EQ(c.text, r.text) << line;
@@ -109,7 +105,7 @@ TEST(Messages, EveryComplaint) {
 // Whole runs with the Nth allocation failing (-r runs) or the Nth write failing as on a full
 // disk (new packages and -vi), for every N the run reaches: each must end with one of the
 // tool's statuses, cleanly under the sanitizers, and leave its source or target as it was.
-TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
+TEST(OutOfMemoryAndFullDisk, EveryFailingAllocationAndWrite) {
     TempDir s;
     const std::string source = (s.path / "src.rsrc").string();
     WriteBytes(source, BuildFile({{"STR ", {{1, "one", Bytes(10, 1)}, {2, "", {}}}},
@@ -130,23 +126,20 @@ TEST(OutOfMemory, EveryFailingAllocationOfAnImportRun) {
     ASSERT_TRUE(completed) << "still failing allocations after 400";
     // The untouched run: the two own resources and the four imported ones, data included.
     EXPECT_GT(std::filesystem::file_size(s.path / "foo.msb"), before.size());
-}
 
-// A package that didn't reach the disk is a failed run (2), not an empty file with status 0;
-// a -vi target that couldn't be rewritten keeps its old bytes, whether a new file was to take its
-// place or, where none can be made beside it, it is appended to and its header written last.
-TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
-    TempDir s;
+    // A package that didn't reach the disk is a failed run (2), not an empty file with status
+    // 0; a -vi target that couldn't be rewritten keeps its old bytes, whether a new file was to
+    // take its place or, where none can be made beside it, it is appended to and its header
+    // written last.
     const std::string dir = s.path.string(), vi = (s.path / "t.vi").string();
-    std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE";
     ASSERT_EQ(RunInChild({"-c", "foo", "-d", dir}).status, 0);
     std::filesystem::rename(s.path / "foo.msb", vi);
-    const std::string before = SlurpFile(vi);
+    const std::string old = SlurpFile(vi);
     std::ofstream(s.path / "foo.dll", std::ios::binary) << "MODULE, VERSION 2";
     const std::filesystem::path mgrsrc = ToolPath(MGRSRC_NAME);
     for (const std::string fault : {"", "write:", "inplace:"}) {
         const bool replacing = !fault.empty();
-        std::ofstream(vi, std::ios::binary) << before;
+        std::ofstream(vi, std::ios::binary) << old;
         bool completed = false;
         for (int64_t n = 1; n <= 50 && !completed; ++n) {
             std::vector<std::string> args = {"-c", "foo", "-d", dir};
@@ -154,7 +147,7 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
             const ChildRun c = RunInChild(args, (replacing ? fault : "write:") + std::to_string(n));
             EXPECT_EQ(c.status, c.reached ? 2 : 0) << "N=" << n << " " << fault;
             completed = !c.reached;
-            EXPECT_EQ(SlurpFile(vi) == before, !replacing || c.reached) << "N=" << n << fault;
+            EXPECT_EQ(SlurpFile(vi) == old, !replacing || c.reached) << "N=" << n << fault;
         }
         EXPECT_TRUE(completed);
         if (!replacing) continue;
@@ -165,10 +158,8 @@ TEST(FullDisk, EveryFailingWriteOfAPackageRun) {
                   "MODULE, VERSION 2");
         if (fault == "inplace:") {
             const std::string after = SlurpFile(vi);
-            ASSERT_GT(after.size(), before.size());
-            EXPECT_EQ(after.substr(32, before.size() - 32), before.substr(32));
+            ASSERT_GT(after.size(), old.size());
+            EXPECT_EQ(after.substr(32, old.size() - 32), old.substr(32));
         }
     }
 }
-
-}  // namespace

@@ -5,12 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "support/run_tool.h"
-
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -25,9 +20,8 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
                              {"zero", "-d", d},
                              {"status", "-d", d},
                              {"foo", "-d", d, "-r", pipe},
-                             {"foo", "-d", d, "-vi", pipe}}) {
+                             {"foo", "-d", d, "-vi", pipe}})
         EXPECT_EQ(RunTool(args, dir.path).status, 2) << args[0] << " " << args.back();
-    }
     for (const char* name : {"pipe", "zero", "status"})
         EXPECT_FALSE(fs::exists(dir.path / (std::string(name) + ".msb"))) << name;
     fs::create_directory(dir.path / "dir");
@@ -42,5 +36,3 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
     }
     EXPECT_EQ(RunProgram(ToolPath(MGRSRC_NAME), {"verify", "status.dll"}, dir.path).status, 2);
 }
-
-}  // namespace

@@ -7,11 +7,6 @@
 #include <algorithm>
 
 #include "filemgr/dirs_env.h"
-#include "support/memory_env.h"
-
-namespace fs = std::filesystem;
-
-namespace {
 
 TEST_F(DirsTest, LinksPlayShortcuts) {
     Make("b.txt");
@@ -51,7 +46,7 @@ TEST_F(DirsTest, LinksPlayShortcuts) {
 
 // "/" is a directory like any other: the empty path lists it, not the volumes, and its
 // information has real dates. The drives are the mounted file systems.
-TEST_F(DirsTest, TheRootIsADirectoryAndDrivesAreMounts) {
+TEST_F(DirsTest, TheRootDrivesAndVolumesAreMounts) {
     OwnedHandle names, drives, types;
     Path root = FEmptyPath(nullptr);
     ASSERT_EQ(FDirEntries(root, names, nullptr), MgNoError);
@@ -79,10 +74,8 @@ TEST_F(DirsTest, WindowsReservedNamesAreOrdinary) {
         EXPECT_EQ(FMakeDirectory(p, 0), MgNoError) << leaf;
         EXPECT_TRUE(fs::is_directory(Name(leaf))) << leaf;
     }
-}
 
-// The volume of a path is the mount point of its file system.
-TEST_F(DirsTest, Volumes) {
+    // The volume of a path is the mount point of its file system.
     struct stat st;
     stat(dir.path.c_str(), &st);
     fs::path mount = dir.path;
@@ -108,5 +101,3 @@ TEST_F(DirsTest, Volumes) {
     EXPECT_LE(figures[2], figures[0]);
     EXPECT_EQ(FVolumeSpace(relative, figures), MgBadArgument);
 }
-
-}  // namespace

@@ -4,13 +4,8 @@
 #include <algorithm>
 
 #include "filemgr/dirs_env.h"
-#include "support/memory_env.h"
 
-namespace fs = std::filesystem;
-
-namespace {
-
-TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
+TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPathAndVolumes) {
     OwnedHandle names, types;
     ASSERT_EQ(FDriveEntries(names, types), MgNoError);
     const std::vector<std::string> drives = Names(names);
@@ -31,9 +26,7 @@ TEST_F(DirsTest, DrivesAreLettersUnderTheEmptyPath) {
                               FPathExistsAs(top)),
               std::make_tuple(1, int32_t(drives.size()), 0, 0, 2));
     FPathRelease(top);
-}
 
-TEST_F(DirsTest, VolumeIsTheDrive) {
     OwnedPath p(Make("f"));
     const std::string root = dir.path.root_path().make_preferred().string();
     Path volume = nullptr;
@@ -57,5 +50,3 @@ TEST_F(DirsTest, ReservedNamesAreRefused) {
         EXPECT_EQ(FPathExistsAs(p), 0) << name + 1;
     }
 }
-
-}  // namespace
