@@ -21,20 +21,34 @@
 #include "mg/stringoutput.h"
 #include "platform/childprocess.h"
 #include "platform/faults.h"
+#include "support/handles.h"
 #include "support/host_rules.h"
 #include "support/memory_env.h"
 #include "support/run_tool.h"
 #include "support/scoped_variable.h"
 
+// A check of the date text: style 9 is no style.
+static void FailInFormatDate() {
+    SetApplicationName(nullptr);
+    char buffer[128];
+    FormatDate(0, 9, buffer);
+}
+
+// A check that fails in a function no program exports, called from another. The volatile
+// reads behind the calls keep them from becoming tail calls.
+[[gnu::noinline]] static int FailInStatic() {
+    volatile int after = 1;
+    FailInFormatDate();
+    return after;
+}
+
 namespace {
 
 TEST(StripDirectory, OnlyBackslashSeparates) {
-    const char* rows[][2] = {{"leaf", "leaf"},
-                             {"\\x", "x"},
-                             {"dir\\", ""},
-                             {"", ""},
-                             {"a/b/c.cpp", "a/b/c.cpp"},
-                             {"mgsource\\resource\\writeback.cpp", "writeback.cpp"}};
+    // clang-format off
+    const char* rows[][2] = {{"leaf", "leaf"}, {"\\x", "x"}, {"dir\\", ""}, {"", ""},
+        {"a/b/c.cpp", "a/b/c.cpp"}, {"mgsource\\resource\\writeback.cpp", "writeback.cpp"}};
+    // clang-format on
     for (const auto& [in, out] : rows) {
         char buf[64];
         strcpy(buf, in);
@@ -49,13 +63,9 @@ TEST(StripDirectory, OnlyBackslashSeparates) {
 class FailureLog : public ::testing::Test {
   protected:
     FailureLog() {
-        if (testing::internal::InDeathTestChild()) {
-            path = std::filesystem::temp_directory_path();
-            return;
-        }
-        made = std::make_unique<TempDir>();
-        path = made->path;
-        tmp = std::make_unique<ScopedVariable>(TempVariable(), path.string());
+        if (!testing::internal::InDeathTestChild()) made = std::make_unique<TempDir>();
+        path = made ? made->path : std::filesystem::temp_directory_path();
+        if (made) tmp = std::make_unique<ScopedVariable>(TempVariable(), path.string());
     }
     std::string Log() const { return SlurpFile(path / "Meridax_Failure_Log.txt"); }
 
@@ -68,13 +78,6 @@ class FailureLog : public ::testing::Test {
         "For assistance in resolving this problem, please record the preceding information and "
         "navigate to https://support.meridax.example, or contact Meridax Technical Support.";
 };
-
-// A check of the date text: style 9 is no style.
-void FailInFormatDate() {
-    SetApplicationName(nullptr);
-    char buffer[128];
-    FormatDate(0, 9, buffer);
-}
 
 TEST_F(FailureLog, EachFailureAppendsOneRecord) {
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
@@ -107,18 +110,16 @@ TEST_F(FailureLog, EachFailureAppendsOneRecord) {
 // message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
 TEST_F(FailureLog, MessagesAndTheirRecords) {
     const std::string detail(300, 'd'), cut = "Failure " + std::string(247, 'd');
-    const struct {
-        std::function<void()> report;
-        std::string message, revision;
-    } rows[] = {
+    // clang-format off
+    const struct { std::function<void()> report; std::string message, revision; } rows[] = {
         {[] { DReportFailure("mgsource\\memory\\handles.cpp", 120, nullptr, "$Revision: 1 $"); },
          "Failure : \"handles.cpp\" line 120\r\n\r\n" + advice, "$Revision: 1 $"},
         {[] { DReportError("x\\leaf", 7, 3, nullptr, "rev"); },
          "Error #3:  \"leaf\" line 7\r\n\r\n" + advice, "rev"},
         {[] { DFailure("a/b/c", 9, "detail"); },
          "Failure detail: \"a/b/c\" line 9\r\n\r\n" + advice, "$Revision: 1 $"},
-        {[&] { DReportFailure("x\\leaf", 5, detail.c_str(), nullptr); }, cut, "unspecified"},
-    };
+        {[&] { DReportFailure("x\\leaf", 5, detail.c_str(), nullptr); }, cut, "unspecified"}};
+    // clang-format on
     for (const auto& r : rows) {
         std::filesystem::remove(path / "Meridax_Failure_Log.txt");
         EXPECT_EXIT(r.report(), ::testing::ExitedWithCode(1),
@@ -187,18 +188,6 @@ TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
     }
 }
 
-}  // namespace
-
-// A check that fails in a function no program exports, called from another. The volatile
-// reads behind the calls keep them from becoming tail calls.
-[[gnu::noinline]] static int FailInStatic() {
-    volatile int after = 1;
-    FailInFormatDate();
-    return after;
-}
-
-namespace {
-
 [[gnu::noinline]] int CallsStatic() {
     volatile int after = 1;
     const int r = FailInStatic();
@@ -231,8 +220,8 @@ TEST_F(FailureLog, LogBeyondTheBoundBecomesTheOldLog) {
             std::filesystem::create_directories(old / "kept");
         EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
                     "");
-        const std::string written = Log();
-        const std::string record = renamable ? written : written.substr(big.size());
+        const std::string written = Log(),
+                          record = renamable ? written : written.substr(big.size());
         EXPECT_EQ(record.rfind(crlf + crlf + "####" + crlf, 0), 0u) << renamable;
         // One record, opened as records are.
         EXPECT_EQ(record.find("####", record.find("####") + 4), record.npos) << renamable;
@@ -369,13 +358,10 @@ TEST_F(DebugPrintOn, TheFile) {
     }
     EXPECT_EQ(gDPrintfCount, before + 5);
     EXPECT_TRUE(std::filesystem::is_directory(kFile));
-}
-
-// dprintf.txt beyond 1 MiB becomes dprintf.old.txt before the next line, which starts a new
-// file. Where the rename fails (a directory holds the old name) each line goes to the end of
-// the file as it is, also after others have written to it.
-TEST_F(DebugPrintOn, FileBeyondTheBoundBecomesTheOldFile) {
-    if (RanInACopy()) return;
+    std::filesystem::remove_all(kFile);
+    // dprintf.txt beyond 1 MiB becomes dprintf.old.txt before the next line, which starts a new
+    // file. Where the rename fails (a directory holds the old name) each line goes to the end of
+    // the file as it is, also after others have written to it.
     const std::filesystem::path old = kFile.parent_path() / "dprintf.old.txt";
     const std::string full = "a\r\n" + std::string((1 << 20) - 2, 'f');  // 1 MiB and 1 byte
     for (const bool renamable : {true, false}) {
@@ -404,20 +390,19 @@ TEST_F(DebugPrintOn, TeeIntoTheExtraSink) {
     sink->SetEnabled(1);
     DPrintf("a%ld", 7);
     DPrintf("%s", std::string(600, 'z').c_str());  // the sink has no limit of its own
-    const LStr* l = *sink->Text();
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(l->text), l->count),
-              "a7\r\n" + std::string(600, 'z') + "\r\n");
+    EXPECT_EQ(mgtest::LText(*sink->Text()), "a7\r\n" + std::string(600, 'z') + "\r\n");
     DebugExit();
     EXPECT_EQ(gDebugOutput, nullptr);
 }
 
 TEST_F(DebugPrintOn, SeverityForms) {
-    for (const auto& [print, file, line] :
-         {std::tuple{&DPrintInfo, "name", "name(12) :I: message\n"},
-          {&DPrintWarn, "dir\\name.cpp", "dir\\name.cpp(12) :W: message\n"},
-          {&DPrintError, "name", "name(12) :E: message\n"},
-          {&DPrintWarn, "", "message\n"},
-          {&DPrintError, nullptr, "message\n"}}) {
+    // clang-format off
+    for (const auto& [print, file, line] : {
+            std::tuple{&DPrintInfo, "name", "name(12) :I: message\n"},
+            {&DPrintWarn, "dir\\name.cpp", "dir\\name.cpp(12) :W: message\n"},
+            {&DPrintError, "name", "name(12) :E: message\n"}, {&DPrintWarn, "", "message\n"},
+            {&DPrintError, nullptr, "message\n"}}) {
+        // clang-format on
         debugger.clear();
         EXPECT_EQ(print(file, 12, "message"), 0);
         EXPECT_EQ(debugger, line);
@@ -425,22 +410,17 @@ TEST_F(DebugPrintOn, SeverityForms) {
 }
 
 TEST(SiteMessage, LayoutAndCuts) {
-    const struct {
-        const char *file, *severity, *message;
-        int32_t size, built;
-        const char* text;
-    } rows[] = {
-        {"name", "W: ", "message", 64, 1, "name(12) :W: message"},
-        {"name", nullptr, "message", 64, 1, "name(12) :message"},
-        {"name", "I: ", nullptr, 64, 1, "name(12) :I: "},
-        {"name", "W: ", "message", 16, 1, "name(12) :W: me"},  // the message cut
-        {"name", "W: ", "message", 12, 1, "name(12) :W"},      // the severity cut
-        {"name", "W: ", "message", 11, 1, "name(12) :"},
-        {"", "W: ", "m", 64, 0, ""},
-        {nullptr, "W: ", "m", 64, 0, ""},
-        {"name", nullptr, nullptr, 64, 0, ""},
-        {"name", "W: ", "m", 1, 0, ""},
-    };
+    // The message cut at 16, the severity at 12.
+    // clang-format off
+    const struct { const char *file, *severity, *message; int32_t size, built; const char* text; }
+    rows[] = {
+        {"name", "W: ", "message", 64, 1, "name(12) :W: message"}, {"", "W: ", "m", 64, 0, ""},
+        {"name", nullptr, "message", 64, 1, "name(12) :message"}, {nullptr, "W: ", "m", 64, 0, ""},
+        {"name", "I: ", nullptr, 64, 1, "name(12) :I: "}, {"name", nullptr, nullptr, 64, 0, ""},
+        {"name", "W: ", "message", 16, 1, "name(12) :W: me"}, {"name", "W: ", "m", 1, 0, ""},
+        {"name", "W: ", "message", 12, 1, "name(12) :W"},
+        {"name", "W: ", "message", 11, 1, "name(12) :"}};
+    // clang-format on
     for (const auto& r : rows) {
         // Exactly `size` bytes, so that a store behind them is caught.
         std::unique_ptr<char[]> buffer(new char[r.size]());

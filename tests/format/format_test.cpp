@@ -1,20 +1,41 @@
-// The format engine itself: conversions, fields, the output limit, the decimal-mark form,
-// positional parameters, and the backslash codes read and written back.
+// The format engine: conversions, fields, the output limit, the decimal-mark form, positional
+// parameters and the backslash codes read and written back; then the string forms around it
+// (NUL-terminated, PStr, handle, LStr), its file and notification outputs, and path text.
+#include "mg/format.h"
+
 #include <gtest/gtest.h>
+#include <stdarg.h>
 
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "format/format_helpers.h"
 #include "mg/dbgtools.h"
-#include "mg/format.h"
+#include "mg/filemgr.h"
+#include "mg/path.h"
+#include "platform/faults.h"
+#include "support/handles.h"
 #include "support/rows.h"
+#include "support/run_tool.h"
 
 namespace {
 
-using formattest::Format;
 using namespace mgtest;
+
+// The text of a format, from a bounded call into a large buffer; the counting call with a
+// null destination must give the same length.
+std::string Format(const char* format, ...) {
+    va_list args, copy;
+    va_start(args, format);
+    va_copy(copy, args);
+    char buffer[2048];
+    const int32_t length = static_cast<int32_t>(strlen(format)),
+                  written = StrFormatV(buffer, sizeof buffer, format, length, args);
+    EXPECT_EQ(written, StrFormatV(nullptr, 0, format, length, copy)) << "format " << format;
+    va_end(copy);
+    va_end(args);
+    return std::string(buffer, static_cast<size_t>(written));
+}
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
@@ -27,10 +48,8 @@ TEST(FormatEngine, Conversions) {
     double real = 3.75;
     long double extended = 1.25L;
     const char* text = "abcdef";
-    struct {
-        int32_t count;
-        char text[4];
-    } lstr = {4, {'L', 'S', 'T', 'R'}};
+    alignas(4)
+        uint8_t lstr[] = {4, 0, 0, 0, 'L', 'S', 'T', 'R'};  // an LStr: both hosts are little-endian
     ExpectRows(
         {Row(Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"),
          Row(Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"),
@@ -58,7 +77,7 @@ TEST(FormatEngine, Conversions) {
          // The precision caps the whole field, padding included.
          Row(Format("%.3s|%10.3s|%-10.3s|%.0s|", text, text, text, text), "abc|   |abc||"),
          Row(Format("%5p|%.2p|%5.2p|", pstr, pstr, pstr), "  xyz|xy|  |"),
-         Row(Format("%P|%lp|%{iB}p|%6H|", &lstr, &lstr, &lstr, nullptr), "LSTR|LSTR|LSTR|      |"),
+         Row(Format("%P|%lp|%{iB}p|%6H|", lstr, lstr, lstr, nullptr), "LSTR|LSTR|LSTR|      |"),
          Row(Format("%c|%5c|%2c|%4c|%4.2c", 'A', 'B', 0x4241, 0x44434241, 0x44434241),
              "A|B|AB|ABCD|AB"),
          Row(Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
@@ -80,11 +99,7 @@ TEST(FormatEngine, LiteralsAndBackslashCodes) {
 TEST(FormatEngine, OutputCutAtEveryByte) {
     int16_t rect[4] = {10, 20, 30, 40};
     uint8_t pstr[] = {5, 'h', 'e', 'l', 'l', 'o'};
-    struct Row {
-        std::string full;
-        std::function<int32_t(char*, int32_t)> call;
-    };
-    std::vector<Row> rows = {
+    const std::pair<std::string, std::function<int32_t(char*, int32_t)>> rows[] = {
         {"-0001234|FF    |tail",
          [](char* d, int32_t n) { return StrFormatN(d, n, "%08d|%-6x|%s", -1234, 255, "tail"); }},
         {"-2.500\r\n    ",
@@ -93,16 +108,16 @@ TEST(FormatEngine, OutputCutAtEveryByte) {
          [&](char* d, int32_t n) { return StrFormatN(d, n, "%R %q %-8p|", rect, 7, pstr); }},
         {"5-x", [](char* d, int32_t n) { return StrFormatN(d, n, "%1$d-%2$s", 5, "x"); }},
     };
-    for (const Row& row : rows) {
-        int32_t full = static_cast<int32_t>(row.full.size());
+    for (const auto& [text, call] : rows) {
+        const int32_t full = static_cast<int32_t>(text.size());
         // A null destination ignores the size and counts every byte, CR of \n included.
-        for (int32_t size : {0, -7, 3}) ASSERT_EQ(row.call(nullptr, size), full) << row.full;
+        for (int32_t size : {0, -7, 3}) ASSERT_EQ(call(nullptr, size), full) << text;
         for (int32_t size = 0; size <= full + 2; ++size) {
             std::string buffer(static_cast<size_t>(full) + 8, '#');
-            int32_t n = row.call(buffer.data(), size);
-            ASSERT_EQ(n, size < full ? size : full) << row.full << " size " << size;
-            EXPECT_EQ(buffer, row.full.substr(0, n) + std::string(full + 8 - n, '#'))
-                << row.full << " size " << size;
+            const int32_t n = call(buffer.data(), size), want = std::min(size, full);
+            EXPECT_EQ(std::to_string(n) + buffer, std::to_string(want) + text.substr(0, want) +
+                                                      std::string(full + 8 - want, '#'))
+                << size;
         }
     }
 }
@@ -209,6 +224,99 @@ TEST(Escapes, EmitTable) {
                     bytes == EmitEscapeWide(c.c, nullptr))
             << c.c;
     }
+}
+
+class FormatWrappers : public ::testing::Test {
+  protected:
+    void TearDown() override { plat::ResetFaults(); }
+};
+
+// The PStr form cuts at 255; a failed resize gives the handle back untouched; a failed
+// allocation gives no handle and no notification.
+TEST_F(FormatWrappers, TerminatedPStrHandleAndNotify) {
+    char buffer[32];
+    uint8_t result[256];
+    const uint8_t pformat[] = {4, '%', '0', '3', 'x'};
+    Handle h = StrFormatHandle(nullptr, "%s-%d", "abc", 42);
+    ExpectRows({Row(StrFormat(buffer, "%s=%d", "x", 12), 4), Row(buffer, "x=12"),
+                Row(StrFormat(nullptr, "%5d\\n", 1), 7), Row(StrFormatP(result, "%300d", 1), 255),
+                Row(result[0], 255), Row(result[255], ' '),
+                Row(StrFormatPP(result, pformat, 10), 3),
+                Row(std::string(reinterpret_cast<char*>(result + 1), result[0]), "00A"),
+                Row(StrFormatFromP(buffer, pformat, 10), 3), Row(buffer, "00A"),
+                Row(Contents(h), std::string("abc-42", 7)),
+                Row(StrFormatHandle(h, "%d", 5) == h, 1), Row(Contents(h), std::string("5", 2)),
+                Row((plat::FailAllocationAt(1), StrFormatHandle(h, "%400s", "long")) == h, 1),
+                Row(Contents(h), std::string("5", 2)),
+                Row((plat::FailAllocationAt(1), StrFormatHandle(nullptr, "%d", 1)) == nullptr, 1),
+                Row(StrFormatNotify(3, "note %d", 9), 6),
+                Row((plat::FailAllocationAt(1), StrFormatNotify(3, "note %d", 9)), 0)});
+    MemDisposeHandle(h);
+}
+
+TEST_F(FormatWrappers, LStrSetAndAppend) {
+    LStrHandle h = nullptr, none = nullptr;
+    ExpectRows({Row(StrFormatSetLStr(&h, "%s:%d", "n", 1), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(h)), LStrBytes("n:1")),
+                Row(StrFormatAppendLStr(h, "+%x\\n", 255), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(h)), LStrBytes("n:1+FF\r\n")),
+                Row(StrFormatSetLStr(&h, "%.2s", "xyz"), MgNoError), Row(LText(h), "xy"),
+                Row((plat::FailAllocationAt(1), StrFormatAppendLStr(h, "%500d", 1)), MgNoMemory),
+                Row(LText(h), "xy"),
+                Row((plat::FailAllocationAt(1), StrFormatSetLStr(&none, "x")), MgNoMemory),
+                Row(none == nullptr, 1)});
+    MemDisposeHandle(reinterpret_cast<Handle>(h));
+}
+
+// Lines into a file; a failed allocation or write (a full disk) adds nothing.
+TEST_F(FormatWrappers, File) {
+    TempDir dir;
+    const std::string name = (dir.path / "out.txt").string();
+    FileRef ref = 0;
+    Path p = nullptr;
+    ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
+                          static_cast<int32_t>(name.size()), &p),
+              MgNoError);
+    ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
+    FPathRelease(p);
+    auto full = [] { plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull); };
+    ExpectRows({Row(StrFormatFile(ref, "%s %d\\n", "line", 1), 8),
+                Row(StrFormatFileStatus(ref, "[%3d]", 2), MgNoError),
+                Row(StrFormatFileStatus(ref, ""), MgNoError),
+                Row((plat::FailAllocationAt(1), StrFormatFile(ref, "%d", 1)), -1),
+                Row((plat::FailAllocationAt(1), StrFormatFileStatus(ref, "%d", 1)), MgNoMemory),
+                Row((full(), StrFormatFile(ref, "%d", 1)), -1),
+                Row((full(), StrFormatFileStatus(ref, "%d", 1)), MgDiskFull),
+                Row(StrFormatFile(0, "%d", 1), -1)});
+    FMClose(ref);
+    EXPECT_EQ(SlurpFile(name), "line 1\r\n[  2]");
+}
+
+// Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
+// limit alone cuts it.
+TEST_F(FormatWrappers, PathText) {
+    // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
+    const std::string a200 = std::string(1, '/').append(200, 'a');
+    const std::pair<std::string, bool> cases[] = {
+        {std::string(1, '/').append(251, 'n'), true},
+        {std::string(1, '/').append(252, 'n'), false},
+        {std::string(a200).append(1, '/').append(50, 'b'), true},
+        {std::string(a200).append(1, '/').append(51, 'b'), false}};
+    for (const auto& [text, printed] : cases) {
+        Path p = nullptr;
+        ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
+                              static_cast<int32_t>(text.size()), &p),
+                  MgNoError);
+        char buffer[4];
+        ExpectRows({Row(Format("<%z>", p), "<" + (printed ? text : "") + ">"),
+                    Row(Format("%300.2z|", p), (printed ? text : "") + "|"),
+                    Row(StrFormatN(buffer, 3, "%z", p), printed ? 3 : 0)});
+        FPathRelease(p);
+    }
+    Path corrupt = MemNewHandleClear(4);
+    (*corrupt)[0] = 9;  // no kind of path: its text fails and prints as nothing
+    EXPECT_EQ(Format("<%z>|<%z>", static_cast<Path>(nullptr), corrupt), "<>|<>");
+    FPathRelease(corrupt);
 }
 
 }  // namespace
