@@ -1,19 +1,76 @@
-// Handles and pointers of both zones: headers, accounting, validity, resizing, copies, tokens.
+// Handles and pointers of both zones (headers, accounting, validity, resizing, copies,
+// tokens), the checks of the zones and their printed texts, and the record of failed
+// allocations.
+#include "mg/memory.h"
+
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <vector>
 
-#include "memory_env.h"
+#include "memory/zone.h"
+#include "mg/dbgtools.h"
+#include "platform/faults.h"
 #include "platform/platform.h"
+#include "support/handles.h"
 #include "support/rows.h"
 
 namespace {
 
 using namespace mgtest;
-using HandlesTest = MemoryTest;
-using HandlesDeathTest = MemoryTest;
-using TokensTest = MemoryTest;
-using LargeBlocksTest = MemoryTest;
+
+// Counter deltas of one zone across a test step.
+struct CounterDelta {
+    explicit CounterDelta(bool compact) : compact_(compact) { Read(&start_); }
+    MemZoneCounterSet Now() const {
+        MemZoneCounterSet now;
+        Read(&now);
+        return {now.handleAllocs - start_.handleAllocs, now.ptrAllocs - start_.ptrAllocs,
+                now.resizes - start_.resizes, now.moves - start_.moves};
+    }
+
+  private:
+    void Read(MemZoneCounterSet* out) const {
+        compact_ ? CompactZoneCounters(out) : MemZoneCounters(out);
+    }
+    bool compact_;
+    MemZoneCounterSet start_;
+};
+
+// The operations both zones share, so that a test can run once per zone.
+struct Zone {
+    const char* name;
+    bool compact;
+    int32_t header;
+    Handle (*newHandle)(int32_t), (*newClear)(int32_t), (*resizing)();
+    int32_t (*size)(Handle);
+    MgStatus (*dispose)(Handle), (*check)(Handle), (*duplicate)(Handle*),
+        (*resize)(Handle, int32_t), (*resizeClear)(Handle, int32_t), (*copy)(Handle*, Handle),
+        (*appendHandle)(Handle, Handle), (*setBytes)(Handle*, const void*, int32_t),
+        (*appendBytes)(const void*, Handle, int32_t), (*fromBytes)(const void*, Handle*, int32_t);
+};
+
+const Zone kZones[] = {
+    {"main", false, 16, MemNewHandle, MemNewHandleClear, MemResizingHandle, MemHandleSize,
+     MemDisposeHandle, MemCheckHandle, MemDuplicateHandle, MemResizeHandle, MemResizeHandleClear,
+     MemCopyHandle, MemAppendHandle, MemSetHandleBytes, MemAppendBytes, MemHandleFromBytes},
+    {"compact", true, 8, CompactNewHandle, CompactNewHandleClear, CompactResizingHandle,
+     CompactHandleSize, CompactDisposeHandle, CompactCheckHandle, CompactDuplicateHandle,
+     CompactResizeHandle, CompactResizeHandleClear, CompactCopyHandle, CompactAppendHandle,
+     CompactSetHandleBytes, CompactAppendBytes, CompactHandleFromBytes},
+};
+
+// Leaves no fault armed and no out-of-memory record behind.
+class MemoryTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        plat::ResetFaults();
+        MemClearOutOfMemory();
+        MemSetGrowCallback(nullptr);
+    }
+    void TearDown() override { SetUp(); }
+};
+using MemoryDeathTest = MemoryTest;
 
 // Makes a free master pointer look live (pointing at aligned bytes) for the scope: real blocks
 // are aligned, and the layer refuses an odd address as a block.
@@ -28,7 +85,7 @@ struct FakeLive {
 // Main header: size, flags and the handle; compact header: size and flags only. Every handle
 // counts its bytes and its header, size 0 the header alone. Three main master blocks and one
 // compact one to start with.
-TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
+TEST_F(MemoryTest, HeaderLayoutAndAccounting) {
     EXPECT_TRUE(gMainZone->masterBlockCount >= 3 && gCompactZone->masterBlockCount >= 1);
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
@@ -53,7 +110,7 @@ TEST_F(HandlesTest, HeaderLayoutAndAccounting) {
 // is still waiting for the pointer. The link word of a master block, an address between two
 // master pointers, the word after a block's last master pointer, and a handle of the other
 // zone are no handles.
-TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
+TEST_F(MemoryTest, NullNegativeDisposedAndForeignHandles) {
     const int32_t bytes = gBytesAllocated;
     EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr &&
                 MemNewPtr(1) == nullptr);
@@ -81,7 +138,7 @@ TEST_F(HandlesTest, NullNegativeDisposedAndForeignHandles) {
 }
 
 // Every handle, in the old blocks and the new, stays valid and distinct.
-TEST_F(HandlesTest, GrowsPastAFullFreeList) {
+TEST_F(MemoryTest, GrowsPastAFullFreeList) {
     const int32_t blocks = gMainZone->masterBlockCount, freeBefore = gMainZone->freeMasterCount;
     std::vector<Handle> handles;
     for (int32_t i = 0; i <= freeBefore; ++i) handles.push_back(MemNewHandle(0));
@@ -98,7 +155,7 @@ TEST_F(HandlesTest, GrowsPastAFullFreeList) {
 // Clearing to the same size is a counted resize in the compact zone only; the main zone
 // refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
 // a total too small for it as an allocation would. Only added bytes are cleared.
-TEST_F(HandlesTest, ResizeCountsAndMoves) {
+TEST_F(MemoryTest, ResizeCountsAndMoves) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle h = z.newHandle(4);
@@ -123,7 +180,7 @@ TEST_F(HandlesTest, ResizeCountsAndMoves) {
 }
 
 // Locking sets flag bit 0 and keeps the others; a zero-size pointer still has one byte.
-TEST_F(HandlesTest, LockFlagsAndPointers) {
+TEST_F(MemoryTest, LockFlagsAndPointers) {
     Handle h = MemNewHandle(1);
     CounterDelta counters(false);
     Ptr p = MemNewPtr(0);
@@ -138,7 +195,7 @@ TEST_F(HandlesTest, LockFlagsAndPointers) {
 }
 
 // Making one from bytes always makes a new handle; a copy of null is null.
-TEST_F(HandlesTest, CopySetAppendDuplicateAndEnsure) {
+TEST_F(MemoryTest, CopySetAppendDuplicateAndEnsure) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle a = nullptr, b = nullptr;
@@ -178,7 +235,7 @@ TEST_F(HandlesTest, CopySetAppendDuplicateAndEnsure) {
 // A disposed handle given to any operation, and a recovery that can't lead back, end in a
 // failure report. Compact recovery reports before looking at its argument, even a live block;
 // a compact block has no handle word to lead back to.
-TEST_F(HandlesDeathTest, InvalidHandlesAreReported) {
+TEST_F(MemoryDeathTest, InvalidHandlesAreReported) {
     Handle h = MemNewHandle(2), c = CompactNewHandle(1), live = CompactNewHandle(1);
     Handle other = MemNewHandle(4), mine = MemNewHandle(4);
     MemDisposeHandle(h);
@@ -206,7 +263,7 @@ TEST_F(HandlesDeathTest, InvalidHandlesAreReported) {
 // of each block); its top bit tells the zone. Zero, slot 0, a slot past the block, a block out
 // of range, one past the last and all ones name no handle; nor does a disposed handle's token,
 // and it has none itself.
-TEST_F(TokensTest, NameLiveHandlesOnly) {
+TEST_F(MemoryTest, NameLiveHandlesOnly) {
     for (MemZone* zone : {gMainZone, gCompactZone}) {
         for (int32_t i = 0; i < zone->masterBlockCount; ++i) {
             for (int32_t slot : {0, mgmem::kMastersPerBlock - 1}) {
@@ -237,7 +294,7 @@ constexpr int32_t kMiB = 1 << 20;
 // Grown with clearing, the old bytes stay and the new ones are zero. The hint takes whole
 // pages inside the range only: the bytes on both sides of a range that starts and ends inside
 // pages are untouched, and ranges with no whole page are no error.
-TEST_F(LargeBlocksTest, BytesComeOutAsWithAnyBlock) {
+TEST_F(MemoryTest, BytesComeOutAsWithAnyBlock) {
     const std::vector<uint8_t> zeros(12 * kMiB);
     std::vector<uint8_t> pattern(12 * kMiB);
     for (int32_t i = 0; i < 12 * kMiB; ++i) pattern[i] = static_cast<uint8_t>(i * 131 + (i >> 12));
@@ -259,6 +316,166 @@ TEST_F(LargeBlocksTest, BytesComeOutAsWithAnyBlock) {
     for (const auto& r : ranges) plat::AdviseLargeBlock(q + r[0], size_t(r[1]));
     EXPECT_EQ(memcmp(q, pattern.data(), 8 * kMiB), 0);
     MemDisposePtr(q);
+}
+
+// The texts of the checks and of the out-of-memory report, through the debug print.
+TEST_F(MemoryTest, PrintedTexts) {
+    std::string out;
+    plat::CaptureDebuggerOutput([](const char* t, void* s) { *static_cast<std::string*>(s) += t; },
+                                &out);
+    gDebugging = 1;
+    gDPrintfFileMode = 0;
+    MemToggleChecking();
+    MemToggleChecking();
+    EXPECT_EQ(gMemChecking, 0);
+    const std::string on = "turning memory checking on\n", off = "turning memory checking off\n",
+                      all = "Free: totSize 0, maxSize 0, nBlocks 0\nAllocated: totSize " +
+                            std::to_string(gBytesAllocated) +
+                            ", maxSize 0\n    nPointers 0, nUnlockedHdls 0, nLockedHdls 0\n";
+    MemCheckAll();
+    MemSetOutOfMemory(64, 0);
+    MemReportOutOfMemory(0, 4);  // the built-in text, read as a PStr: its '/' is the count 47
+    EXPECT_EQ(
+        out, on + off + on + all + all + off + "0105Not enough memory to complete this operatio\n");
+    EXPECT_EQ(MemOutOfMemoryInfo(nullptr), 0);
+    gDebugging = 0;
+    gDPrintfFileMode = 1;
+    plat::CaptureDebuggerOutput(nullptr, nullptr);
+}
+
+// Sound zones pass with only the allocated total in their record, and pass the checks that
+// every new block runs while checking is on.
+TEST_F(MemoryTest, SoundZonesPass) {
+    MemStatsRecord want{}, r;
+    want.allocTotal = gBytesAllocated;
+    for (MemZone* zone : {gMainZone, gCompactZone}) {
+        memset(&r, 0x55, sizeof r);
+        EXPECT_TRUE(ZoneStatistics(zone, 0, &r) == MgNoError && memcmp(&r, &want, sizeof r) == 0);
+    }
+    gMemChecking = 1;
+    Ptr p = MemNewPtrClear(3);
+    Handle h = MemNewHandleClear(5);
+    gMemChecking = 0;
+    EXPECT_TRUE(p && h && MemDisposePtr(p) == MgNoError && MemDisposeHandle(h) == MgNoError);
+}
+
+// Each damage is found by a check and ends the process through a failure report.
+TEST_F(MemoryTest, DamagedTablesAreFound) {
+    // One master block too many or too few counted, a chain that loops, a negative free count,
+    // and a free list cut short of its end, checked on a new handle and on a new pointer.
+    const std::function<void()> damages[] = {
+        [] { ++gMainZone->masterBlockCount, ZoneStatistics(gMainZone, 0, nullptr); },
+        [] { --gCompactZone->masterBlockCount, ZoneStatistics(gCompactZone, 0, nullptr); },
+        [] {
+            gMainZone->masterBlocks->next = gMainZone->masterBlocks,
+            ZoneStatistics(gMainZone, 0, nullptr);
+        },
+        [] { gMainZone->freeMasterCount = -1, MemCheckAll(); },
+        [] { --gMainZone->freeMasterCount, gMemChecking = 1, MemNewHandle(8); },
+        [] { --gMainZone->freeMasterCount, gMemChecking = 1, MemNewPtr(8); }};
+    for (size_t i = 0; i < std::size(damages); ++i)
+        EXPECT_EXIT(damages[i](), ::testing::ExitedWithCode(1), "^Failure : \"checks\\.cpp\" line")
+            << i;
+}
+
+int32_t gCallbackCalls = 0;
+int32_t gLastCallbackSize = 0;
+// Asks for a retry, except for 9 bytes.
+int32_t RetryUnlessNine(int32_t size, int32_t data) {
+    EXPECT_EQ(data, 0);
+    gLastCallbackSize = size;
+    ++gCallbackCalls;
+    return size != 9;
+}
+
+int32_t RecordedSize() {
+    int32_t info[4] = {-1, -1, -1, -1};
+    return MemOutOfMemoryInfo(info) ? info[1] : 0;
+}
+
+// The record keeps the first failure: its size and data; size 0 is no record. Without one the
+// words beyond the first two are left alone.
+TEST_F(MemoryTest, RecordKeepsTheFirstSize) {
+    int32_t info[4] = {9, 9, 9, 9};
+    ExpectRows({Row(MemOutOfMemoryInfo(info), 0), Row(info[0], 0), Row(info[1], 0), Row(info[2], 9),
+                Row(MemSetOutOfMemory(0, 5), 0), Row(MemOutOfMemoryInfo(nullptr), 0),
+                Row(MemSetOutOfMemory(40, 7), 0), Row(MemSetOutOfMemory(80, 8), 1),
+                Row(MemOutOfMemoryInfo(info), 1), Row(info[0], 7), Row(info[1], 40),
+                Row(info[2], 0), Row(info[3], 0),
+                Row((MemClearOutOfMemory(), MemOutOfMemoryInfo(nullptr)), 0)});
+}
+
+// The bytes are counted although nothing was allocated, and the master pointer is lost.
+TEST_F(MemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
+    const int32_t bytes = gBytesAllocated;
+    const int32_t freeMasters = gMainZone->freeMasterCount;
+    CounterDelta counters(false);
+    ExpectRows({Row((plat::FailAllocationAt(1), MemNewHandle(24)) == nullptr, 1),
+                Row(RecordedSize(), 24), Row(gBytesAllocated - bytes, 24 + 16),
+                Row(gMainZone->freeMasterCount, freeMasters - 1),
+                Row(counters.Now().handleAllocs, 0),
+                Row((plat::FailAllocationAt(1), CompactNewHandle(5)) == nullptr, 1),
+                Row(RecordedSize(), 24)});
+    gBytesAllocated = bytes;
+}
+
+// A failed resize leaves the block, counts a resize and a move (null differs from the block)
+// and drifts the byte count.
+TEST_F(MemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
+    for (const Zone& z : kZones) {
+        for (bool clear : {false, true}) {
+            SCOPED_TRACE(std::string(z.name) + (clear ? " clear" : ""));
+            MemClearOutOfMemory();
+            Handle h = z.newHandle(4);
+            memcpy(*h, "keep", 4);
+            const uint8_t* bytes = *h;
+            const int32_t allocated = gBytesAllocated;
+            CounterDelta counters(z.compact);
+            plat::FailAllocationAt(1);
+            ExpectRows({Row((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory),
+                        Row(*h == bytes, 1), Row(mgtest::Contents(h, !z.compact), "keep"),
+                        Row(counters.Now().resizes, 1), Row(counters.Now().moves, 1),
+                        Row(gBytesAllocated - allocated, 996), Row(RecordedSize(), 1000 + z.header),
+                        Row((z.dispose(h), gBytesAllocated - allocated), 996 - (4 + z.header))});
+            gBytesAllocated = allocated - (4 + z.header);
+        }
+    }
+}
+
+// A callback that asks for a retry gets it, for pointers, handles and resizes (counted once);
+// one that gives up leads to the record.
+TEST_F(MemoryTest, CallbackAsksForARetry) {
+    MemSetGrowCallback(RetryUnlessNine);
+    gCallbackCalls = 0;
+    CounterDelta counters(false);
+    Ptr p = nullptr;
+    Handle h = nullptr;
+    ExpectRows(
+        {Row((plat::FailAllocationAt(1), p = MemNewPtr(33)) != nullptr, 1), Row(gCallbackCalls, 1),
+         Row(gLastCallbackSize, 33), Row(MemOutOfMemoryInfo(nullptr), 0),
+         Row((plat::FailAllocationAt(1), h = MemNewHandle(12)) != nullptr, 1),
+         Row(gCallbackCalls, 2), Row(MemHandleSize(h), 12),
+         Row((plat::FailAllocationAt(1), MemResizeHandle(h, 64)), MgNoError),
+         Row(gLastCallbackSize, 64 + 16), Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64),
+         Row((plat::FailAllocationAt(1), MemNewPtrClear(9)) == nullptr, 1),
+         Row(RecordedSize(), 9)});
+    MemDisposePtr(p);
+    MemDisposeHandle(h);
+}
+
+// A new master block counts as a pointer of its zone; its free list passes the check.
+TEST_F(MemoryTest, MasterBlockGrowthFails) {
+    MemZone* zone = gCompactZone;
+    const int32_t blocks = zone->masterBlockCount, ptrs = zone->ptrAllocs;
+    ExpectRows({Row((plat::FailAllocationAt(1), MemGrowMasterPointers(zone)), MgNoMemory),
+                Row(RecordedSize(), sizeof(mgmem::MasterBlock)),
+                Row(zone->masterBlockCount, blocks), Row(MemGrowMasterPointers(zone), MgNoError),
+                Row(zone->masterBlockCount, blocks + 1), Row(zone->ptrAllocs, ptrs + 1)});
+    gMemChecking = 1;
+    Handle h = CompactNewHandle(1);  // takes from the checked list
+    EXPECT_EQ(MemCheckFreeList(zone), MgNoError);
+    gMemChecking = 0;
+    CompactDisposeHandle(h);
 }
 
 }  // namespace
