@@ -18,8 +18,7 @@ using mgtest::P;
 // Owns a path for the length of a test.
 struct OwnedPath {
     Path p = nullptr;
-    OwnedPath() = default;
-    explicit OwnedPath(Path path) : p(path) {}
+    explicit OwnedPath(Path path = nullptr) : p(path) {}
     OwnedPath(const OwnedPath&) = delete;
     OwnedPath& operator=(const OwnedPath&) = delete;
     ~OwnedPath() { FPathRelease(p); }
@@ -47,13 +46,17 @@ inline std::string Describe(Path p) {
     return out;
 }
 
-// The status of a call and the path it left, as "0 A:C|a". The path is read by reference,
-// after the call, which may have set the variable.
-inline std::string After(MgStatus status, const Path& p) {
+// The status of a call and the path it left, as "0 A:C|a". The path (a Path or an OwnedPath)
+// is read by reference, after the call, which may have set the variable.
+template <typename T>
+std::string After(MgStatus status, const T& p) {
     return std::to_string(status) + " " + Describe(p);
 }
-inline std::string After(MgStatus status, const OwnedPath& p) {
-    return After(status, p.p);
+
+// The path that a text reads as, described.
+inline std::string Read(const std::string& text, int32_t syntax = PathSyntaxWindows) {
+    OwnedPath p(Parse(text, syntax));
+    return Describe(p);
 }
 
 // The text a measure-then-write function gives; the write must match the measure exactly.

@@ -56,24 +56,19 @@ TEST_F(PathText, TextToPath) {
 // The current drive is the first byte of the directory, upper-cased; on a share the volume is
 // the backslash itself, which makes the path a network one.
 TEST_F(PathText, CurrentDriveAndLongNames) {
-    plat::SetCurrentDirectoryForTest("e:\\x");
-    OwnedPath e(Parse("\\a"));
-    plat::SetCurrentDirectoryForTest("\\\\s\\v");
-    OwnedPath share(Parse("\\a"));
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
     // shrinks to what the server leaves, and a long server with no share stores what it counts.
-    OwnedPath n255(Parse("C:\\" + std::string(255, 'n') + "\\z"));
-    OwnedPath n300(Parse("C:\\" + std::string(300, 'n') + "\\z"));
-    OwnedPath server(Parse("\\\\" + std::string(300, 's') + "\\share\\x"));
-    OwnedPath longShare(Parse("\\\\srv\\" + std::string(300, 'v')));
     OwnedPath alone(Parse("\\\\" + std::string(300, 's')));
-    ExpectRows({Row(Describe(e), "A:E|a"), Row(Describe(share), "U:\\|a"),
-                Row(Describe(n255), "A:C|" + std::string(255, 'n') + "|z"),
-                Row(Describe(n300), "A:C|" + std::string(255, 'n') + "|z"),
-                Row(Describe(server), "U:\\\\" + std::string(251, 's') + "\\s|x"),
-                Row(Describe(longShare), "U:\\\\srv\\" + std::string(249, 'v')),
-                Row(Describe(alone), "U:\\\\" + std::string(251, 's') + "\\"),
-                Row(MemHandleSize(alone), 4 + 1 + 254)});
+    ExpectRows(
+        {Row((plat::SetCurrentDirectoryForTest("e:\\x"), Read("\\a")), "A:E|a"),
+         Row((plat::SetCurrentDirectoryForTest("\\\\s\\v"), Read("\\a")), "U:\\|a"),
+         Row(Read("C:\\" + std::string(255, 'n') + "\\z"), "A:C|" + std::string(255, 'n') + "|z"),
+         Row(Read("C:\\" + std::string(300, 'n') + "\\z"), "A:C|" + std::string(255, 'n') + "|z"),
+         Row(Read("\\\\" + std::string(300, 's') + "\\share\\x"),
+             "U:\\\\" + std::string(251, 's') + "\\s|x"),
+         Row(Read("\\\\srv\\" + std::string(300, 'v')), "U:\\\\srv\\" + std::string(249, 'v')),
+         Row(Describe(alone), "U:\\\\" + std::string(251, 's') + "\\"),
+         Row(MemHandleSize(alone), 4 + 1 + 254)});
 }
 
 // Only the given length is read, and the variable's handle is reused; null text empties an
