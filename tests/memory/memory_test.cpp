@@ -19,22 +19,21 @@ namespace {
 
 using namespace mgtest;
 
+MemZoneCounterSet Counters(bool compact) {
+    MemZoneCounterSet c;
+    compact ? CompactZoneCounters(&c) : MemZoneCounters(&c);
+    return c;
+}
+
 // Counter deltas of one zone across a test step.
 struct CounterDelta {
-    explicit CounterDelta(bool compact) : compact_(compact) { Read(&start_); }
+    bool compact;
+    MemZoneCounterSet start = Counters(compact);
     MemZoneCounterSet Now() const {
-        MemZoneCounterSet now;
-        Read(&now);
-        return {now.handleAllocs - start_.handleAllocs, now.ptrAllocs - start_.ptrAllocs,
-                now.resizes - start_.resizes, now.moves - start_.moves};
+        const MemZoneCounterSet n = Counters(compact);
+        return {n.handleAllocs - start.handleAllocs, n.ptrAllocs - start.ptrAllocs,
+                n.resizes - start.resizes, n.moves - start.moves};
     }
-
-  private:
-    void Read(MemZoneCounterSet* out) const {
-        compact_ ? CompactZoneCounters(out) : MemZoneCounters(out);
-    }
-    bool compact_;
-    MemZoneCounterSet start_;
 };
 
 // The operations both zones share, so that a test can run once per zone.
@@ -90,7 +89,7 @@ TEST_F(MemoryTest, HeaderLayoutAndAccounting) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         const int32_t before = gBytesAllocated;
-        CounterDelta counters(z.compact);
+        CounterDelta counters{z.compact};
         Handle h = z.newHandle(5), empty = z.newClear(0), clear = z.newClear(300);
         ASSERT_TRUE(h && empty && clear);
         const int32_t* words = reinterpret_cast<int32_t*>(*h - z.header);
@@ -133,6 +132,16 @@ TEST_F(MemoryTest, NullNegativeDisposedAndForeignHandles) {
                 Row(MemLockHandle(h), MgBadHandle), Row(MemUnlockHandle(h), MgBadHandle),
                 Row(MemNewHandle(3) == h, 1), Row(MemCheckHandle(h), MgNoError),
                 Row(MemHandleSize(h), 3)});
+    // Locking sets flag bit 0 and keeps the others; a zero-size pointer still has one byte.
+    CounterDelta counters{false};
+    Ptr p = MemNewPtr(0);
+    ASSERT_NE(p, nullptr);
+    p[0] = 1;
+    ExpectRows({Row(MemLockHandle(h), MgNoError), Row(MemHandleFlags(h), 1),
+                Row((MemSetHandleFlags(h, 6), MemLockHandle(h)), MgNoError),
+                Row(MemHandleFlags(h), 7), Row(MemUnlockHandle(h), MgNoError),
+                Row(MemHandleFlags(h), 6), Row(MemIsHandle(h), 1), Row(counters.Now().ptrAllocs, 1),
+                Row(MemCheckPtr(p), MgNoError), Row(MemDisposePtr(p), MgNoError)});
     MemDisposeHandle(h);
     CompactDisposeHandle(c);
 }
@@ -159,7 +168,7 @@ TEST_F(MemoryTest, ResizeCountsAndMoves) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle h = z.newHandle(4);
-        CounterDelta counters(z.compact);
+        CounterDelta counters{z.compact};
         ExpectRows({Row(z.resize(h, 4), MgNoError), Row(counters.Now().resizes, 1),
                     Row(z.resizeClear(h, 4), MgNoError),
                     Row(counters.Now().resizes, z.compact ? 2 : 1), Row(counters.Now().moves, 0),
@@ -169,7 +178,7 @@ TEST_F(MemoryTest, ResizeCountsAndMoves) {
                     Row(z.size(h), 4), Row(counters.Now().resizes, z.compact ? 5 : 2)});
         memset(*h, 0xAB, 4);
         const uint8_t* before = *h;
-        CounterDelta grown(z.compact);
+        CounterDelta grown{z.compact};
         ASSERT_EQ(z.resizeClear(h, 100000), MgNoError);
         EXPECT_EQ(Contents(h, !z.compact), std::string(4, '\xAB') + std::string(99996, '\0'));
         ExpectRows({Row(grown.Now().resizes, 1), Row(grown.Now().moves, *h != before ? 1 : 0),
@@ -177,21 +186,6 @@ TEST_F(MemoryTest, ResizeCountsAndMoves) {
                     Row(z.compact || MemRecoverHandle(*h) == h, 1)});
         z.dispose(h);
     }
-}
-
-// Locking sets flag bit 0 and keeps the others; a zero-size pointer still has one byte.
-TEST_F(MemoryTest, LockFlagsAndPointers) {
-    Handle h = MemNewHandle(1);
-    CounterDelta counters(false);
-    Ptr p = MemNewPtr(0);
-    ASSERT_NE(p, nullptr);
-    p[0] = 1;
-    ExpectRows({Row(MemLockHandle(h), MgNoError), Row(MemHandleFlags(h), 1),
-                Row((MemSetHandleFlags(h, 6), MemLockHandle(h)), MgNoError),
-                Row(MemHandleFlags(h), 7), Row(MemUnlockHandle(h), MgNoError),
-                Row(MemHandleFlags(h), 6), Row(MemIsHandle(h), 1), Row(counters.Now().ptrAllocs, 1),
-                Row(MemCheckPtr(p), MgNoError), Row(MemDisposePtr(p), MgNoError)});
-    MemDisposeHandle(h);
 }
 
 // Making one from bytes always makes a new handle; a copy of null is null.
@@ -249,10 +243,7 @@ TEST_F(MemoryDeathTest, InvalidHandlesAreReported) {
         [&] { CompactDisposeHandle(c); }, [&] { CompactRecoverHandle(*live); },
         [&] { CompactRecoverHandle(nullptr); }, [&] { MemRecoverHandle(*live); },
         // Word 2 names a handle with other bytes.
-        [&] {
-            *reinterpret_cast<Handle*>(*mine - 8) = other;
-            MemRecoverHandle(*mine);
-        }};
+        [&] { *reinterpret_cast<Handle*>(*mine - 8) = other, MemRecoverHandle(*mine); }};
     for (size_t i = 0; i < std::size(calls); ++i)
         EXPECT_EXIT(calls[i](), ::testing::ExitedWithCode(1), "") << i;
     for (Handle x : {other, mine}) MemDisposeHandle(x);
@@ -378,8 +369,7 @@ TEST_F(MemoryTest, DamagedTablesAreFound) {
             << i;
 }
 
-int32_t gCallbackCalls = 0;
-int32_t gLastCallbackSize = 0;
+int32_t gCallbackCalls = 0, gLastCallbackSize = 0;
 // Asks for a retry, except for 9 bytes.
 int32_t RetryUnlessNine(int32_t size, int32_t data) {
     EXPECT_EQ(data, 0);
@@ -409,7 +399,7 @@ TEST_F(MemoryTest, RecordKeepsTheFirstSize) {
 TEST_F(MemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
     const int32_t bytes = gBytesAllocated;
     const int32_t freeMasters = gMainZone->freeMasterCount;
-    CounterDelta counters(false);
+    CounterDelta counters{false};
     ExpectRows({Row((plat::FailAllocationAt(1), MemNewHandle(24)) == nullptr, 1),
                 Row(RecordedSize(), 24), Row(gBytesAllocated - bytes, 24 + 16),
                 Row(gMainZone->freeMasterCount, freeMasters - 1),
@@ -430,7 +420,7 @@ TEST_F(MemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
             memcpy(*h, "keep", 4);
             const uint8_t* bytes = *h;
             const int32_t allocated = gBytesAllocated;
-            CounterDelta counters(z.compact);
+            CounterDelta counters{z.compact};
             plat::FailAllocationAt(1);
             ExpectRows({Row((clear ? z.resizeClear : z.resize)(h, 1000), MgNoMemory),
                         Row(*h == bytes, 1), Row(mgtest::Contents(h, !z.compact), "keep"),
@@ -447,7 +437,7 @@ TEST_F(MemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
 TEST_F(MemoryTest, CallbackAsksForARetry) {
     MemSetGrowCallback(RetryUnlessNine);
     gCallbackCalls = 0;
-    CounterDelta counters(false);
+    CounterDelta counters{false};
     Ptr p = nullptr;
     Handle h = nullptr;
     ExpectRows(
