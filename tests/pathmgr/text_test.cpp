@@ -14,8 +14,7 @@ constexpr int32_t W = PathSyntaxWindows, X = PathSyntaxPosix;
 using namespace mgtest;
 
 struct TextRow {
-    const char* text;
-    const char* path;  // as Describe prints it
+    const char *text, *path;  // the path as Describe prints it
 };
 
 // Every text is read with D:\work as the current directory. The last rows of the Windows
@@ -110,8 +109,7 @@ TEST_F(PathText, PathToText) {
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::Message() << r.in << " " << r.from << " to " << r.to);
         OwnedPath p(Parse(r.in, r.from));
-        EXPECT_EQ(Text(p, r.to), r.out);
-        EXPECT_EQ(PortableText(p), r.portable);
+        EXPECT_EQ(Text(p, r.to) + " " + PortableText(p), std::string(r.out) + " " + r.portable);
         OwnedPath back(Parse(r.out, r.to));
         EXPECT_TRUE(r.from != r.to || FPathSame(p, back));
     }
@@ -154,11 +152,12 @@ TEST_F(PathText, HandleAndBufferForms) {
     for (char* b : {buffer, tooLong}) MemDisposePtr(reinterpret_cast<Ptr>(b));
 }
 
-std::string Native(Path p, int32_t syntax, MgStatus* status) {
+// The status and, when it is 0, the native name: "0 C:\\a".
+std::string Native(Path p, int32_t syntax) {
     char name[FNativeNameBufferSize];
     memset(name, 0x7F, sizeof name);
-    *status = FPathToNativeNameSyntax(p, name, syntax);
-    return *status == MgNoError ? std::string(name) : std::string();
+    const MgStatus status = FPathToNativeNameSyntax(p, name, syntax);
+    return std::to_string(status) + " " + (status == MgNoError ? name : "");
 }
 
 TEST_F(NativeNames, Table) {
@@ -180,9 +179,7 @@ TEST_F(NativeNames, Table) {
     for (const auto& r : rows) {
         SCOPED_TRACE(r.path);
         OwnedPath p(Parse(r.path, r.from));
-        MgStatus status;
-        EXPECT_EQ(Native(p, r.to, &status), r.name);
-        EXPECT_EQ(status, r.status);
+        EXPECT_EQ(Native(p, r.to), std::to_string(r.status) + " " + r.name);
     }
 }
 
@@ -195,9 +192,8 @@ TEST_F(NativeNames, PosixNamesEndAtTheHostLimit) {
         while (int32_t(text.size()) < length)
             text += "/" + std::string(std::min<size_t>(255, length - text.size() - 1), 'n');
         OwnedPath p(Parse(text, X));
-        MgStatus status;
-        EXPECT_EQ(Native(p, X, &status), length == limit ? text : "");
-        EXPECT_EQ(status == MgNoError, length == limit);
+        const std::string got = Native(p, X);
+        EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << got;
     }
 }
 
