@@ -124,9 +124,7 @@ TEST_F(FailureLog, MessagesAndTheirRecords) {
         std::filesystem::remove(path / "Meridax_Failure_Log.txt");
         EXPECT_EXIT(r.report(), ::testing::ExitedWithCode(1),
                     "^" + std::regex_replace(r.message, std::regex("[.$()]"), "\\$&") + "\n$");
-        std::string logged = r.message;
-        for (size_t at = 0; (at = logged.find("\r\n", at)) != std::string::npos; at += crlf.size())
-            logged.replace(at, 2, crlf);
+        const std::string logged = std::regex_replace(r.message, std::regex("\r\n"), crlf);
         EXPECT_NE(Log().find("#Desc: " + logged + crlf + "#RCS: " + r.revision + crlf),
                   std::string::npos)
             << Log();
@@ -175,10 +173,9 @@ TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
     const std::string longDir = (path / std::string(140, 'n') / std::string(140, 'n')).string();
     std::error_code ignored;  // a host may refuse so long a name; the log's name is too long anyway
     std::filesystem::create_directories(longDir, ignored);
-    const std::string shortDir = path.string();
     std::filesystem::create_directory(path / "cwd");
     for (const auto& [tmpDir, failNew] :
-         {std::pair<std::string, int64_t>{longDir, 0}, {shortDir, 2}}) {
+         {std::pair<std::string, int64_t>{longDir, 0}, {path.string(), 2}}) {
         EXPECT_EXIT(
             (std::filesystem::current_path(path / "cwd"),
              plat::SetVariable(TempVariable(), tmpDir.c_str()), plat::FailGlobalNewAt(failNew),
@@ -209,8 +206,8 @@ TEST_F(FailureLog, StackLinesNameFunctionsThatAreNotExported) {
 // log. Where the rename fails (a directory holds the old log's name) the record goes to the
 // end of the log as it is.
 TEST_F(FailureLog, LogBeyondTheBoundBecomesTheOldLog) {
-    const std::filesystem::path log = path / "Meridax_Failure_Log.txt";
-    const std::filesystem::path old = path / "Meridax_Failure_Log.old.txt";
+    const std::filesystem::path log = path / "Meridax_Failure_Log.txt",
+                                old = path / "Meridax_Failure_Log.old.txt";
     const std::string big(5 << 20, 'x');
     for (const bool renamable : {true, false}) {
         std::ofstream(log, std::ios::binary) << big;
@@ -251,10 +248,6 @@ TEST(HostStubs, PrintWriteAndConfig) {
     EXPECT_GT(HostGetModuleFileName(nullptr, name, sizeof name), 0);
 }
 
-void Collect(const char* text, void* context) {
-    *static_cast<std::string*>(context) += text;
-}
-
 // dprintf.txt lies beside the program: this suite's is the only one that writes it.
 const std::filesystem::path kFile = ThisProgram().parent_path() / "dprintf.txt";
 
@@ -285,7 +278,8 @@ class DebugPrintOn : public ::testing::Test {
         std::filesystem::remove_all(kFile);
         gDebugging = 1;
         gDPrintfFileMode = 0;
-        plat::CaptureDebuggerOutput(Collect, &debugger);
+        plat::CaptureDebuggerOutput(
+            [](const char* text, void* to) { *static_cast<std::string*>(to) += text; }, &debugger);
     }
     void TearDown() override {
         plat::CaptureDebuggerOutput(nullptr, nullptr);
@@ -374,9 +368,7 @@ TEST_F(DebugPrintOn, TheFile) {
         DPrintf("c");
         DebugExit();
         EXPECT_TRUE(SlurpFile(renamable ? old : kFile) == full + (renamable ? "" : "b\r\nc\r\n"));
-        if (renamable) {
-            EXPECT_EQ(SlurpFile(kFile), "b\r\nc\r\n");
-        }
+        EXPECT_EQ(renamable ? SlurpFile(kFile) : "b\r\nc\r\n", "b\r\nc\r\n");
     }
     std::filesystem::remove_all(old);
 }
