@@ -26,12 +26,6 @@ struct Cell {
         memcpy(&v, bytes, sizeof v);
         return v;
     }
-    template <typename T>
-    static Cell Of(T v) {
-        Cell c;
-        memcpy(c.bytes, &v, sizeof v);
-        return c;
-    }
 };
 
 // `v`, a number of type `from` (or a Cell holding one), converted to `to` over bytes of 0xAA.
@@ -44,13 +38,6 @@ Cell Conv(NumType from, const T& v, NumType to, int32_t* result = nullptr) {
     return out;
 }
 
-// The stored bits of an integer type, read back as unsigned 64 bits.
-uint64_t StoredBits(NumType t, const Cell& c) {
-    uint64_t bits = 0;  // both hosts are little-endian
-    memcpy(&bits, c.bytes, size_t(NumTypeSize(t)));
-    return bits;
-}
-
 // What a conversion into integer type `t` leaves in a cell of 0xAA bytes: the low bits of its
 // width (1, 2, 4 or 8 bytes by the type's place in the table), then the 0xAA bytes untouched.
 uint64_t Over0xAA(NumType t, uint64_t bits) {
@@ -61,20 +48,18 @@ uint64_t Over0xAA(NumType t, uint64_t bits) {
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
 TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
+    // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
-    const struct { NumType type; Cell cell; uint64_t widened; } limits[] = {
-        {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull}, {NumIB, Cell::Of<int8_t>(127), 127},
-        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
-        {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
-        {NumIL, Cell::Of<int32_t>(-1), ~0ull}, {NumIL, Cell::Of<int32_t>(70000), 70000},
-        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
-        {NumUB, Cell::Of<uint8_t>(255), 255}, {NumUW, Cell::Of<uint16_t>(65535), 65535},
-        {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
-        {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull}};
+    const struct { NumType type; uint64_t bits, widened; } limits[] = {
+        {NumIB, 0x80, 0xFFFFFFFFFFFFFF80ull}, {NumIB, 127, 127},
+        {NumIW, 0x8000, 0xFFFFFFFFFFFF8000ull}, {NumIL, 0x80000000, 0xFFFFFFFF80000000ull},
+        {NumIL, 0xFFFFFFFF, ~0ull}, {NumIL, 70000, 70000},
+        {NumIQ, 0x8000000000000000ull, 0x8000000000000000ull}, {NumUB, 255, 255},
+        {NumUW, 65535, 65535}, {NumUL, 0xFFFFFFFF, 0xFFFFFFFFull}, {NumUQ, ~0ull, ~0ull}};
     // clang-format on
     for (const auto& l : limits)
         for (NumType t = NumIB; t <= NumUQ; ++t)
-            EXPECT_EQ(Conv(l.type, l.cell, t).As<uint64_t>(), Over0xAA(t, l.widened))
+            EXPECT_EQ(Conv(l.type, l.bits, t).As<uint64_t>(), Over0xAA(t, l.widened))
                 << "from " << l.type << " to " << t;
     Cell out = Conv(0x10 | NumIL, int32_t(-2), 0x10 | NumIQ);
     EXPECT_EQ(out.As<int64_t>(), -2);
@@ -103,10 +88,10 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
         {-1, NumUQ, ~0ull, 0}};
     // clang-format on
     for (const auto& c : cases) {
-        Cell out;
-        const int32_t result = NumStore(c.type, out.bytes, ExtendedPair{c.value, 0});
-        EXPECT_EQ(StoredBits(c.type, out), c.bits) << (double)c.value << " as " << c.type;
-        EXPECT_EQ(result, c.result) << (double)c.value << " as " << c.type;
+        uint64_t bits = 0;  // the stored bits, read back as 64 (both hosts are little-endian)
+        const int32_t result = NumStore(c.type, &bits, ExtendedPair{c.value, 0});
+        EXPECT_EQ(std::make_pair(bits, result), std::make_pair(c.bits, c.result))
+            << (double)c.value << " as " << c.type;
     }
 }
 
