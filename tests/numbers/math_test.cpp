@@ -47,7 +47,7 @@ uint64_t Over0xAA(NumType t, uint64_t bits) {
 
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
-TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
+TEST(NumConvert, IntegersStoresFloatsAndComplexParts) {
     // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
     const struct { NumType type; uint64_t bits, widened; } limits[] = {
@@ -61,15 +61,12 @@ TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
         for (NumType t = NumIB; t <= NumUQ; ++t)
             EXPECT_EQ(Conv(l.type, l.bits, t).As<uint64_t>(), Over0xAA(t, l.widened))
                 << "from " << l.type << " to " << t;
-    Cell out = Conv(0x10 | NumIL, int32_t(-2), 0x10 | NumIQ);
-    EXPECT_EQ(out.As<int64_t>(), -2);
+    Cell wide = Conv(0x10 | NumIL, int32_t(-2), 0x10 | NumIQ);
+    EXPECT_EQ(wide.As<int64_t>(), -2);
     // Type 0 or above 30 is a failure.
-    EXPECT_EXIT(NumConvert(0, out.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(NumConvert(NumIL, out.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
-}
-
-// Saturation, ties to even, and the integer indefinite (with result 0) by the table.
-TEST(NumStore, SaturatesAndRoundsByTheTable) {
+    EXPECT_EXIT(NumConvert(0, wide.bytes, NumIL, wide.bytes), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(NumConvert(NumIL, wide.bytes, 31, wide.bytes), testing::ExitedWithCode(1), "");
+    // Saturation, ties to even, and the integer indefinite (with result 0) by the table.
     const long double inf = INFINITY, nan = NAN;
     const uint64_t min64 = 0x8000000000000000ull;
     // clang-format off
@@ -93,13 +90,10 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
         EXPECT_EQ(std::make_pair(bits, result), std::make_pair(c.bits, c.result))
             << (double)c.value << " as " << c.type;
     }
-}
-
-// Every float type's largest value saturates each integer type the same way. Float widths:
-// infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
-// largest uQ exactly, both ways. Complex parts. Extended takes 10 bytes and its complex pair
-// 20 until the host sets its size; types 0 and 15 take none.
-TEST(NumConvert, FloatsAndComplexParts) {
+    // Every float type's largest value saturates each integer type the same way. Float widths:
+    // infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
+    // largest uQ exactly, both ways. Complex parts. Extended takes 10 bytes and its complex pair
+    // 20 until the host sets its size; types 0 and 15 take none.
     Cell out, big;
     int32_t result = -1;
     const float cs[2] = {1.5f, -4.0f};
@@ -161,7 +155,7 @@ bool SameOrBothNaN(long double a, long double b) {
 }
 
 // What each call gave and what it should give.
-TEST(Kernel, EdgeValues) {
+TEST(Kernel, EdgesLibraryPolarAndComplex) {
     // clang-format off
     const long double rows[][2] = {
         {ExpTwoMinusOne(-kInf), -1}, {ExpTwoMinusOne(kInf), kInf}, {ExpTwoMinusOne(-0.0L), -0.0L},
@@ -178,11 +172,8 @@ TEST(Kernel, EdgeValues) {
     for (size_t i = 0; i < std::size(rows); ++i)
         EXPECT_TRUE(SameOrBothNaN(rows[i][0], rows[i][1]))
             << "row " << i << ": " << (double)rows[i][0];
-}
-
-// Small arguments keep their digits: the whole point of the 1 + x forms. Powers agree with
-// powl.
-TEST(Kernel, AgreesWithTheLibrary) {
+    // Small arguments keep their digits: the whole point of the 1 + x forms. Powers agree with
+    // powl.
     for (long double x : {1e-30L, -3e-25L, 2e-19L}) {
         const long double ratios[] = {
             HyperSine(x) / x,    HyperTangent(x) / x,
@@ -194,11 +185,8 @@ TEST(Kernel, AgreesWithTheLibrary) {
         for (long double y : {-3.5L, -1.0L, 0.25L, 2.0L, 17.0L})
             EXPECT_NEAR((double)(PowerReal(x, y) / powl(x, y) - 1), 0, 1e-16)
                 << (double)x << "^" << (double)y;
-}
-
-// Rectangular to polar and back: NaN spreads, infinity at angle 0 has no NaN part (not
-// inf * 0), and nothing is left on the unit's stack.
-TEST(Polar, SpecialCases) {
+    // Rectangular to polar and back: NaN spreads, infinity at angle 0 has no NaN part (not
+    // inf * 0), and nothing is left on the unit's stack.
     const long double pi = 3.14159265358979323846264338327950288L;
     // clang-format off
     const long double toPolar[][4] = {
@@ -216,9 +204,6 @@ TEST(Polar, SpecialCases) {
     PolarToRectangular(2, pi / 6, &re2, &im2);
     EXPECT_TRUE(re == kInf && im == 0 && fabsl(re2 - sqrtl(3)) < 1e-15 && fabsl(im2 - 1) < 1e-15);
     EXPECT_EQ(FloatStateProbe(), 1);
-}
-
-TEST(Complex, AgreesWithStdComplex) {
     using C = std::complex<long double>;
     for (const C& z : {C(0.5L, 0.25L), C(-1.5L, 2), C(3, -0.75L), C(-0.2L, -0.9L), C(2, 0.1L)}) {
         const ExtendedPair e{z.real(), z.imag()};

@@ -42,7 +42,7 @@ std::string D(double v, int32_t code, int32_t outSize = 256) {
     return Text(&v, NumFD, code, outSize);
 }
 
-TEST(NumToText, IntegerCodes) {
+TEST(NumToText, CodesAndBufferLimits) {
     // Type word above 30: the signed route. 64-bit types give their low 32 bits.
     // clang-format off
     const struct { NumType type; uint64_t bits; int32_t code; const char* text; } cases[] = {
@@ -86,13 +86,10 @@ TEST(NumToText, IntegerCodes) {
         {NAN, 102, "NaN"}};
     // clang-format on
     for (const auto& c : floats) EXPECT_EQ(D(c.value, c.code), c.text) << c.value << " " << c.code;
-}
-
-// Code 80 reaches the exponent form, with 17 digits and zeros after them. The buffer limits the
-// digits: a code above size - 8 is cut, and the writer cuts the digits without rounding them
-// again; a fixed form that would not fit gives way to the exponent form, then to the buffer.
-// Other types widen through Extended; the reserved forms store nothing for real numbers.
-TEST(NumToText, CodesWithoutABranchAndBufferLimits) {
+    // Code 80 reaches the exponent form, with 17 digits and zeros after them. The buffer limits the
+    // digits: a code above size - 8 is cut, and the writer cuts the digits without rounding them
+    // again; a fixed form that would not fit gives way to the exponent form, then to the buffer.
+    // Other types widen through Extended; the reserved forms store nothing for real numbers.
     int32_t i = -42;
     float f = 0.1f;
     double d = 1;
@@ -107,10 +104,17 @@ TEST(NumToText, CodesWithoutABranchAndBufferLimits) {
                 Row(Text(&d, NumFD, -3, 256, nullptr, ','), "1,000")});
 }
 
+std::string Dec(long double x, int32_t digits) {
+    DecimalNumber d;
+    memset(&d, 0xAA, sizeof d);
+    ExtendedToDecimal(x, digits, &d);
+    return DecimalFields(d);
+}
+
 // The digits 2 and 5 (52 * 10^exponent). Below -4915 the number prints as zero; digits beyond
 // the last stored one are zeros; the writer doesn't round; places may end before the first
 // digit; e = 61 does not fit 64 - 4: the exponent form with one digit.
-TEST(DecimalToText, WriterCases) {
+TEST(DecimalForm, WriterCorrectionsAndTable) {
     // clang-format off
     const struct { int16_t exponent; bool negative; int32_t code; std::string text; } cases[] = {
         {-4920, true, 3, "0.00E+0"}, {0, true, -3, "-52.000"}, {0, true, 5, "-5.2000E+1"},
@@ -126,26 +130,16 @@ TEST(DecimalToText, WriterCases) {
     // A nibble above nine is a failure.
     DecimalNumber bad{{0x0C}, 0, 0, 0};
     EXPECT_EXIT(DecimalToText(&bad, 3, out, 32, '.'), testing::ExitedWithCode(1), "");
-}
-
-std::string Dec(long double x, int32_t digits) {
-    DecimalNumber d;
-    memset(&d, 0xAA, sizeof d);
-    ExtendedToDecimal(x, digits, &d);
-    return DecimalFields(d);
-}
-
-// A carry out of the leading digit for odd and even indexes clears every digit, the 1 of 100
-// too; an overflow of the 18-digit store clears all digits and puts a 1 in the leading nibble;
-// with one digit wanted its low nibble alone counts; what is rounded off below the wanted
-// places leaves a 9 that the writer never shows.
-// Infinity keeps its sign, NaN does not. The store holds 18 digits: asking for more gives
-// those 18, and the places asked of a fixed form may be anything.
-// Bytes the unit never produces: an unnormal (top mantissa bit clear under a nonzero
-// exponent) is an invalid operand and converts as NaN; a pseudo-infinity stays infinity.
-TEST(ExtendedToDecimal, CorrectionCases) {
+    // A carry out of the leading digit for odd and even indexes clears every digit, the 1 of 100
+    // too; an overflow of the 18-digit store clears all digits and puts a 1 in the leading nibble;
+    // with one digit wanted its low nibble alone counts; what is rounded off below the wanted
+    // places leaves a 9 that the writer never shows.
+    // Infinity keeps its sign, NaN does not. The store holds 18 digits: asking for more gives
+    // those 18, and the places asked of a fixed form may be anything.
+    // Bytes the unit never produces: an unnormal (top mantissa bit clear under a nonzero
+    // exponent) is an invalid operand and converts as NaN; a pseudo-infinity stays infinity.
     // clang-format off
-    const struct { long double x; int32_t digits; const char* fields; } cases[] = {
+    const struct { long double x; int32_t digits; const char* fields; } fields[] = {
         {9.96L, 2, "0|0|1|100000000000000000"},
         {-999999999999999999.6L, 0, "80|1|17|000000000000000010"},
         {0.004L, -2, "0|-3|0|090000000000000000"}, {-INFINITY, 5, "80|32767|0|000000000000000000"},
@@ -155,7 +149,7 @@ TEST(ExtendedToDecimal, CorrectionCases) {
         negativeUnnormal[10] = {1, 0, 0, 0, 0, 0, 0, 0, 0x00, 0xC0},
         pseudoInfinity[10] = {0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
     // clang-format on
-    for (const auto& c : cases) EXPECT_EQ(Dec(c.x, c.digits), c.fields) << (double)c.x;
+    for (const auto& c : fields) EXPECT_EQ(Dec(c.x, c.digits), c.fields) << (double)c.x;
     ExpectRows({Row(Dec(99.6L, 1).erase(6, 1).substr(0, 7), "0|2|0|1"),
                 Row(Dec(1.0L / 3, 19), Dec(1.0L / 3, 18)),
                 Row(Dec(1.0L / 3, 1000), Dec(1.0L / 3, 18)),
@@ -164,10 +158,7 @@ TEST(ExtendedToDecimal, CorrectionCases) {
                 Row(Dec(0.0L, INT32_MIN).substr(8, 2), "00"), Row(Text(unnormal, NumFX, 5), "NaN"),
                 Row(Text(negativeUnnormal, NumFX, -3), "NaN"),
                 Row(Text(pseudoInfinity, NumFX, 5), "-Inf")});
-}
-
-// Past the table: infinity, or zero for small exponents and zero digits.
-TEST(DecimalToExtended, TableAndSpecials) {
+    // Past the table: infinity, or zero for small exponents and zero digits.
     PowerOfTenTableFill();
     auto value = [](int16_t exponent, uint8_t digits, uint8_t sign = 0) {
         DecimalNumber d{{digits}, sign, exponent, 0};
@@ -185,7 +176,7 @@ TEST(DecimalToExtended, TableAndSpecials) {
 // A prefix exponent pointer takes the number's exponent out of the text; 100 counts as not
 // given, and SI yields to engineering without it. A prefix exponent given by the caller adds
 // to the number's; at the limits the sum wraps in 32 bits.
-TEST(Notation, PrefixExponent) {
+TEST(NumToText, PrefixExponentComplexAndInt32) {
     const double v = 12345.678, big = 1e30, v1500 = 1500, one = 1;
     int32_t prefix = 0;
     auto text = [&](const double& x, int32_t code, int32_t start) {
@@ -198,24 +189,18 @@ TEST(Notation, PrefixExponent) {
                 Row(text(v1500, 101, 3), "1.5"), Row(prefix, 6),
                 Row(text(v1500, 133, INT32_MAX), "1.50E-2147483646"), Row(prefix, 0),
                 Row(text(one, 133, INT32_MIN), "10.00E+2147483647")});
-}
-
-// The first part of a complex number takes at most half the buffer.
-TEST(NumToText, Complex) {
+    // The first part of a complex number takes at most half the buffer.
     const double z[] = {1.5, 2.5, 1.5, -2.5, 1.5, NAN, 0, 2, 1.25, -3, 1.0 / 3, 2.0 / 3};
     float s[2] = {1500, 2500};
-    int32_t prefix = 0;
+    int32_t pre = 0;
     ExpectRows(
         {Row(Text(nullptr, NumCD, 5), "0 + 0i"), Row(Text(z, NumCD, 2), "1.5E+0 +2.5E+0 i"),
          Row(Text(z + 2, NumCD, 2), "1.5E+0 -2.5E+0 i"), Row(Text(z + 4, NumCD, -1), "1.5 +NaN i"),
          Row(Text(z + 6, NumCD, -102), "2.00 arg 1.57"), Row(Text(z + 8, NumCD, 201), "1.2 -3.0 i"),
          Row(Text(z + 8, NumCD, 514), "1.25 -3.00 i"), Row(Text(s, NumCS, 101), "1.5k +2.5k i"),
-         Row(Text(s, NumCS, 101, 256, &prefix), "1.5 +2.5 i"), Row(prefix, 3),
-         Row((s[1] = 2.5f, prefix = 0, Text(s, NumCS, 101, 256, &prefix)), "1.5k +2.5 i"),
-         Row(prefix, 0), Row(Text(z + 10, NumCD, 8, 24), "3.333E-1 +6.666E-1 i")});
-}
-
-TEST(NumToInt32, ReadsAndConversions) {
+         Row(Text(s, NumCS, 101, 256, &pre), "1.5 +2.5 i"), Row(pre, 3),
+         Row((s[1] = 2.5f, pre = 0, Text(s, NumCS, 101, 256, &pre)), "1.5k +2.5 i"), Row(pre, 0),
+         Row(Text(z + 10, NumCD, 8, 24), "3.333E-1 +6.666E-1 i")});
     const uint64_t q = 0xFFFFFFFF80000001ull;
     const int8_t b = -5;
     const uint16_t w = 65535;
@@ -227,9 +212,16 @@ TEST(NumToInt32, ReadsAndConversions) {
                 Row(NumToInt32(NumFD, d + 1), -8), Row(NumToInt32(NumIL, nullptr), 0)});
 }
 
+// The result and the scanned form. Empty text has no digit count worth a check.
+std::string Scanned(const char* text) {
+    DecimalNumber d;
+    const int32_t result = ScanDecimal(text, (int32_t)strlen(text), &d, '.');
+    return std::to_string(result) + "|" + DecimalFields(d);
+}
+
 // A leading blank is junk: the number stands, the scan is invalid. The 19th digit is dropped.
 // A blank ends the digits before their place is known.
-TEST(ScanDecimal, Grammar) {
+TEST(ScanDecimal, GrammarFieldsAndEnds) {
     const long double inf = INFINITY;
     // clang-format off
     const struct { const char* text; char mark; long double value; int32_t result; } cases[] = {
@@ -247,19 +239,9 @@ TEST(ScanDecimal, Grammar) {
         EXPECT_EQ(ScanDecimal(c.text, (int32_t)strlen(c.text), &d, c.mark), c.result) << c.text;
         EXPECT_EQ((double)DecimalToExtended(&d), (double)c.value) << c.text;
     }
-}
-
-// The result and the scanned form. Empty text has no digit count worth a check.
-std::string Scanned(const char* text) {
-    DecimalNumber d;
-    const int32_t result = ScanDecimal(text, (int32_t)strlen(text), &d, '.');
-    return std::to_string(result) + "|" + DecimalFields(d);
-}
-
-// Four exponent digits are read, the rest is never looked at. The digit count stands in
-// mdigits; 18 digits fill the nine bytes. A sign and then junk ends with no value but keeps
-// the sign.
-TEST(ScanDecimal, FieldsOfSpecialAndLongTexts) {
+    // Four exponent digits are read, the rest is never looked at. The digit count stands in
+    // mdigits; 18 digits fill the nine bytes. A sign and then junk ends with no value but keeps
+    // the sign.
     ExpectRows({Row(Scanned("").erase(6, 2), "0|0|0|000000000000000000"),
                 Row(Scanned("NaN").substr(0, 10), "1|0|32766|"),
                 Row(Scanned("-nan").substr(0, 4), "1|80"),
@@ -267,23 +249,20 @@ TEST(ScanDecimal, FieldsOfSpecialAndLongTexts) {
                 Row(Scanned("123456789012345678"), "1|0|0|18|785634129078563412"),
                 Row(Scanned("1234567890123456789").substr(0, 6), "1|0|1|"),
                 Row(Scanned("-x").substr(0, 4), "0|80")});
-}
-
-TEST(FindNumberEnd, Ends) {
     // clang-format off
-    const struct { const char* text; char mark; int32_t end; } cases[] = {
+    const struct { const char* text; char mark; int32_t end; } ends[] = {
         {"  -12.5e+3xyz", '.', 10}, {"12e", '.', 2}, {"12e+", '.', 2}, {"12 e5", '.', 2},
         {"1e 5", '.', 4}, {"1e - 5", '.', 6}, {"-inf", '.', 4}, {"-nan", '.', 0}, {"nan", '.', 3},
         {" NaNx", '.', 4}, {".5", '.', 2}, {".", '.', 0}, {"abc", '.', 0}, {"1,5", ',', 3},
         {"1.5", ',', 1}, {"", '.', 0}};
     // clang-format on
-    for (const auto& c : cases)
+    for (const auto& c : ends)
         EXPECT_EQ(FindNumberEnd(c.text, (int32_t)strlen(c.text), c.mark) - c.text, c.end) << c.text;
 }
 
 // No sign is taken by the unsigned scanner; a saturated 0xFFFFFFFF reads as negative (255 for
 // uB); in hex the sign applies after the saturation.
-TEST(IntegerScanners, SaturationAndPositions) {
+TEST(IntegerScanners, SaturationPositionsAndStores) {
     using Scanner = int32_t (*)(const char**, int32_t, NumType);
     const Scanner I = ScanInt, U = ScanUInt, H = ScanHex, O = ScanOctal, B = ScanBinary;
     // clang-format off
@@ -306,24 +285,18 @@ TEST(IntegerScanners, SaturationAndPositions) {
         EXPECT_EQ(c.scan(&p, (int32_t)strlen(c.text), c.type), c.value) << c.text << " " << c.type;
         EXPECT_EQ(p - c.text, c.used) << c.text;
     }
-}
-
-TEST(IntegerScanners, SaturateToTypeModes) {
     // clang-format off
-    const struct { int32_t value; NumType type; int32_t fromUnsigned, clamp, want; } cases[] = {
+    const struct { int32_t value; NumType type; int32_t fromUnsigned, clamp, want; } modes[] = {
         {-129, NumIB, 0, 1, -128}, {200, NumIB, 1, 0, 127}, {127, NumIB, 1, 0, 127},
         {-1, NumIB, 1, 0, 127}, {40000, NumIW, 0, 0, 32767}, {0x7FFF, NumIW, 1, 0, 0x7FFF},
         {-1, NumUB, 0, 1, 0}, {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255},
         {-1, NumUW, 0, 0, 65535}, {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7}};
     // clang-format on
-    for (const auto& c : cases)
+    for (const auto& c : modes)
         EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clamp), c.want)
             << c.value << " " << c.type;
-}
-
-// Stores in the type's width and leaves the rest; a text that isn't a number stores nothing. A
-// 32-bit value sign-extends into both 64-bit types.
-TEST(ScanNumberText, StoresInTheTypesWidth) {
+    // Stores in the type's width and leaves the rest; a text that isn't a number stores nothing. A
+    // 32-bit value sign-extends into both 64-bit types.
     uint64_t out = 0xAAAAAAAAAAAAAAAAull;
     double d = 0;
     ExpectRows({Row(ScanNumberText("  42  ", 6, NumIL, &out, 64), 1),
@@ -342,7 +315,7 @@ TEST(ScanNumberText, StoresInTheTypesWidth) {
 
 // A prefix ends after its letter and the blanks before it, never with more text behind; a
 // later prefix too. The expansion needs the length + 4.
-TEST(SIPrefixes, PrePass) {
+TEST(ScanFloat, PrefixesValuesAndPositions) {
     char out[64];
     auto end = [](const char* text) {
         return FindPrefixEnd(text, (int32_t)strlen(text), '.') - text;
@@ -356,11 +329,8 @@ TEST(SIPrefixes, PrePass) {
          Row(ExpandPrefix("1.5k", 4, out, 7, '.'), 0), Row(ExpandPrefix("1.5", 3, out, 64, '.'), 0),
          Row(ExpandPrefix("1.5kk", 5, out, 64, '.'), 0),
          Row(ExpandPrefix("k", 1, out, 64, '.'), 0)});
-}
-
-// With prefixes asked (bit 16 of the type); integers through the float scan round and
-// saturate. A null destination only scans; the system mark is taken when asked, or a given one.
-TEST(ScanFloat, ValuesAndPositions) {
+    // With prefixes asked (bit 16 of the type); integers through the float scan round and
+    // saturate. A null destination only scans; the system mark is taken when asked, or a given one.
     const int32_t P = 1 << 16;
     // clang-format off
     const struct { const char* text; NumType type; double value; int32_t used; } cases[] = {
