@@ -38,7 +38,7 @@ const std::vector<TextRow> kPosixRows = {
     {"C:/x", "R:C:|x"}, {"/...", "A:..."}};
 // clang-format on
 
-TEST_F(PathText, TextToPath) {
+TEST_F(PathText, TextToPathDrivesAndLongNames) {
     for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
         for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
             SCOPED_TRACE(testing::Message() << r.text << " in syntax " << syntax);
@@ -50,11 +50,8 @@ TEST_F(PathText, TextToPath) {
     // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
     OwnedPath cut(Parse(std::string(1, '/').append(256, 'x'), PathSyntaxPosix));
     EXPECT_EQ(Describe(cut), "A:" + std::string(255, 'x'));
-}
-
-// The current drive is the first byte of the directory, upper-cased; on a share the volume is
-// the backslash itself, which makes the path a network one.
-TEST_F(PathText, CurrentDriveAndLongNames) {
+    // The current drive is the first byte of the directory, upper-cased; on a share the volume is
+    // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
     // shrinks to what the server leaves, and a long server with no share stores what it counts.
     OwnedPath alone(Parse("\\\\" + std::string(300, 's')));
@@ -72,7 +69,7 @@ TEST_F(PathText, CurrentDriveAndLongNames) {
 
 // Only the given length is read, and the variable's handle is reused; null text empties an
 // existing path and leaves an empty variable empty; a count must fit the path's 16 bits.
-TEST_F(PathText, LengthsVariablesAndDepth) {
+TEST_F(PathText, LengthsVariablesDepthAndPathToText) {
     const uint8_t* text = reinterpret_cast<const uint8_t*>("C:\\abc\\def");
     OwnedPath p, q(Parse("a\\b")), r(Parse("a"));
     Path none = nullptr, before = nullptr, fails = nullptr;
@@ -92,10 +89,7 @@ TEST_F(PathText, LengthsVariablesAndDepth) {
     EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(deep.data()),
                                 static_cast<int32_t>(deep.size()), &deepest.p, PathSyntaxPosix),
               MgBadArgument);
-}
-
-// A path's text in a syntax, and its portable text; the text reads back as the same path.
-TEST_F(PathText, PathToText) {
+    // A path's text in a syntax, and its portable text; the text reads back as the same path.
     // clang-format off
     const struct { const char* in; int32_t from, to; const char *out, *portable; } rows[] = {
         {"C:", W, W, "C:\\", "/C"}, {"C:\\a", W, W, "C:\\a", "/C/a"},
@@ -117,7 +111,7 @@ TEST_F(PathText, PathToText) {
 
 // No path writes nothing and leaves the length; a corrupt one is refused; a network path with
 // no names measures one byte of portable text and writes none.
-TEST_F(PathText, NotAPathAndNullTexts) {
+TEST_F(PathText, NullTextsHandlesAndBuffers) {
     uint8_t mem[64] = {};
     auto* l = reinterpret_cast<LStr*>(mem);
     OwnedPath none(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
@@ -130,11 +124,8 @@ TEST_F(PathText, NotAPathAndNullTexts) {
                 Row(FPathTextInto(corrupt, l), MgBadArgument),
                 Row((l->count = -1, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 1),
                 Row((l->count = 0, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 0)});
-}
-
-// Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
-// handle.
-TEST_F(PathText, HandleAndBufferForms) {
+    // Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
+    // handle.
     OwnedPath p(Parse("/x/yz", PathSyntaxPosix));
     OwnedPath longer(FBuildPath(nullptr, PathKindRelative, P(std::string(200, 'a')).b,
                                 P(std::string(100, 'b')).b, nullptr));
@@ -160,7 +151,7 @@ std::string Native(Path p, int32_t syntax) {
     return std::to_string(status) + " " + (status == MgNoError ? name : "");
 }
 
-TEST_F(NativeNames, Table) {
+TEST_F(NativeNames, TableLimitsAndNameChecks) {
     // Text in the `from` syntax, the status, and the native name when it is 0. No shares in
     // POSIX names, nor a name holding '/' (which only Windows text makes).
     const MgStatus ok = MgNoError, bad = MgBadArgument;
@@ -176,15 +167,11 @@ TEST_F(NativeNames, Table) {
         {"/a/con", X, X, ok, "/a/con"}, {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""},
         {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""}, {"C:\\a/b", W, X, bad, ""}};
     // clang-format on
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.path);
-        OwnedPath p(Parse(r.path, r.from));
-        EXPECT_EQ(Native(p, r.to), std::to_string(r.status) + " " + r.name);
-    }
-}
-
-// POSIX names take 255-byte components whole, up to the host's longest name and no further.
-TEST_F(NativeNames, PosixNamesEndAtTheHostLimit) {
+    for (const auto& r : rows)
+        EXPECT_EQ(Native(OwnedPath(Parse(r.path, r.from)), r.to),
+                  std::to_string(r.status) + " " + r.name)
+            << r.path;
+    // POSIX names take 255-byte components whole, up to the host's longest name and no further.
     const int32_t limit = std::min<int32_t>(plat::NativeNameMax(), FNativeNameBufferSize - 1);
     for (int32_t length : {limit, limit + 1}) {
         SCOPED_TRACE(length);
@@ -195,13 +182,10 @@ TEST_F(NativeNames, PosixNamesEndAtTheHostLimit) {
         const std::string got = Native(p, X);
         EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << got;
     }
-}
-
-// "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
-// status is whatever the host's last error maps to, and the text is cut there. A 200-byte name
-// reads as a negative length: nothing of it is copied, and the walk goes on one byte further,
-// inside its text.
-TEST_F(NativeNames, WindowsLengthLimitIs260) {
+    // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
+    // status is whatever the host's last error maps to, and the text is cut there. A 200-byte name
+    // reads as a negative length: nothing of it is copied, and the walk goes on one byte further,
+    // inside its text.
     const std::string dirs = "C:\\" + std::string(100, 'a') + "\\" + std::string(100, 'b');
     char name[FNativeNameBufferSize];
     for (int last : {55, 56}) {
@@ -213,12 +197,9 @@ TEST_F(NativeNames, WindowsLengthLimitIs260) {
     EXPECT_TRUE(FPathToNativeNameSyntax(p, name, W) == MgNoError && std::string(name) == "C:\\");
     for (int i = 0; i < 300; ++i) FAppendName(many, P(std::string(130, 'y')).b);
     EXPECT_TRUE(FPathToNativeNameSyntax(many, name, W) != MgNoError || strlen(name) <= 260);
-}
-
-TEST_F(NativeNames, CheckNameAndNewName) {
     const int32_t B = NameBadCharacter, D = NameReservedDevice, T = NameTrailingDot;
     // clang-format off
-    const struct { std::string name; int32_t syntax, flags; const char* found; } rows[] = {
+    const struct { std::string name; int32_t syntax, flags; const char* found; } names[] = {
         {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
         {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""},
         {"COM10", W, 0, ""}, {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""},
@@ -226,7 +207,7 @@ TEST_F(NativeNames, CheckNameAndNewName) {
         {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""}, {"a/b/", X, B, "//"},
         {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : names) {
         SCOPED_TRACE(r.name);
         char found[256] = {}, extra[256] = {};
         // The second output is optional; POSIX rows leave it out.

@@ -18,7 +18,7 @@ Path Raw(int16_t kind, std::vector<std::string> names = {}) {
     return NewHandleOf(bytes);
 }
 
-TEST_F(PathValues, ValidityTests) {
+TEST_F(PathValues, ValidityConstructionAndComponents) {
     // clang-format off
     const struct { int16_t kind, count; int valid, usable, rooted; } rows[] = {
         {0, 0, 1, 1, 1}, {1, 0, 1, 1, 0}, {3, 0, 1, 1, 1}, {2, 0, 1, 0, 0}, {2, -5, 1, 0, 0},
@@ -34,14 +34,11 @@ TEST_F(PathValues, ValidityTests) {
             << "kind " << r.kind << " count " << r.count;
     }
     EXPECT_TRUE(!FPathValid(nullptr) && FPathDepth(nullptr) == -1);
-    OwnedPath bad(Raw(5));
-    EXPECT_DEATH(FPathByteSize(bad), "");
-}
-
-// An absolute path can't start one level up: the path passed in is released. A negative index
-// reads the first name; appending an up-level name to a relative path doesn't normalise it; a
-// failed growth leaves the path.
-TEST_F(PathValues, ConstructionAndComponents) {
+    OwnedPath kind5(Raw(5));
+    EXPECT_DEATH(FPathByteSize(kind5), "");
+    // An absolute path can't start one level up: the path passed in is released. A negative index
+    // reads the first name; appending an up-level name to a relative path doesn't normalise it; a
+    // failed growth leaves the path.
     OwnedPath p(Parse("C:\\alpha\\beta")), bad(Raw(7)), q(Parse("C:\\one\\two")), rel(Parse("a"));
     Path var = p;
     ASSERT_EQ(FPathClone(&var), MgNoError);
@@ -73,7 +70,7 @@ TEST_F(PathValues, ConstructionAndComponents) {
 
 // Where names have no volume, an absolute path's root is "/", the path with no names. The
 // root is also taken in place.
-TEST_F(PathValues, DirNameAndRoot) {
+TEST_F(PathValues, DirNameRootAndNormalise) {
     const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     // clang-format off
     const struct { const char *text, *parent, *root, *posixRoot; } rows[] = {
@@ -92,17 +89,14 @@ TEST_F(PathValues, DirNameAndRoot) {
                     Row(After(FRootOf(p, root), root), want),
                     Row(After(FRootOf(p, p), p), inPlace)});
     }
-}
-
-// Windows rules let a rooted path climb out of its volume and turn relative; under POSIX
-// rules the root is its own parent. The host's normalisation follows the host's syntax. A
-// count that runs past the block: the missing components read as up-level components that
-// take no bytes, collapse names like any other and, when left over, stay counted with the
-// bytes of the first of them.
-TEST_F(PathValues, Normalise) {
+    // Windows rules let a rooted path climb out of its volume and turn relative; under POSIX
+    // rules the root is its own parent. The host's normalisation follows the host's syntax. A
+    // count that runs past the block: the missing components read as up-level components that
+    // take no bytes, collapse names like any other and, when left over, stay counted with the
+    // bytes of the first of them.
     // clang-format off
     const struct { int16_t kind; std::vector<std::string> names; const char *windows, *posix; }
-    rows[] = {
+    norms[] = {
         {1, {"a", "b", "", "", "", "c"}, "R:..|c", "R:..|c"}, {0, {"C", ""}, "A:", "A:"},
         {0, {"C", "", "x"}, "A:x", "A:x"}, {0, {"C", "", "", "x"}, "R:..|x", "A:x"},
         {0, {"", "", "a", "", "b"}, "R:..|..|b", "A:b"},
@@ -114,7 +108,7 @@ TEST_F(PathValues, Normalise) {
         {{"a", "b"}, 3, "", 1, std::string("\1a", 2)}, {{"a", "b"}, 5, "", 1, ""},
         {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : norms) {
         for (int32_t syntax : {int32_t(PathSyntaxWindows), int32_t(PathSyntaxPosix), -1}) {
             OwnedPath p(Raw(r.kind, r.names));
             const bool posix =
@@ -139,7 +133,7 @@ TEST_F(PathValues, Normalise) {
 // The volume goes like any name; one more level climbs out of the volumes (on POSIX hosts
 // nothing climbs above the root, and text, joins and relative paths agree). A path joins onto
 // itself; a rooted operand joins only onto the empty path.
-TEST_F(PathValues, RelativeFromAndJoin) {
+TEST_F(PathValues, RelativeJoinCompareTrimAndOrder) {
     // clang-format off
     const struct { const char *base, *target, *rel; } rows[] = {
         {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"},
@@ -170,20 +164,17 @@ TEST_F(PathValues, RelativeFromAndJoin) {
         ExpectRows({Row(After(FPathJoin(a, up, out), out), "0 A:b"), Row(FPathSame(out, b), 1),
                     Row(After(FPathRelativeFrom(a, b, out), out), "0 R:..|b")});
     }
-}
-
-// Paths compare without regard to case; trimming keeps the common part; no path orders with
-// any other no path, and before a path.
-TEST_F(PathValues, CompareTrimAndOrder) {
+    // Paths compare without regard to case; trimming keeps the common part; no path orders with
+    // any other no path, and before a path.
     // clang-format off
     const struct { const char *a, *b; int32_t difference; int order; const char* trimmed; }
-    rows[] = {
+    compares[] = {
         {"C:\\a", "c:\\A", 0, 0, "A:C|a"}, {"C:\\a", "C:\\a\\b", 3, -1, "A:C|a"},
         {"C:\\a\\b", "C:\\a", 3, 1, "A:C|a"}, {"C:\\a", "a", -1, -1, "A:"},
         {"C:\\a\\b", "C:\\A\\c", 3, -1, "A:C|a"}, {"C:\\b", "\\\\s\\v", -1, 1, "A:"},
         {"C:\\z", "D:\\a", 1, -1, "A:"}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : compares) {
         SCOPED_TRACE(std::string(r.a) + " vs " + r.b);
         OwnedPath a(Parse(r.a)), b(Parse(r.b));
         const int order = FPathOrder(a, b);
@@ -210,7 +201,7 @@ Bytes Flatten(Path p) {
 
 // "PTH0", the size, kind and count big-endian, then the names; unswapped, the fields keep the
 // host's order.
-TEST_F(FlatPaths, FlattenedBytes) {
+TEST_F(FlatPaths, BytesNullFormFailuresAndOldForm) {
     OwnedPath a(Parse("C:\\a")), empty(FEmptyPath(nullptr)), unc(Parse("\\\\s\\v"));
     EXPECT_EQ(Flatten(a), (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 1, 'a'}));
     EXPECT_EQ(Flatten(empty), (Bytes{'P', 'T', 'H', '0', 0, 0, 0, 4, 0, 0, 0, 0}));
@@ -220,11 +211,8 @@ TEST_F(FlatPaths, FlattenedBytes) {
     const int16_t fields[4] = {8, 0, 0, 2};  // size 8 as a little-endian word, kind, count
     uint8_t host[16];
     EXPECT_TRUE(FPathFlattenOrder(a, host, 0) == 16 && memcmp(host + 4, &fields, 8) == 0);
-}
-
-// The null form reads back as no path; its size query says 8, and 8 bytes are enough to read
-// it. A failure gives the bytes available plus one.
-TEST_F(FlatPaths, NullFormAndFailures) {
+    // The null form reads back as no path; its size query says 8, and 8 bytes are enough to read
+    // it. A failure gives the bytes available plus one.
     const Bytes null = Flatten(nullptr), flat = Flatten(OwnedPath(Parse("C:\\a")));
     Path var = nullptr;
     OwnedPath existing(Parse("C:\\a")), out;
@@ -239,24 +227,20 @@ TEST_F(FlatPaths, NullFormAndFailures) {
     ExpectRows({Row(FPathUnflattenOrder(flat.data(), &out.p, 16, 1), 16),
                 Row((plat::FailAllocationAt(1), FPathUnflattenOrder(flat.data(), &var, 16, 1)), 17),
                 Row(var == nullptr, 1)});
-}
-
-// The old form: a size, a count and the names, with odd and even component sizes; it leaves
-// slack behind the names. L below 4 is no path at all, and an error when one was expected. A
-// component that runs past the data fails, leaving the partial handle to the caller.
-TEST_F(FlatPaths, OldForm) {
+    // The old form: a size, a count and the names, with odd and even component sizes; it leaves
+    // slack behind the names. L below 4 is no path at all, and an error when one was expected. A
+    // component that runs past the data fails, leaving the partial handle to the caller.
     const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'};
     const Bytes absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0};
     const Bytes none{0, 0, 0, 4, 0, 0, 0, 0}, nothing{0, 0, 0, 2, 0, 0};
     const Bytes cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
-    OwnedPath p, q, e, existing(Parse("a")), partial, tiny;
-    Path var = nullptr;
+    OwnedPath p, q, e, kept(Parse("a")), partial, tiny;
     ExpectRows({Row(FPathUnflattenOrder(relative.data(), &p.p, 12, 1), 12), Row(Describe(p), "R:a"),
                 Row(MemHandleSize(p), 8), Row(FPathUnflatten(relative.data(), nullptr), 12),
                 Row(FPathUnflatten(absolute.data(), &q.p), 14), Row(Describe(q), "A:C|ab"),
                 Row(FPathUnflattenOrder(none.data(), &e.p, 8, 1), 8), Row(Describe(e), "A:"),
                 Row(FPathUnflattenOrder(nothing.data(), &var, 6, 1), 8), Row(var == nullptr, 1),
-                Row(FPathUnflattenOrder(nothing.data(), &existing.p, 6, 1), 7),
+                Row(FPathUnflattenOrder(nothing.data(), &kept.p, 6, 1), 7),
                 Row(FPathUnflattenOrder(cut.data(), &partial.p, 12, 1), 13),
                 Row(partial.p != nullptr, 1),
                 Row(FPathUnflattenOrder(relative.data(), &tiny.p, 7, 1), 8)});
