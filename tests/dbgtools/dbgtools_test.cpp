@@ -44,17 +44,41 @@ static void FailInFormatDate() {
 
 namespace {
 
-TEST(StripDirectory, OnlyBackslashSeparates) {
+TEST(SiteText, StripDirectoryAndSiteMessage) {
     // clang-format off
-    const char* rows[][2] = {{"leaf", "leaf"}, {"\\x", "x"}, {"dir\\", ""}, {"", ""},
+    const char* leaves[][2] = {{"leaf", "leaf"}, {"\\x", "x"}, {"dir\\", ""}, {"", ""},
         {"a/b/c.cpp", "a/b/c.cpp"}, {"mgsource\\resource\\writeback.cpp", "writeback.cpp"}};
     // clang-format on
-    for (const auto& [in, out] : rows) {
+    for (const auto& [in, out] : leaves) {
         char buf[64];
         strcpy(buf, in);
         DStripDirectory(buf);
         EXPECT_STREQ(buf, out) << in;
     }
+    // The message cut at 16, the severity at 12.
+    // clang-format off
+    const struct { const char *file, *severity, *message; int32_t size, built; const char* text; }
+    rows[] = {
+        {"name", "W: ", "message", 64, 1, "name(12) :W: message"}, {"", "W: ", "m", 64, 0, ""},
+        {"name", nullptr, "message", 64, 1, "name(12) :message"}, {nullptr, "W: ", "m", 64, 0, ""},
+        {"name", "I: ", nullptr, 64, 1, "name(12) :I: "}, {"name", nullptr, nullptr, 64, 0, ""},
+        {"name", "W: ", "message", 16, 1, "name(12) :W: me"}, {"name", "W: ", "m", 1, 0, ""},
+        {"name", "W: ", "message", 12, 1, "name(12) :W"},
+        {"name", "W: ", "message", 11, 1, "name(12) :"}};
+    // clang-format on
+    for (const auto& r : rows) {
+        // Exactly `size` bytes, so that a store behind them is caught.
+        std::unique_ptr<char[]> buffer(new char[r.size]());
+        EXPECT_EQ(DBuildSiteMessage(r.file, 12, r.severity, r.message, buffer.get(), r.size),
+                  r.built)
+            << r.size;
+        EXPECT_STREQ(buffer.get(), r.text) << r.size;
+    }
+    char none[4];
+    EXPECT_EQ(DBuildSiteMessage("f", 1, "W: ", "m", nullptr, 4), 0);
+    // A place that doesn't fit is a failure.
+    EXPECT_EXIT(DBuildSiteMessage("name", 12, "W: ", "m", none, 4), ::testing::ExitedWithCode(1),
+                "^Failure : \"severity\\.cpp\" line");
 }
 
 // The test makes a directory and points the host's variable for the temporary directory at
@@ -140,7 +164,7 @@ TEST_F(FailureLog, MessagesAndTheirRecords) {
 }
 
 // Four unread bytes, then the error format and the failure format, as PStrs.
-TEST_F(FailureLog, ReplacementFormatsAreUsed) {
+TEST_F(FailureLog, ReplacementFormatsAndTheOutOfMemoryRecord) {
     const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
     memcpy(*h, block.data(), block.size());
@@ -149,11 +173,8 @@ TEST_F(FailureLog, ReplacementFormatsAreUsed) {
     EXPECT_EXIT((DSetFailureFormats(h), DReportError("d\\leaf", 5, 4, "x", nullptr)),
                 ::testing::ExitedWithCode(1), "^E4 x leaf!\n$");
     MemDisposeHandle(h);
-}
-
-// A report empties the record of a failed allocation first; the record's own checks are
-// failures.
-TEST_F(FailureLog, EmptiesTheOutOfMemoryRecord) {
+    // A report empties the record of a failed allocation first; the record's own checks are
+    // failures.
     MemClearOutOfMemory();
     MemSetOutOfMemory(64, 0);
     MemReportOutOfMemory(0, 3);
@@ -373,21 +394,7 @@ TEST_F(DebugPrintOn, TheFile) {
     std::filesystem::remove_all(old);
 }
 
-TEST_F(DebugPrintOn, TeeIntoTheExtraSink) {
-    DebugInit();  // the host has no setting: the switch stays, the sink starts disabled
-    EXPECT_EQ(gDebugging, 1);
-    ASSERT_NE(gDebugOutput, nullptr);
-    LStrOutput* sink = static_cast<LStrOutput*>(gDebugOutput);
-    DPrintf("dropped");
-    sink->SetEnabled(1);
-    DPrintf("a%ld", 7);
-    DPrintf("%s", std::string(600, 'z').c_str());  // the sink has no limit of its own
-    EXPECT_EQ(mgtest::LText(*sink->Text()), "a7\r\n" + std::string(600, 'z') + "\r\n");
-    DebugExit();
-    EXPECT_EQ(gDebugOutput, nullptr);
-}
-
-TEST_F(DebugPrintOn, SeverityForms) {
+TEST_F(DebugPrintOn, SeverityFormsAndTheExtraSink) {
     // clang-format off
     for (const auto& [print, file, line] : {
             std::tuple{&DPrintInfo, "name", "name(12) :I: message\n"},
@@ -399,33 +406,17 @@ TEST_F(DebugPrintOn, SeverityForms) {
         EXPECT_EQ(print(file, 12, "message"), 0);
         EXPECT_EQ(debugger, line);
     }
-}
-
-TEST(SiteMessage, LayoutAndCuts) {
-    // The message cut at 16, the severity at 12.
-    // clang-format off
-    const struct { const char *file, *severity, *message; int32_t size, built; const char* text; }
-    rows[] = {
-        {"name", "W: ", "message", 64, 1, "name(12) :W: message"}, {"", "W: ", "m", 64, 0, ""},
-        {"name", nullptr, "message", 64, 1, "name(12) :message"}, {nullptr, "W: ", "m", 64, 0, ""},
-        {"name", "I: ", nullptr, 64, 1, "name(12) :I: "}, {"name", nullptr, nullptr, 64, 0, ""},
-        {"name", "W: ", "message", 16, 1, "name(12) :W: me"}, {"name", "W: ", "m", 1, 0, ""},
-        {"name", "W: ", "message", 12, 1, "name(12) :W"},
-        {"name", "W: ", "message", 11, 1, "name(12) :"}};
-    // clang-format on
-    for (const auto& r : rows) {
-        // Exactly `size` bytes, so that a store behind them is caught.
-        std::unique_ptr<char[]> buffer(new char[r.size]());
-        EXPECT_EQ(DBuildSiteMessage(r.file, 12, r.severity, r.message, buffer.get(), r.size),
-                  r.built)
-            << r.size;
-        EXPECT_STREQ(buffer.get(), r.text) << r.size;
-    }
-    char none[4];
-    EXPECT_EQ(DBuildSiteMessage("f", 1, "W: ", "m", nullptr, 4), 0);
-    // A place that doesn't fit is a failure.
-    EXPECT_EXIT(DBuildSiteMessage("name", 12, "W: ", "m", none, 4), ::testing::ExitedWithCode(1),
-                "^Failure : \"severity\\.cpp\" line");
+    DebugInit();  // the host has no setting: the switch stays, the sink starts disabled
+    EXPECT_EQ(gDebugging, 1);
+    ASSERT_NE(gDebugOutput, nullptr);
+    LStrOutput* sink = static_cast<LStrOutput*>(gDebugOutput);
+    DPrintf("dropped");
+    sink->SetEnabled(1);
+    DPrintf("a%ld", 7);
+    DPrintf("%s", std::string(600, 'z').c_str());  // the sink has no limit of its own
+    EXPECT_EQ(mgtest::LText(*sink->Text()), "a7\r\n" + std::string(600, 'z') + "\r\n");
+    DebugExit();
+    EXPECT_EQ(gDebugOutput, nullptr);
 }
 
 }  // namespace

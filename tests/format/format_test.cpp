@@ -39,7 +39,7 @@ std::string Format(const char* format, ...) {
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
-TEST(FormatEngine, Conversions) {
+TEST(FormatEngine, ConversionsLiteralsAndBackslashCodes) {
     int8_t minusOne8 = -1;
     int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
@@ -83,9 +83,6 @@ TEST(FormatEngine, Conversions) {
          Row(Format("%q|%Q|%-10.1q|", (3 << 16) | 4, (1 << 16) | 0xFFFF, INT32_MIN),
              "(3,4)|hv(1,-1)|(-32768,0)|"),
          Row(Format("%r|%20R", rect, rect), "(1, 2, -3, 32767)|tlbr(1, 2, -3, 32767)")});
-}
-
-TEST(FormatEngine, LiteralsAndBackslashCodes) {
     ExpectRows({Row(Format("x") + Format("100%") + Format("|a%%b|x%-"), "x100%|a%b|x-"),
                 Row(Format("\\n|\n|\\t\\s\\\\\\q|end\\"), "\r\n|\n|\t \\q|end\\"),
                 Row(Format("\\41\\4\\4G\\ff"), "A\4\4G\14f")});
@@ -124,7 +121,7 @@ TEST(FormatEngine, OutputCutAtEveryByte) {
 
 // The decimal-mark form is set once per call: the second pass starts with the mark the first
 // ended with. A gap in the positions gives no text at all.
-TEST(FormatEngine, DecimalMarkAndPositions) {
+TEST(FormatEngine, DecimalMarkPositionsAndCounts) {
     double half = 0.5;
     uint8_t pstr[] = {2, 'p', 'q'};
     int16_t rect[4] = {1, 2, 3, 4};
@@ -146,11 +143,8 @@ TEST(FormatEngine, DecimalMarkAndPositions) {
     char buffer[4];
     EXPECT_EQ(StrFormatN(buffer, 1, "%2$s-%1$d", 5, "x"), 0);
     EXPECT_EQ(StrFormatN(buffer, 3, "%2$s-%1$d", 5, "x"), 3);
-}
-
-// What the counting call gives is all a writing call writes, also when the binding fails or
-// a specifier fails in a format that holds a `$`: a buffer sized by the count is enough.
-TEST(FormatEngine, WritesNoMoreThanItCounts) {
+    // What the counting call gives is all a writing call writes, also when the binding fails or
+    // a specifier fails in a format that holds a `$`: a buffer sized by the count is enough.
     gFailureNoExit = 1;
     gFailureToHost = 0;
     const char* const formats[] = {"abc%2$d", "ab\\n%1$d%3$d", "ab%1$d%k",
@@ -182,7 +176,7 @@ TEST(FormatEngineDeathTest, SpecifierFailures) {
     }
 }
 
-TEST(Escapes, ParseTable) {
+TEST(Escapes, ParseAndEmitTables) {
     // What follows the backslash, the length given, the byte read and the bytes it took.
     // clang-format off
     const struct { const char* text; int32_t length; uint8_t byte; int32_t consumed; } cases[] = {
@@ -197,18 +191,15 @@ TEST(Escapes, ParseTable) {
         EXPECT_EQ(ParseEscape(&p, start + c.length), c.byte) << c.text;
         EXPECT_EQ(p - start, c.consumed) << c.text;
     }
-}
-
-// Named codes, printable ASCII as itself, other bytes in hex. The wide form has no hex form:
-// what isn't named goes out as itself.
-TEST(Escapes, EmitTable) {
+    // Named codes, printable ASCII as itself, other bytes in hex. The wide form has no hex form:
+    // what isn't named goes out as itself.
     // clang-format off
-    const struct { uint16_t c; std::string text; } cases[] = {
+    const struct { uint16_t c; std::string text; } emits[] = {
         {8, "\\b"}, {9, "\\t"}, {10, "\\n"}, {12, "\\f"}, {13, "\\r"}, {32, "\\s"}, {92, "\\\\"},
         {33, "!"}, {'a', "a"}, {126, "~"}, {0, "\\00"}, {11, "\\0B"}, {31, "\\1F"}, {127, "\\7F"},
         {200, "\\C8"}, {0x263A, ""}};
     // clang-format on
-    for (const auto& c : cases) {
+    for (const auto& c : emits) {
         uint8_t buffer[4] = {}, *out = buffer;
         if (c.c < 256) {
             const int32_t n = EmitEscape(uint8_t(c.c), &out);
@@ -233,7 +224,7 @@ class FormatWrappers : public ::testing::Test {
 
 // The PStr form cuts at 255; a failed resize gives the handle back untouched; a failed
 // allocation gives no handle and no notification.
-TEST_F(FormatWrappers, TerminatedPStrHandleAndNotify) {
+TEST_F(FormatWrappers, TerminatedPStrHandleNotifyAndLStr) {
     char buffer[32];
     uint8_t result[256];
     const uint8_t pformat[] = {4, '%', '0', '3', 'x'};
@@ -252,24 +243,21 @@ TEST_F(FormatWrappers, TerminatedPStrHandleAndNotify) {
                 Row(StrFormatNotify(3, "note %d", 9), 6),
                 Row((plat::FailAllocationAt(1), StrFormatNotify(3, "note %d", 9)), 0)});
     MemDisposeHandle(h);
-}
-
-TEST_F(FormatWrappers, LStrSetAndAppend) {
-    LStrHandle h = nullptr, none = nullptr;
-    ExpectRows({Row(StrFormatSetLStr(&h, "%s:%d", "n", 1), MgNoError),
-                Row(Contents(reinterpret_cast<Handle>(h)), LStrBytes("n:1")),
-                Row(StrFormatAppendLStr(h, "+%x\\n", 255), MgNoError),
-                Row(Contents(reinterpret_cast<Handle>(h)), LStrBytes("n:1+FF\r\n")),
-                Row(StrFormatSetLStr(&h, "%.2s", "xyz"), MgNoError), Row(LText(h), "xy"),
-                Row((plat::FailAllocationAt(1), StrFormatAppendLStr(h, "%500d", 1)), MgNoMemory),
-                Row(LText(h), "xy"),
+    LStrHandle lh = nullptr, none = nullptr;
+    ExpectRows({Row(StrFormatSetLStr(&lh, "%s:%d", "n", 1), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(lh)), LStrBytes("n:1")),
+                Row(StrFormatAppendLStr(lh, "+%x\\n", 255), MgNoError),
+                Row(Contents(reinterpret_cast<Handle>(lh)), LStrBytes("n:1+FF\r\n")),
+                Row(StrFormatSetLStr(&lh, "%.2s", "xyz"), MgNoError), Row(LText(lh), "xy"),
+                Row((plat::FailAllocationAt(1), StrFormatAppendLStr(lh, "%500d", 1)), MgNoMemory),
+                Row(LText(lh), "xy"),
                 Row((plat::FailAllocationAt(1), StrFormatSetLStr(&none, "x")), MgNoMemory),
                 Row(none == nullptr, 1)});
-    MemDisposeHandle(reinterpret_cast<Handle>(h));
+    MemDisposeHandle(reinterpret_cast<Handle>(lh));
 }
 
 // Lines into a file; a failed allocation or write (a full disk) adds nothing.
-TEST_F(FormatWrappers, File) {
+TEST_F(FormatWrappers, FileAndPathText) {
     TempDir dir;
     const std::string name = (dir.path / "out.txt").string();
     FileRef ref = 0;
@@ -290,11 +278,8 @@ TEST_F(FormatWrappers, File) {
                 Row(StrFormatFile(0, "%d", 1), -1)});
     FMClose(ref);
     EXPECT_EQ(SlurpFile(name), "line 1\r\n[  2]");
-}
-
-// Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
-// limit alone cuts it.
-TEST_F(FormatWrappers, PathText) {
+    // Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
+    // limit alone cuts it.
     // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
     const std::string a200 = std::string(1, '/').append(200, 'a');
     const std::pair<std::string, bool> cases[] = {

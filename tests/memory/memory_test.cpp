@@ -84,7 +84,7 @@ struct FakeLive {
 // Main header: size, flags and the handle; compact header: size and flags only. Every handle
 // counts its bytes and its header, size 0 the header alone. Three main master blocks and one
 // compact one to start with.
-TEST_F(MemoryTest, HeaderLayoutAndAccounting) {
+TEST_F(MemoryTest, HeadersAccountingValidityAndGrowth) {
     EXPECT_TRUE(gMainZone->masterBlockCount >= 3 && gCompactZone->masterBlockCount >= 1);
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
@@ -103,13 +103,10 @@ TEST_F(MemoryTest, HeaderLayoutAndAccounting) {
         for (Handle x : {h, empty, clear}) EXPECT_EQ(z.dispose(x), MgNoError);
         EXPECT_EQ(gBytesAllocated, before);
     }
-}
-
-// A negative size fails like an allocation, without asking the allocator: the armed failure
-// is still waiting for the pointer. The link word of a master block, an address between two
-// master pointers, the word after a block's last master pointer, and a handle of the other
-// zone are no handles.
-TEST_F(MemoryTest, NullNegativeDisposedAndForeignHandles) {
+    // A negative size fails like an allocation, without asking the allocator: the armed failure
+    // is still waiting for the pointer. The link word of a master block, an address between two
+    // master pointers, the word after a block's last master pointer, and a handle of the other
+    // zone are no handles.
     const int32_t bytes = gBytesAllocated;
     EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr &&
                 MemNewPtr(1) == nullptr);
@@ -144,10 +141,7 @@ TEST_F(MemoryTest, NullNegativeDisposedAndForeignHandles) {
                 Row(MemCheckPtr(p), MgNoError), Row(MemDisposePtr(p), MgNoError)});
     MemDisposeHandle(h);
     CompactDisposeHandle(c);
-}
-
-// Every handle, in the old blocks and the new, stays valid and distinct.
-TEST_F(MemoryTest, GrowsPastAFullFreeList) {
+    // Every handle, in the old blocks and the new, stays valid and distinct.
     const int32_t blocks = gMainZone->masterBlockCount, freeBefore = gMainZone->freeMasterCount;
     std::vector<Handle> handles;
     for (int32_t i = 0; i <= freeBefore; ++i) handles.push_back(MemNewHandle(0));
@@ -164,7 +158,7 @@ TEST_F(MemoryTest, GrowsPastAFullFreeList) {
 // Clearing to the same size is a counted resize in the compact zone only; the main zone
 // refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
 // a total too small for it as an allocation would. Only added bytes are cleared.
-TEST_F(MemoryTest, ResizeCountsAndMoves) {
+TEST_F(MemoryTest, ResizeCopySetAppendDuplicateAndEnsure) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle h = z.newHandle(4);
@@ -186,10 +180,7 @@ TEST_F(MemoryTest, ResizeCountsAndMoves) {
                     Row(z.compact || MemRecoverHandle(*h) == h, 1)});
         z.dispose(h);
     }
-}
-
-// Making one from bytes always makes a new handle; a copy of null is null.
-TEST_F(MemoryTest, CopySetAppendDuplicateAndEnsure) {
+    // Making one from bytes always makes a new handle; a copy of null is null.
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle a = nullptr, b = nullptr;
@@ -310,7 +301,7 @@ TEST_F(MemoryTest, BytesComeOutAsWithAnyBlock) {
 }
 
 // The texts of the checks and of the out-of-memory report, through the debug print.
-TEST_F(MemoryTest, PrintedTexts) {
+TEST_F(MemoryTest, PrintedTextsSoundAndDamagedZones) {
     std::string out;
     plat::CaptureDebuggerOutput([](const char* t, void* s) { *static_cast<std::string*>(s) += t; },
                                 &out);
@@ -332,11 +323,8 @@ TEST_F(MemoryTest, PrintedTexts) {
     gDebugging = 0;
     gDPrintfFileMode = 1;
     plat::CaptureDebuggerOutput(nullptr, nullptr);
-}
-
-// Sound zones pass with only the allocated total in their record, and pass the checks that
-// every new block runs while checking is on.
-TEST_F(MemoryTest, SoundZonesPass) {
+    // Sound zones pass with only the allocated total in their record, and pass the checks that
+    // every new block runs while checking is on.
     MemStatsRecord want{}, r;
     want.allocTotal = gBytesAllocated;
     for (MemZone* zone : {gMainZone, gCompactZone}) {
@@ -348,10 +336,7 @@ TEST_F(MemoryTest, SoundZonesPass) {
     Handle h = MemNewHandleClear(5);
     gMemChecking = 0;
     EXPECT_TRUE(p && h && MemDisposePtr(p) == MgNoError && MemDisposeHandle(h) == MgNoError);
-}
-
-// Each damage is found by a check and ends the process through a failure report.
-TEST_F(MemoryTest, DamagedTablesAreFound) {
+    // Each damage is found by a check and ends the process through a failure report.
     // One master block too many or too few counted, a chain that loops, a negative free count,
     // and a free list cut short of its end, checked on a new handle and on a new pointer.
     const std::function<void()> damages[] = {
@@ -385,7 +370,7 @@ int32_t RecordedSize() {
 
 // The record keeps the first failure: its size and data; size 0 is no record. Without one the
 // words beyond the first two are left alone.
-TEST_F(MemoryTest, RecordKeepsTheFirstSize) {
+TEST_F(MemoryTest, RecordFailedNewAndFailedResize) {
     int32_t info[4] = {9, 9, 9, 9};
     ExpectRows({Row(MemOutOfMemoryInfo(info), 0), Row(info[0], 0), Row(info[1], 0), Row(info[2], 9),
                 Row(MemSetOutOfMemory(0, 5), 0), Row(MemOutOfMemoryInfo(nullptr), 0),
@@ -393,10 +378,7 @@ TEST_F(MemoryTest, RecordKeepsTheFirstSize) {
                 Row(MemOutOfMemoryInfo(info), 1), Row(info[0], 7), Row(info[1], 40),
                 Row(info[2], 0), Row(info[3], 0),
                 Row((MemClearOutOfMemory(), MemOutOfMemoryInfo(nullptr)), 0)});
-}
-
-// The bytes are counted although nothing was allocated, and the master pointer is lost.
-TEST_F(MemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
+    // The bytes are counted although nothing was allocated, and the master pointer is lost.
     const int32_t bytes = gBytesAllocated;
     const int32_t freeMasters = gMainZone->freeMasterCount;
     CounterDelta counters{false};
@@ -407,11 +389,8 @@ TEST_F(MemoryTest, FailedNewHandleGivesNullAndKeepsTheMasterPointer) {
                 Row((plat::FailAllocationAt(1), CompactNewHandle(5)) == nullptr, 1),
                 Row(RecordedSize(), 24)});
     gBytesAllocated = bytes;
-}
-
-// A failed resize leaves the block, counts a resize and a move (null differs from the block)
-// and drifts the byte count.
-TEST_F(MemoryTest, FailedResizeLeavesTheBlockAndDrifts) {
+    // A failed resize leaves the block, counts a resize and a move (null differs from the block)
+    // and drifts the byte count.
     for (const Zone& z : kZones) {
         for (bool clear : {false, true}) {
             SCOPED_TRACE(std::string(z.name) + (clear ? " clear" : ""));
