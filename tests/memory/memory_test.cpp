@@ -379,8 +379,7 @@ TEST_F(MemoryTest, RecordFailedNewAndFailedResize) {
                 Row(info[2], 0), Row(info[3], 0),
                 Row((MemClearOutOfMemory(), MemOutOfMemoryInfo(nullptr)), 0)});
     // The bytes are counted although nothing was allocated, and the master pointer is lost.
-    const int32_t bytes = gBytesAllocated;
-    const int32_t freeMasters = gMainZone->freeMasterCount;
+    const int32_t bytes = gBytesAllocated, freeMasters = gMainZone->freeMasterCount;
     CounterDelta counters{false};
     ExpectRows({Row((plat::FailAllocationAt(1), MemNewHandle(24)) == nullptr, 1),
                 Row(RecordedSize(), 24), Row(gBytesAllocated - bytes, 24 + 16),
