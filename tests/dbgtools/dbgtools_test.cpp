@@ -49,10 +49,9 @@ TEST(SiteText, StripDirectoryAndSiteMessage) {
     const char* leaves[][2] = {{"leaf", "leaf"}, {"\\x", "x"}, {"dir\\", ""}, {"", ""},
         {"a/b/c.cpp", "a/b/c.cpp"}, {"mgsource\\resource\\writeback.cpp", "writeback.cpp"}};
     // clang-format on
+    char buf[64];
     for (const auto& [in, out] : leaves) {
-        char buf[64];
-        strcpy(buf, in);
-        DStripDirectory(buf);
+        DStripDirectory(strcpy(buf, in));
         EXPECT_STREQ(buf, out) << in;
     }
     // The message cut at 16, the severity at 12.
@@ -103,7 +102,7 @@ class FailureLog : public ::testing::Test {
         "navigate to https://support.meridax.example, or contact Meridax Technical Support.";
 };
 
-TEST_F(FailureLog, EachFailureAppendsOneRecord) {
+TEST_F(FailureLog, RecordsAndMessages) {
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
                 "^Failure : \"datetext\\.cpp\" line .*\r\n\r\nFor assistance");
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
@@ -128,11 +127,8 @@ TEST_F(FailureLog, EachFailureAppendsOneRecord) {
     }
     EXPECT_EQ(records, 2) << log;
     EXPECT_EQ(log.rfind(crlf + crlf + "####" + crlf, 0), 0u);  // nothing before the first record
-}
-
-// The leaf of the path and the line; the detail after "Failure"; the error number; the
-// message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
-TEST_F(FailureLog, MessagesAndTheirRecords) {
+    // The leaf of the path and the line; the detail after "Failure"; the error number; the
+    // message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
     const std::string detail(300, 'd'), cut = "Failure " + std::string(247, 'd');
     // clang-format off
     const struct { std::function<void()> report; std::string message, revision; } rows[] = {
@@ -164,7 +160,7 @@ TEST_F(FailureLog, MessagesAndTheirRecords) {
 }
 
 // Four unread bytes, then the error format and the failure format, as PStrs.
-TEST_F(FailureLog, ReplacementFormatsAndTheOutOfMemoryRecord) {
+TEST_F(FailureLog, FormatsOutOfMemoryAndNoSink) {
     const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
     memcpy(*h, block.data(), block.size());
@@ -184,13 +180,12 @@ TEST_F(FailureLog, ReplacementFormatsAndTheOutOfMemoryRecord) {
     EXPECT_EXIT(MemReportOutOfMemory(0, 8), ::testing::ExitedWithCode(1), "^Failure ");
     EXPECT_EXIT(MemReportOutOfMemory(-1, 7), ::testing::ExitedWithCode(1), "^Failure ");
     MemClearOutOfMemory();
-}
-
-// With no usable directory for the log (the temporary directory's path too long) or no sink
-// to write it, the record is lost and the process still ends with the report. The child alone
-// takes the unusable directory, and works in one of the test's (a name that the long
-// directory can't take is taken as it stands), as the framework keeps its files in the parent's.
-TEST_F(FailureLog, NoNameOrNoSinkStillExits) {
+    // With no usable directory for the log (the temporary directory's path too long) or no sink
+    // to write it, the record is lost and the process still ends with the report. The child alone
+    // takes the unusable directory, and works in one of the test's (a name that the long
+    // directory can't take is taken as it stands), as the framework keeps its files in the
+    // parent's.
+    std::filesystem::remove(path / "Meridax_Failure_Log.txt");  // the reports above wrote one
     const std::string longDir = (path / std::string(140, 'n') / std::string(140, 'n')).string();
     std::error_code ignored;  // a host may refuse so long a name; the log's name is too long anyway
     std::filesystem::create_directories(longDir, ignored);

@@ -8,7 +8,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "mg/dbgtools.h"
 #include "mg/filemgr.h"

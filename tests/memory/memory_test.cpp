@@ -300,8 +300,22 @@ TEST_F(MemoryTest, BytesComeOutAsWithAnyBlock) {
     MemDisposePtr(q);
 }
 
+int32_t gCallbackCalls = 0, gLastCallbackSize = 0;
+// Asks for a retry, except for 9 bytes.
+int32_t RetryUnlessNine(int32_t size, int32_t data) {
+    EXPECT_EQ(data, 0);
+    gLastCallbackSize = size;
+    ++gCallbackCalls;
+    return size != 9;
+}
+
+int32_t RecordedSize() {
+    int32_t info[4] = {-1, -1, -1, -1};
+    return MemOutOfMemoryInfo(info) ? info[1] : 0;
+}
+
 // The texts of the checks and of the out-of-memory report, through the debug print.
-TEST_F(MemoryTest, PrintedTextsSoundAndDamagedZones) {
+TEST_F(MemoryTest, ChecksTextsAndTheOutOfMemoryRecord) {
     std::string out;
     plat::CaptureDebuggerOutput([](const char* t, void* s) { *static_cast<std::string*>(s) += t; },
                                 &out);
@@ -352,25 +366,8 @@ TEST_F(MemoryTest, PrintedTextsSoundAndDamagedZones) {
     for (size_t i = 0; i < std::size(damages); ++i)
         EXPECT_EXIT(damages[i](), ::testing::ExitedWithCode(1), "^Failure : \"checks\\.cpp\" line")
             << i;
-}
-
-int32_t gCallbackCalls = 0, gLastCallbackSize = 0;
-// Asks for a retry, except for 9 bytes.
-int32_t RetryUnlessNine(int32_t size, int32_t data) {
-    EXPECT_EQ(data, 0);
-    gLastCallbackSize = size;
-    ++gCallbackCalls;
-    return size != 9;
-}
-
-int32_t RecordedSize() {
-    int32_t info[4] = {-1, -1, -1, -1};
-    return MemOutOfMemoryInfo(info) ? info[1] : 0;
-}
-
-// The record keeps the first failure: its size and data; size 0 is no record. Without one the
-// words beyond the first two are left alone.
-TEST_F(MemoryTest, RecordFailedNewAndFailedResize) {
+    // The record keeps the first failure: its size and data; size 0 is no record. Without one the
+    // words beyond the first two are left alone.
     int32_t info[4] = {9, 9, 9, 9};
     ExpectRows({Row(MemOutOfMemoryInfo(info), 0), Row(info[0], 0), Row(info[1], 0), Row(info[2], 9),
                 Row(MemSetOutOfMemory(0, 5), 0), Row(MemOutOfMemoryInfo(nullptr), 0),

@@ -9,7 +9,6 @@
 
 #include <complex>
 #include <iterator>
-#include <limits>
 
 #include "support/rows.h"
 
@@ -47,7 +46,7 @@ uint64_t Over0xAA(NumType t, uint64_t bits) {
 
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
-TEST(NumConvert, IntegersStoresFloatsAndComplexParts) {
+TEST(NumConvert, IntegersStoresFloatsComplexAndPortableForm) {
     // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
     const struct { NumType type; uint64_t bits, widened; } limits[] = {
@@ -118,12 +117,9 @@ TEST(NumConvert, IntegersStoresFloatsAndComplexParts) {
         ExpectRows({Row(Conv(f, big, NumIL).As<int32_t>(), INT32_MAX),
                     Row(Conv(f, big, NumUW).As<uint16_t>(), 65535)});
     }
-}
-
-// The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
-// every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
-// infinities.
-TEST(PortableForm, RoundTripKeepsEveryBit) {
+    // The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
+    // every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
+    // infinities.
     uint8_t portable[16];
     const uint8_t minusOneAndHalf[16] = {0xBF, 0xFF, 0x80};
     EXPECT_TRUE(ExtendedToPortable(-1.5L, portable) == portable + 16 &&

@@ -221,7 +221,7 @@ std::string Scanned(const char* text) {
 
 // A leading blank is junk: the number stands, the scan is invalid. The 19th digit is dropped.
 // A blank ends the digits before their place is known.
-TEST(ScanDecimal, GrammarFieldsAndEnds) {
+TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
     const long double inf = INFINITY;
     // clang-format off
     const struct { const char* text; char mark; long double value; int32_t result; } cases[] = {
@@ -258,15 +258,12 @@ TEST(ScanDecimal, GrammarFieldsAndEnds) {
     // clang-format on
     for (const auto& c : ends)
         EXPECT_EQ(FindNumberEnd(c.text, (int32_t)strlen(c.text), c.mark) - c.text, c.end) << c.text;
-}
-
-// No sign is taken by the unsigned scanner; a saturated 0xFFFFFFFF reads as negative (255 for
-// uB); in hex the sign applies after the saturation.
-TEST(IntegerScanners, SaturationPositionsAndStores) {
+    // No sign is taken by the unsigned scanner; a saturated 0xFFFFFFFF reads as negative (255 for
+    // uB); in hex the sign applies after the saturation.
     using Scanner = int32_t (*)(const char**, int32_t, NumType);
     const Scanner I = ScanInt, U = ScanUInt, H = ScanHex, O = ScanOctal, B = ScanBinary;
     // clang-format off
-    const struct { Scanner scan; const char* text; NumType type; int32_t value, used; } cases[] = {
+    const struct { Scanner scan; const char* text; NumType type; int32_t value, used; } scans[] = {
         {I, "99999", NumIW, 32767, 5}, {U, "99999", NumUW, 65535, 5}, {I, " -12x", NumIL, -12, 4},
         {I, "  x", NumIL, 0, 0}, {I, " -", NumIL, 0, 0}, {I, "-2147483648", NumIL, INT32_MIN, 11},
         {I, "2147483648", NumIL, INT32_MAX, 10}, {I, "-99999999999", NumIL, INT32_MIN, 12},
@@ -280,7 +277,7 @@ TEST(IntegerScanners, SaturationPositionsAndStores) {
         {O, "777", NumUB, 255, 3}, {O, "178", NumIL, 15, 2}, {B, "101", NumIL, 5, 3},
         {B, "102", NumIL, 2, 2}};
     // clang-format on
-    for (const auto& c : cases) {
+    for (const auto& c : scans) {
         const char* p = c.text;
         EXPECT_EQ(c.scan(&p, (int32_t)strlen(c.text), c.type), c.value) << c.text << " " << c.type;
         EXPECT_EQ(p - c.text, c.used) << c.text;
@@ -311,29 +308,27 @@ TEST(IntegerScanners, SaturationPositionsAndStores) {
                 Row(d == -12.0, 1)});
     double z[2];  // a type outside 1 to 11 is a failure
     EXPECT_EXIT(ScanNumberText("1", 1, NumCD, z, 64), testing::ExitedWithCode(1), "");
-}
-
-// A prefix ends after its letter and the blanks before it, never with more text behind; a
-// later prefix too. The expansion needs the length + 4.
-TEST(ScanFloat, PrefixesValuesAndPositions) {
-    char out[64];
+    // A prefix ends after its letter and the blanks before it, never with more text behind; a
+    // later prefix too. The expansion needs the length + 4.
+    char expanded[64];
     auto end = [](const char* text) {
         return FindPrefixEnd(text, (int32_t)strlen(text), '.') - text;
     };
-    ExpectRows(
-        {Row(end("1.5k"), 4), Row(end("1.5 k"), 5), Row(end("1.5 k "), 5), Row(end("1.5kx"), 0),
-         Row(end("inf"), 0), Row(end("k"), 0), Row(end("1.5"), 0), Row(end("-2m"), 3),
-         Row(end("1.5mk"), 5), Row(ExpandPrefix("-1.5 k", 6, out, 64, '.'), 7), Row(out, "-1.5e+3"),
-         Row(ExpandPrefix("2y", 2, out, 64, '.'), 5), Row(out, "2e-24"),
-         Row(ExpandPrefix("2u", 2, out, 64, '.'), 4), Row(out, "2e-6"),
-         Row(ExpandPrefix("1.5k", 4, out, 7, '.'), 0), Row(ExpandPrefix("1.5", 3, out, 64, '.'), 0),
-         Row(ExpandPrefix("1.5kk", 5, out, 64, '.'), 0),
-         Row(ExpandPrefix("k", 1, out, 64, '.'), 0)});
+    ExpectRows({Row(end("1.5k"), 4), Row(end("1.5 k"), 5), Row(end("1.5 k "), 5),
+                Row(end("1.5kx"), 0), Row(end("inf"), 0), Row(end("k"), 0), Row(end("1.5"), 0),
+                Row(end("-2m"), 3), Row(end("1.5mk"), 5),
+                Row(ExpandPrefix("-1.5 k", 6, expanded, 64, '.'), 7), Row(expanded, "-1.5e+3"),
+                Row(ExpandPrefix("2y", 2, expanded, 64, '.'), 5), Row(expanded, "2e-24"),
+                Row(ExpandPrefix("2u", 2, expanded, 64, '.'), 4), Row(expanded, "2e-6"),
+                Row(ExpandPrefix("1.5k", 4, expanded, 7, '.'), 0),
+                Row(ExpandPrefix("1.5", 3, expanded, 64, '.'), 0),
+                Row(ExpandPrefix("1.5kk", 5, expanded, 64, '.'), 0),
+                Row(ExpandPrefix("k", 1, expanded, 64, '.'), 0)});
     // With prefixes asked (bit 16 of the type); integers through the float scan round and
     // saturate. A null destination only scans; the system mark is taken when asked, or a given one.
     const int32_t P = 1 << 16;
     // clang-format off
-    const struct { const char* text; NumType type; double value; int32_t used; } cases[] = {
+    const struct { const char* text; NumType type; double value; int32_t used; } floatScans[] = {
         {"1.5k", NumFD | P, 1500, 4}, {"1.5 k", NumFD | P, 1500, 5}, {"1.5kx", NumFD | P, 1.5, 3},
         {"-2m", NumFD | P, -0.002, 3}, {"3 M", NumFD | P, 3e6, 3}, {"1.5mk", NumFD | P, 1.5, 3},
         {"1.5k", NumFD, 1.5, 3}, {"  12.5e3xyz", NumFD, 12500, 8}, {"abc", NumFD, 0, 0},
@@ -341,7 +336,7 @@ TEST(ScanFloat, PrefixesValuesAndPositions) {
         {"1e5", NumIB, 127, 3}, {"1e400", NumFD, INFINITY, 5}, {"1e-400", NumFD, 0, 6},
         {"4.9406564584124654E-324", NumFD, 4.9406564584124654e-324, 23}};
     // clang-format on
-    for (const auto& c : cases) {
+    for (const auto& c : floatScans) {
         const char* p = c.text;
         double v = -99;
         int64_t i = 0;

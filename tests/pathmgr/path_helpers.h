@@ -19,8 +19,6 @@ using mgtest::P;
 struct OwnedPath {
     Path p = nullptr;
     explicit OwnedPath(Path path = nullptr) : p(path) {}
-    OwnedPath(const OwnedPath&) = delete;
-    OwnedPath& operator=(const OwnedPath&) = delete;
     ~OwnedPath() { FPathRelease(p); }
     operator Path() const { return p; }
 };
@@ -62,13 +60,10 @@ inline std::string Read(const std::string& text, int32_t syntax = PathSyntaxWind
 // The text a measure-then-write function gives; the write must match the measure exactly.
 template <typename F>
 std::string MeasuredText(F into) {
-    std::vector<uint8_t> mem(sizeof(int32_t));
+    int32_t length = -1;  // an LStr of its count alone: -1 asks for the length
+    EXPECT_EQ(into(reinterpret_cast<LStr*>(&length)), MgNoError);
+    std::vector<uint8_t> mem(sizeof(int32_t) + length + 1, 0xEE);
     auto* l = reinterpret_cast<LStr*>(mem.data());
-    l->count = -1;
-    EXPECT_EQ(into(l), MgNoError);
-    int32_t length = l->count;
-    mem.assign(sizeof(int32_t) + length + 1, 0xEE);
-    l = reinterpret_cast<LStr*>(mem.data());
     l->count = 0;
     EXPECT_EQ(into(l), MgNoError);
     EXPECT_EQ(l->count, length);

@@ -18,7 +18,7 @@ Path Raw(int16_t kind, std::vector<std::string> names = {}) {
     return NewHandleOf(bytes);
 }
 
-TEST_F(PathValues, ValidityConstructionAndComponents) {
+TEST_F(PathValues, ValidityConstructionComponentsRootsAndNormalise) {
     // clang-format off
     const struct { int16_t kind, count; int valid, usable, rooted; } rows[] = {
         {0, 0, 1, 1, 1}, {1, 0, 1, 1, 0}, {3, 0, 1, 1, 1}, {2, 0, 1, 0, 0}, {2, -5, 1, 0, 0},
@@ -66,21 +66,18 @@ TEST_F(PathValues, ValidityConstructionAndComponents) {
          Row(After(FAppendName(rel, up.b), rel), "0 R:a|.."),
          Row(After((plat::FailAllocationAt(1), FAppendName(q, moving.b)), q), "2 A:C|x|two")});
     clone.p = nullptr;
-}
-
-// Where names have no volume, an absolute path's root is "/", the path with no names. The
-// root is also taken in place.
-TEST_F(PathValues, DirNameRootAndNormalise) {
+    // Where names have no volume, an absolute path's root is "/", the path with no names. The
+    // root is also taken in place.
     const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     // clang-format off
-    const struct { const char *text, *parent, *root, *posixRoot; } rows[] = {
+    const struct { const char *text, *parent, *root, *posixRoot; } roots[] = {
         {"C:\\", "0 A:", "0 A:C", "0 A:"}, {"C:\\a\\b", "0 A:C|a", "0 A:C", "0 A:"},
         {"a", "0 R:", "1 N:", "1 N:"}, {"..\\..", "0 R:..", "1 N:", "1 N:"},
         {"\\\\s\\v", "1 N:", "0 U:\\\\s\\v", "0 U:\\\\s\\v"},
         {"\\\\s\\v\\a", "0 U:\\\\s\\v", "0 U:\\\\s\\v", "0 U:\\\\s\\v"},
         {"", "1 N:", "1 N:", "0 A:"}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : roots) {
         SCOPED_TRACE(r.text);
         OwnedPath p(Parse(r.text)), out(FMakeNoPath(nullptr)), root(FMakeNoPath(nullptr));
         const std::string want = posix ? r.posixRoot : r.root;
