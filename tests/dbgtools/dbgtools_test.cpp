@@ -309,7 +309,7 @@ class DebugPrintOn : public ::testing::Test {
 
 // Switched off, the print is silent and makes no file; DPrintfRaw looks at no switch. Each
 // line is counted and cut at 512; a nested print is dropped.
-TEST_F(DebugPrintOn, SwitchCountsAndCuts) {
+TEST_F(DebugPrintOn, SwitchCountsCutsAndTheFile) {
     gDebugging = 0;
     gDPrintfFileMode = 1;
     const int32_t before = gDPrintfCount;
@@ -334,12 +334,9 @@ TEST_F(DebugPrintOn, SwitchCountsAndCuts) {
               std::make_pair(0, std::string()));
     gDPrintfBusy = 0;
     EXPECT_EQ(gDPrintfCount, before + 6);
-}
-
-// The file has CR LF where the debugger has LF, flushed line by line in mode 2; closed at the
-// exit, made anew by the next line of a run. One that can't be made is complained about only
-// when the create was not reached from DPrintf, and either way no later line tries again.
-TEST_F(DebugPrintOn, TheFile) {
+    // The file has CR LF where the debugger has LF, flushed line by line in mode 2; closed at the
+    // exit, made anew by the next line of a run. One that can't be made is complained about only
+    // when the create was not reached from DPrintf, and either way no later line tries again.
     if (RanInACopy()) return;
     for (int16_t mode : {1, 2}) {
         debugger.clear();
@@ -357,7 +354,7 @@ TEST_F(DebugPrintOn, TheFile) {
     }
     std::filesystem::remove_all(kFile);
     std::filesystem::create_directory(kFile);
-    const int32_t before = gDPrintfCount;
+    const int32_t count = gDPrintfCount;
     for (bool raw : {false, true}) {
         debugger.clear();
         gDPrintfFileMode = 1;
@@ -366,10 +363,10 @@ TEST_F(DebugPrintOn, TheFile) {
         DPrintf("y");
         EXPECT_EQ(debugger, raw ? "z\n Can't create dprintf.txt\ny\n" : "x\ny\n");
     }
-    EXPECT_EQ(gDPrintfCount, before + 5);
+    EXPECT_EQ(gDPrintfCount, count + 5);
     EXPECT_TRUE(std::filesystem::is_directory(kFile));
     std::filesystem::remove_all(kFile);
-    // dprintf.txt beyond 1 MiB becomes dprintf.old.txt before the next line, which starts a new
+    // dprintf.txt beyond 1 MiB becomes dprintf.old.txt count the next line, which starts a new
     // file. Where the rename fails (a directory holds the old name) each line goes to the end of
     // the file as it is, also after others have written to it.
     const std::filesystem::path old = kFile.parent_path() / "dprintf.old.txt";

@@ -38,7 +38,7 @@ std::string Format(const char* format, ...) {
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
-TEST(FormatEngine, ConversionsLiteralsAndBackslashCodes) {
+TEST(FormatEngine, ConversionsLiteralsCodesAndCuts) {
     int8_t minusOne8 = -1;
     int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
@@ -89,19 +89,16 @@ TEST(FormatEngine, ConversionsLiteralsAndBackslashCodes) {
     char out[8];
     ASSERT_EQ(StrFormatFromP(out, withNul, 7), 3);
     EXPECT_EQ(std::string(out, 3), std::string("a\0007", 3));
-}
-
-// Every size from 0 up gives a prefix of the full text, never a byte more.
-TEST(FormatEngine, OutputCutAtEveryByte) {
-    int16_t rect[4] = {10, 20, 30, 40};
-    uint8_t pstr[] = {5, 'h', 'e', 'l', 'l', 'o'};
+    // Every size from 0 up gives a prefix of the full text, never a byte more.
+    int16_t tlbr[4] = {10, 20, 30, 40};
+    uint8_t hello[] = {5, 'h', 'e', 'l', 'l', 'o'};
     const std::pair<std::string, std::function<int32_t(char*, int32_t)>> rows[] = {
         {"-0001234|FF    |tail",
          [](char* d, int32_t n) { return StrFormatN(d, n, "%08d|%-6x|%s", -1234, 255, "tail"); }},
         {"-2.500\r\n    ",
          [](char* d, int32_t n) { return StrFormatN(d, n, "%.3f\\n%10.4s", -2.5, "abcdef"); }},
         {"tlbr(10, 20, 30, 40) (0,7) hello   |",
-         [&](char* d, int32_t n) { return StrFormatN(d, n, "%R %q %-8p|", rect, 7, pstr); }},
+         [&](char* d, int32_t n) { return StrFormatN(d, n, "%R %q %-8p|", tlbr, 7, hello); }},
         {"5-x", [](char* d, int32_t n) { return StrFormatN(d, n, "%1$d-%2$s", 5, "x"); }},
     };
     for (const auto& [text, call] : rows) {

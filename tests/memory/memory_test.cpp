@@ -241,11 +241,13 @@ TEST_F(MemoryDeathTest, InvalidHandlesAreReported) {
     CompactDisposeHandle(live);
 }
 
+constexpr int32_t kMiB = 1 << 20;
+
 // A token names a live handle in any block of either zone (the first and last master pointer
 // of each block); its top bit tells the zone. Zero, slot 0, a slot past the block, a block out
 // of range, one past the last and all ones name no handle; nor does a disposed handle's token,
 // and it has none itself.
-TEST_F(MemoryTest, NameLiveHandlesOnly) {
+TEST_F(MemoryTest, TokensAndLargeBlocks) {
     for (MemZone* zone : {gMainZone, gCompactZone}) {
         for (int32_t i = 0; i < zone->masterBlockCount; ++i) {
             for (int32_t slot : {0, mgmem::kMastersPerBlock - 1}) {
@@ -267,28 +269,24 @@ TEST_F(MemoryTest, NameLiveHandlesOnly) {
                 Row(MemHandleToken(reinterpret_cast<Handle>(gMainZone->masterBlocks)), 0),
                 Row((MemDisposeHandle(h), MemHandleToken(h)), 0),
                 Row(MemHandleFromToken(t) == nullptr, 1)});
-}
-
-// Blocks of several MiB, which the allocator hands to the host with a large-page hint: their
-// bytes must come out exactly as with any other block, new, cleared and grown with clearing.
-constexpr int32_t kMiB = 1 << 20;
-
-// Grown with clearing, the old bytes stay and the new ones are zero. The hint takes whole
-// pages inside the range only: the bytes on both sides of a range that starts and ends inside
-// pages are untouched, and ranges with no whole page are no error.
-TEST_F(MemoryTest, BytesComeOutAsWithAnyBlock) {
+    // Blocks of several MiB, which the allocator hands to the host with a large-page hint: their
+    // bytes must come out exactly as with any other block, new, cleared and grown with clearing.
+    // Grown with clearing, the old bytes stay and the new ones are zero. The hint takes whole
+    // pages inside the range only: the bytes on both sides of a range that starts and ends inside
+    // pages are untouched, and ranges with no whole page are no error.
     const std::vector<uint8_t> zeros(12 * kMiB);
     std::vector<uint8_t> pattern(12 * kMiB);
     for (int32_t i = 0; i < 12 * kMiB; ++i) pattern[i] = static_cast<uint8_t>(i * 131 + (i >> 12));
-    Handle h = MemNewHandleClear(6 * kMiB + 1);
+    Handle big = MemNewHandleClear(6 * kMiB + 1);
     Ptr p = MemNewPtrClear(5 * kMiB + 3);
-    ASSERT_TRUE(h && p);
-    EXPECT_TRUE(!memcmp(*h, zeros.data(), 6 * kMiB + 1) && !memcmp(p, zeros.data(), 5 * kMiB + 3));
-    memcpy(*h, pattern.data(), 6 * kMiB + 1);
-    ASSERT_EQ(MemResizeHandleClear(h, 12 * kMiB), MgNoError);
-    EXPECT_TRUE(!memcmp(*h, pattern.data(), 6 * kMiB + 1) &&
-                !memcmp(*h + 6 * kMiB + 1, zeros.data(), 6 * kMiB - 1));
-    MemDisposeHandle(h);
+    ASSERT_TRUE(big && p);
+    EXPECT_TRUE(!memcmp(*big, zeros.data(), 6 * kMiB + 1) &&
+                !memcmp(p, zeros.data(), 5 * kMiB + 3));
+    memcpy(*big, pattern.data(), 6 * kMiB + 1);
+    ASSERT_EQ(MemResizeHandleClear(big, 12 * kMiB), MgNoError);
+    EXPECT_TRUE(!memcmp(*big, pattern.data(), 6 * kMiB + 1) &&
+                !memcmp(*big + 6 * kMiB + 1, zeros.data(), 6 * kMiB - 1));
+    MemDisposeHandle(big);
     MemDisposePtr(p);
     Ptr q = MemNewPtr(8 * kMiB);
     ASSERT_NE(q, nullptr);
