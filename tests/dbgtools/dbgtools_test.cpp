@@ -102,7 +102,7 @@ class FailureLog : public ::testing::Test {
         "navigate to https://support.meridax.example, or contact Meridax Technical Support.";
 };
 
-TEST_F(FailureLog, RecordsAndMessages) {
+TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
                 "^Failure : \"datetext\\.cpp\" line .*\r\n\r\nFor assistance");
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
@@ -157,10 +157,7 @@ TEST_F(FailureLog, RecordsAndMessages) {
     DWriteFailureLog(reinterpret_cast<const uint8_t*>("\003abc"), nullptr, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_FALSE(std::filesystem::exists(path / "Meridax_Failure_Log.txt"));
-}
-
-// Four unread bytes, then the error format and the failure format, as PStrs.
-TEST_F(FailureLog, FormatsOutOfMemoryAndNoSink) {
+    // Four unread bytes, then the error format and the failure format, as PStrs.
     const std::string block = std::string("????") + "\x0b" + "E%ld %s %s!" + "\x0a" + "F%s %s %ld";
     Handle h = MemNewHandle(static_cast<int32_t>(block.size()));
     memcpy(*h, block.data(), block.size());
@@ -199,6 +196,29 @@ TEST_F(FailureLog, FormatsOutOfMemoryAndNoSink) {
             ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
         EXPECT_FALSE(std::filesystem::exists(tmpDir + "/Meridax_Failure_Log.txt"));
     }
+    // A log beyond 1 MiB becomes the old log, replacing an older one, and the record starts a new
+    // log. Where the rename fails (a directory holds the old log's name) the record goes to the
+    // end of the log as it is.
+    const std::filesystem::path logFile = path / "Meridax_Failure_Log.txt",
+                                old = path / "Meridax_Failure_Log.old.txt";
+    const std::string big(5 << 20, 'x');
+    for (const bool renamable : {true, false}) {
+        std::ofstream(logFile, std::ios::binary) << big;
+        if (renamable)
+            std::ofstream(old, std::ios::binary) << "older";
+        else
+            std::filesystem::create_directories(old / "kept");
+        EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
+                    "");
+        const std::string written = Log(),
+                          record = renamable ? written : written.substr(big.size());
+        EXPECT_EQ(record.rfind(crlf + crlf + "####" + crlf, 0), 0u) << renamable;
+        // One record, opened as records are.
+        EXPECT_EQ(record.find("####", record.find("####") + 4), record.npos) << renamable;
+        EXPECT_TRUE((renamable ? SlurpFile(old) : written.substr(0, big.size())) == big)
+            << renamable;
+        std::filesystem::remove_all(old);
+    }
 }
 
 [[gnu::noinline]] int CallsStatic() {
@@ -216,32 +236,6 @@ TEST_F(FailureLog, StackLinesNameFunctionsThatAreNotExported) {
     const size_t outer = log.find(" - test_dbgtools " + InAnonymousNamespace("CallsStatic"));
     EXPECT_NE(outer, std::string::npos) << log;
     EXPECT_LT(inner, outer);
-}
-
-// A log beyond 1 MiB becomes the old log, replacing an older one, and the record starts a new
-// log. Where the rename fails (a directory holds the old log's name) the record goes to the
-// end of the log as it is.
-TEST_F(FailureLog, LogBeyondTheBoundBecomesTheOldLog) {
-    const std::filesystem::path log = path / "Meridax_Failure_Log.txt",
-                                old = path / "Meridax_Failure_Log.old.txt";
-    const std::string big(5 << 20, 'x');
-    for (const bool renamable : {true, false}) {
-        std::ofstream(log, std::ios::binary) << big;
-        if (renamable)
-            std::ofstream(old, std::ios::binary) << "older";
-        else
-            std::filesystem::create_directories(old / "kept");
-        EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
-                    "");
-        const std::string written = Log(),
-                          record = renamable ? written : written.substr(big.size());
-        EXPECT_EQ(record.rfind(crlf + crlf + "####" + crlf, 0), 0u) << renamable;
-        // One record, opened as records are.
-        EXPECT_EQ(record.find("####", record.find("####") + 4), record.npos) << renamable;
-        EXPECT_TRUE((renamable ? SlurpFile(old) : written.substr(0, big.size())) == big)
-            << renamable;
-        std::filesystem::remove_all(old);
-    }
 }
 
 TEST(HostStubs, PrintWriteAndConfig) {

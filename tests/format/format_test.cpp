@@ -38,7 +38,7 @@ std::string Format(const char* format, ...) {
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
-TEST(FormatEngine, ConversionsLiteralsCodesAndCuts) {
+TEST(FormatEngine, ConversionsCodesCutsMarksPositionsAndCounts) {
     int8_t minusOne8 = -1;
     int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
@@ -113,14 +113,11 @@ TEST(FormatEngine, ConversionsLiteralsCodesAndCuts) {
                 << size;
         }
     }
-}
-
-// The decimal-mark form is set once per call: the second pass starts with the mark the first
-// ended with. A gap in the positions gives no text at all.
-TEST(FormatEngine, DecimalMarkPositionsAndCounts) {
+    // The decimal-mark form is set once per call: the second pass starts with the mark the first
+    // ended with. A gap in the positions gives no text at all.
     double half = 0.5;
-    uint8_t pstr[] = {2, 'p', 'q'};
-    int16_t rect[4] = {1, 2, 3, 4};
+    uint8_t pq[] = {2, 'p', 'q'};
+    int16_t quad[4] = {1, 2, 3, 4};
     ExpectRows(
         {Row(Format("%,;%f|%.1f", 1.5, 2.25), "1,500000|2,2"),
          Row(Format("%,;%.1f%;|%.1f", 1.5, 1.5), "1,5|1.5"),
@@ -129,7 +126,7 @@ TEST(FormatEngine, DecimalMarkPositionsAndCounts) {
          Row(Format("%1$.1f %,;%1$.1f", 0.5), "0,5 0,5"),
          Row(Format("%1$s %2$d %1$s", "a", 7), "a 7 a"),
          Row(Format("%2$.1f|%1$5d|%1$-5d|", 42, 1.25), "1.2|   42|42   |"),
-         Row(Format("%1$p %2$q %3$r %4$4c %5$lx", pstr, (1 << 16) | 2, rect, 0x64636261, -1),
+         Row(Format("%1$p %2$q %3$r %4$4c %5$lx", pq, (1 << 16) | 2, quad, 0x64636261, -1),
              "pq (1,2) (1, 2, 3, 4) abcd FFFFFFFF"),
          Row(Format("%10$d%9$d%8$d%7$d%6$d%5$d%4$d%3$d%2$d%1$d", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9),
              "9876543210"),
@@ -220,7 +217,7 @@ class FormatWrappers : public ::testing::Test {
 
 // The PStr form cuts at 255; a failed resize gives the handle back untouched; a failed
 // allocation gives no handle and no notification.
-TEST_F(FormatWrappers, TerminatedPStrHandleNotifyAndLStr) {
+TEST_F(FormatWrappers, StringFormsFileAndPathText) {
     char buffer[32];
     uint8_t result[256];
     const uint8_t pformat[] = {4, '%', '0', '3', 'x'};
@@ -250,10 +247,7 @@ TEST_F(FormatWrappers, TerminatedPStrHandleNotifyAndLStr) {
                 Row((plat::FailAllocationAt(1), StrFormatSetLStr(&none, "x")), MgNoMemory),
                 Row(none == nullptr, 1)});
     MemDisposeHandle(reinterpret_cast<Handle>(lh));
-}
-
-// Lines into a file; a failed allocation or write (a full disk) adds nothing.
-TEST_F(FormatWrappers, FileAndPathText) {
+    // Lines into a file; a failed allocation or write (a full disk) adds nothing.
     TempDir dir;
     const std::string name = (dir.path / "out.txt").string();
     FileRef ref = 0;

@@ -44,9 +44,15 @@ uint64_t Over0xAA(NumType t, uint64_t bits) {
     return (bits & mask) | (0xAAAAAAAAAAAAAAAAull & ~mask);
 }
 
+const long double kInf = INFINITY;
+
+bool SameOrBothNaN(long double a, long double b) {
+    return (isnan(a) && isnan(b)) || (a == b && signbit(a) == signbit(b));
+}
+
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
-TEST(NumConvert, IntegersStoresFloatsComplexAndPortableForm) {
+TEST(NumericLayer, ConversionsPortableFormAndKernel) {
     // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
     const struct { NumType type; uint64_t bits, widened; } limits[] = {
@@ -142,16 +148,7 @@ TEST(NumConvert, IntegersStoresFloatsComplexAndPortableForm) {
         EXPECT_TRUE(memcmp(raw, again, 10) == 0 && memcmp(portable + 10, zeros, 6) == 0)
             << std::hex << v.signExponent << " " << v.mantissa;
     }
-}
-
-const long double kInf = INFINITY;
-
-bool SameOrBothNaN(long double a, long double b) {
-    return (isnan(a) && isnan(b)) || (a == b && signbit(a) == signbit(b));
-}
-
-// What each call gave and what it should give.
-TEST(Kernel, EdgesLibraryPolarAndComplex) {
+    // What each call gave and what it should give.
     // clang-format off
     const long double rows[][2] = {
         {ExpTwoMinusOne(-kInf), -1}, {ExpTwoMinusOne(kInf), kInf}, {ExpTwoMinusOne(-0.0L), -0.0L},

@@ -114,7 +114,7 @@ std::string Dec(long double x, int32_t digits) {
 // The digits 2 and 5 (52 * 10^exponent). Below -4915 the number prints as zero; digits beyond
 // the last stored one are zeros; the writer doesn't round; places may end before the first
 // digit; e = 61 does not fit 64 - 4: the exponent form with one digit.
-TEST(DecimalForm, WriterCorrectionsAndTable) {
+TEST(NumToText, DecimalFormNotationComplexAndInt32) {
     // clang-format off
     const struct { int16_t exponent; bool negative; int32_t code; std::string text; } cases[] = {
         {-4920, true, 3, "0.00E+0"}, {0, true, -3, "-52.000"}, {0, true, 5, "-5.2000E+1"},
@@ -171,12 +171,9 @@ TEST(DecimalForm, WriterCorrectionsAndTable) {
                 Row(value(9000, 0) == 0, 1),
                 Row(value(DecimalExponentInfinity, 0x52, DecimalSignNegative) == -INFINITY, 1),
                 Row(isnan(value(DecimalExponentNaN, 0x52)), 1)});
-}
-
-// A prefix exponent pointer takes the number's exponent out of the text; 100 counts as not
-// given, and SI yields to engineering without it. A prefix exponent given by the caller adds
-// to the number's; at the limits the sum wraps in 32 bits.
-TEST(NumToText, PrefixExponentComplexAndInt32) {
+    // A prefix exponent pointer takes the number's exponent out of the text; 100 counts as not
+    // given, and SI yields to engineering without it. A prefix exponent given by the caller adds
+    // to the number's; at the limits the sum wraps in 32 bits.
     const double v = 12345.678, big = 1e30, v1500 = 1500, one = 1;
     int32_t prefix = 0;
     auto text = [&](const double& x, int32_t code, int32_t start) {

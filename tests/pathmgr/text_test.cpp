@@ -38,7 +38,7 @@ const std::vector<TextRow> kPosixRows = {
     {"C:/x", "R:C:|x"}, {"/...", "A:..."}};
 // clang-format on
 
-TEST_F(PathText, TextToPathDrivesAndLongNames) {
+TEST_F(PathText, BothWays) {
     for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
         for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
             SCOPED_TRACE(testing::Message() << r.text << " in syntax " << syntax);
@@ -65,11 +65,8 @@ TEST_F(PathText, TextToPathDrivesAndLongNames) {
          Row(Read("\\\\srv\\" + std::string(300, 'v')), "U:\\\\srv\\" + std::string(249, 'v')),
          Row(Describe(alone), "U:\\\\" + std::string(251, 's') + "\\"),
          Row(MemHandleSize(alone), 4 + 1 + 254)});
-}
-
-// Only the given length is read, and the variable's handle is reused; null text empties an
-// existing path and leaves an empty variable empty; a count must fit the path's 16 bits.
-TEST_F(PathText, LengthsVariablesDepthAndPathToText) {
+    // Only the given length is read, and the variable's handle is reused; null text empties an
+    // existing path and leaves an empty variable empty; a count must fit the path's 16 bits.
     const uint8_t* text = reinterpret_cast<const uint8_t*>("C:\\abc\\def");
     OwnedPath p, q(Parse("a\\b")), r(Parse("a"));
     Path none = nullptr, before = nullptr, fails = nullptr;
@@ -107,39 +104,36 @@ TEST_F(PathText, LengthsVariablesDepthAndPathToText) {
         OwnedPath back(Parse(r.out, r.to));
         EXPECT_TRUE(r.from != r.to || FPathSame(p, back));
     }
-}
-
-// No path writes nothing and leaves the length; a corrupt one is refused; a network path with
-// no names measures one byte of portable text and writes none.
-TEST_F(PathText, NullTextsHandlesAndBuffers) {
+    // No path writes nothing and leaves the length; a corrupt one is refused; a network path with
+    // no names measures one byte of portable text and writes none.
     uint8_t mem[64] = {};
     auto* l = reinterpret_cast<LStr*>(mem);
-    OwnedPath none(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
+    OwnedPath noPath(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
     OwnedPath unc(FBuildPath(nullptr, PathKindUNC, nullptr));
     (*corrupt.p)[0] = 9;
-    ExpectRows({Row((l->count = -1, FPathTextInto(none, l)), MgNoError), Row(l->count, 0),
+    ExpectRows({Row((l->count = -1, FPathTextInto(noPath, l)), MgNoError), Row(l->count, 0),
                 Row((l->count = 7, FPathTextInto(nullptr, l)), MgNoError), Row(l->count, 7),
                 Row(FPathPortableTextInto(nullptr, l), MgBadArgument),
-                Row(FPathPortableTextInto(none, l), MgNoError),
+                Row(FPathPortableTextInto(noPath, l), MgNoError),
                 Row(FPathTextInto(corrupt, l), MgBadArgument),
                 Row((l->count = -1, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 1),
                 Row((l->count = 0, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 0)});
     // Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
     // handle.
-    OwnedPath p(Parse("/x/yz", PathSyntaxPosix));
+    OwnedPath yz(Parse("/x/yz", PathSyntaxPosix));
     OwnedPath longer(FBuildPath(nullptr, PathKindRelative, P(std::string(200, 'a')).b,
                                 P(std::string(100, 'b')).b, nullptr));
-    const std::string host = Text(p, FHostPathSyntax());
-    Handle text = nullptr, c = FPathToCHandle(p), failed = nullptr;
+    const std::string host = Text(yz, FHostPathSyntax());
+    Handle lstr = nullptr, c = FPathToCHandle(yz), failed = nullptr;
     char *buffer = nullptr, *tooLong = nullptr;
-    ExpectRows({Row(FPathToPortableLStr(p, &text), MgNoError),
-                Row(Contents(text), LStrBytes("/x/yz")), Row(Contents(c), host + '\0'),
-                Row(FPathToCBuffer(p, &buffer), MgNoError), Row(buffer, host),
+    ExpectRows({Row(FPathToPortableLStr(yz, &lstr), MgNoError),
+                Row(Contents(lstr), LStrBytes("/x/yz")), Row(Contents(c), host + '\0'),
+                Row(FPathToCBuffer(yz, &buffer), MgNoError), Row(buffer, host),
                 Row(FPathToCBuffer(longer, &tooLong), MgNoMemory),
                 Row(tooLong != nullptr && tooLong[0] == 0, 1),
-                Row((plat::FailAllocationAt(1), FPathToCompactLStr(p, &failed)), MgNoMemory),
+                Row((plat::FailAllocationAt(1), FPathToCompactLStr(yz, &failed)), MgNoMemory),
                 Row(failed == nullptr, 1)});
-    for (Handle h : {text, c}) MemDisposeHandle(h);
+    for (Handle h : {lstr, c}) MemDisposeHandle(h);
     for (char* b : {buffer, tooLong}) MemDisposePtr(reinterpret_cast<Ptr>(b));
 }
 

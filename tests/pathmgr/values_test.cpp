@@ -18,7 +18,7 @@ Path Raw(int16_t kind, std::vector<std::string> names = {}) {
     return NewHandleOf(bytes);
 }
 
-TEST_F(PathValues, ValidityConstructionComponentsRootsAndNormalise) {
+TEST_F(PathValues, AllOperations) {
     // clang-format off
     const struct { int16_t kind, count; int valid, usable, rooted; } rows[] = {
         {0, 0, 1, 1, 1}, {1, 0, 1, 1, 0}, {3, 0, 1, 1, 1}, {2, 0, 1, 0, 0}, {2, -5, 1, 0, 0},
@@ -124,20 +124,17 @@ TEST_F(PathValues, ValidityConstructionComponentsRootsAndNormalise) {
         EXPECT_EQ(FPathDepth(p), r.countAfter);
         EXPECT_EQ(Contents(p).substr(4), r.namesAfter);
     }
-}
-
-// The relative path is computed over its own input; joined to the base it gives the target.
-// The volume goes like any name; one more level climbs out of the volumes (on POSIX hosts
-// nothing climbs above the root, and text, joins and relative paths agree). A path joins onto
-// itself; a rooted operand joins only onto the empty path.
-TEST_F(PathValues, RelativeJoinCompareTrimAndOrder) {
+    // The relative path is computed over its own input; joined to the base it gives the target.
+    // The volume goes like any name; one more level climbs out of the volumes (on POSIX hosts
+    // nothing climbs above the root, and text, joins and relative paths agree). A path joins onto
+    // itself; a rooted operand joins only onto the empty path.
     // clang-format off
-    const struct { const char *base, *target, *rel; } rows[] = {
+    const struct { const char *base, *target, *rel; } joins[] = {
         {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"},
         {"C:\\a\\b", "C:\\a\\b", "R:"}, {"C:\\a\\b\\c", "C:\\a", "R:..|.."},
         {"c:\\A", "C:\\a\\x", "R:x"}, {"\\\\s\\v\\a", "C:\\x", "R:..|..|C|x"}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : joins) {
         SCOPED_TRACE(std::string(r.base) + " -> " + r.target);
         OwnedPath base(Parse(r.base)), target(Parse(r.target)), joined(FEmptyPath(nullptr)),
             expected(Parse(r.target));
@@ -146,7 +143,6 @@ TEST_F(PathValues, RelativeJoinCompareTrimAndOrder) {
         EXPECT_TRUE(!FPathJoin(base, target, joined) && FPathSame(joined, expected))
             << Describe(joined);
     }
-    const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     OwnedPath base(Parse("C:\\a")), out(FEmptyPath(nullptr)), two(Parse("..\\..\\x")),
         three(Parse("..\\..\\..\\x")), self(Parse("x\\y")), unc(Parse("\\\\s\\v\\a"));
     ExpectRows({Row(After(FPathJoin(base, two, out), out), "0 A:x"),
@@ -181,10 +177,10 @@ TEST_F(PathValues, RelativeJoinCompareTrimAndOrder) {
                     Row(After(FPathTrimToCommon(a, b), a), std::string("0 ") + r.trimmed),
                     Row(MemHandleSize(a), FPathByteSize(a))});
     }
-    OwnedPath p(Parse("C:\\a")), n1(FMakeNoPath(nullptr)), n2(Raw(PathKindNone, {"junk"}));
-    ExpectRows({Row(FPathSame(nullptr, nullptr), 1), Row(FPathFirstDifference(p, nullptr), -1),
-                Row(FPathOrder(nullptr, p), -1), Row(FPathOrder(n1, n2), 0),
-                Row(FPathOrder(p, n1), -1)});
+    OwnedPath cPath(Parse("C:\\a")), n1(FMakeNoPath(nullptr)), n2(Raw(PathKindNone, {"junk"}));
+    ExpectRows({Row(FPathSame(nullptr, nullptr), 1), Row(FPathFirstDifference(cPath, nullptr), -1),
+                Row(FPathOrder(nullptr, cPath), -1), Row(FPathOrder(n1, n2), 0),
+                Row(FPathOrder(cPath, n1), -1)});
 }
 
 Bytes Flatten(Path p) {
