@@ -84,7 +84,7 @@ struct FakeLive {
 // Main header: size, flags and the handle; compact header: size and flags only. Every handle
 // counts its bytes and its header, size 0 the header alone. Three main master blocks and one
 // compact one to start with.
-TEST_F(MemoryTest, HeadersAccountingValidityAndGrowth) {
+TEST_F(MemoryTest, HandlesOfBothZones) {
     EXPECT_TRUE(gMainZone->masterBlockCount >= 3 && gCompactZone->masterBlockCount >= 1);
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
@@ -153,12 +153,9 @@ TEST_F(MemoryTest, HeadersAccountingValidityAndGrowth) {
     ExpectRows({Row(gMainZone->freeMasterCount, freeBefore + mgmem::kMastersPerBlock),
                 Row(MemCheckFreeList(gMainZone), MgNoError)});
     gMemChecking = 0;
-}
-
-// Clearing to the same size is a counted resize in the compact zone only; the main zone
-// refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
-// a total too small for it as an allocation would. Only added bytes are cleared.
-TEST_F(MemoryTest, ResizeCopySetAppendDuplicateAndEnsure) {
+    // Clearing to the same size is a counted resize in the compact zone only; the main zone
+    // refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
+    // a total too small for it as an allocation would. Only added bytes are cleared.
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle h = z.newHandle(4);
@@ -204,17 +201,17 @@ TEST_F(MemoryTest, ResizeCopySetAppendDuplicateAndEnsure) {
     }
     // Ensuring allocates or resizes, and a failed allocation leaves the handle null; moving to
     // the compact zone frees the main handle.
-    Handle h = nullptr, c = nullptr, none = nullptr, moved = NewHandleOf("move"), old = moved;
-    ASSERT_EQ(CompactEnsureHandle(&h, 3), MgNoError);
-    memcpy(*h, "abc", 3);
-    ExpectRows({Row(CompactEnsureHandleClear(&h, 6), MgNoError),
-                Row(Contents(h, false), std::string("abc\0\0\0", 6)),
-                Row(CompactEnsureHandleClear(&c, 5), MgNoError),
-                Row(Contents(c, false), std::string(5, '\0')),
+    Handle e = nullptr, ec = nullptr, none = nullptr, moved = NewHandleOf("move"), old = moved;
+    ASSERT_EQ(CompactEnsureHandle(&e, 3), MgNoError);
+    memcpy(*e, "abc", 3);
+    ExpectRows({Row(CompactEnsureHandleClear(&e, 6), MgNoError),
+                Row(Contents(e, false), std::string("abc\0\0\0", 6)),
+                Row(CompactEnsureHandleClear(&ec, 5), MgNoError),
+                Row(Contents(ec, false), std::string(5, '\0')),
                 Row((plat::FailAllocationAt(1), CompactEnsureHandle(&none, 3)), MgNoMemory),
                 Row(none == nullptr, 1), Row(MemMoveToCompact(&moved), MgNoError),
                 Row(MemCheckHandle(old), MgBadHandle), Row(Contents(moved, false), "move")});
-    for (Handle x : {h, c, moved}) EXPECT_EQ(CompactDisposeHandle(x), MgNoError);
+    for (Handle x : {e, ec, moved}) EXPECT_EQ(CompactDisposeHandle(x), MgNoError);
 }
 
 // A disposed handle given to any operation, and a recovery that can't lead back, end in a
