@@ -41,10 +41,10 @@ const std::vector<TextRow> kPosixRows = {
 TEST_F(PathText, BothWays) {
     for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
         for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
-            SCOPED_TRACE(testing::Message() << r.text << " in syntax " << syntax);
             OwnedPath p(Parse(r.text, syntax));
-            EXPECT_EQ(Describe(p), r.path);
-            EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
+            EXPECT_EQ(Describe(p) + " " + std::to_string(MemHandleSize(p) - FPathByteSize(p)),
+                      std::string(r.path) + " 0")
+                << r.text << " in syntax " << syntax;
         }
     }
     // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
@@ -168,13 +168,12 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
     // POSIX names take 255-byte components whole, up to the host's longest name and no further.
     const int32_t limit = std::min<int32_t>(plat::NativeNameMax(), FNativeNameBufferSize - 1);
     for (int32_t length : {limit, limit + 1}) {
-        SCOPED_TRACE(length);
         std::string text;
         while (int32_t(text.size()) < length)
             text += "/" + std::string(std::min<size_t>(255, length - text.size() - 1), 'n');
         OwnedPath p(Parse(text, X));
         const std::string got = Native(p, X);
-        EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << got;
+        EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << length << got;
     }
     // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
     // status is whatever the host's last error maps to, and the text is cut there. A 200-byte name
@@ -202,12 +201,12 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
         {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
     for (const auto& r : names) {
-        SCOPED_TRACE(r.name);
         char found[256] = {}, extra[256] = {};
         // The second output is optional; POSIX rows leave it out.
-        EXPECT_EQ(FCheckNameSyntax(P(r.name).b, found, r.syntax == W ? extra : nullptr, r.syntax),
-                  r.flags);
-        EXPECT_STREQ(found, r.found);
+        const int32_t flags =
+            FCheckNameSyntax(P(r.name).b, found, r.syntax == W ? extra : nullptr, r.syntax);
+        EXPECT_EQ(std::to_string(flags) + "|" + found, std::to_string(r.flags) + "|" + r.found)
+            << r.name;
     }
     char found[256] = "stale", extra[256] = "stale";
     ExpectRows({Row(FCheckNewName(P("").b, nullptr, 0, found, extra), 2),
