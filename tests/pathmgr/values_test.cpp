@@ -100,8 +100,8 @@ TEST_F(PathValues, AllOperations) {
         {1, {"", "", "a"}, "R:..|..|a", "R:..|..|a"},
         {0, {"C", "", "\\\\s\\v", "a"}, "U:\\\\s\\v|a", "U:\\\\s\\v|a"},
         {3, {"\\\\s\\v", "", "x"}, "A:x", "A:x"}};
-    const struct { std::vector<std::string> names; int16_t count; std::string tail; int16_t countAfter;
-        std::string namesAfter; } beyond[] = {
+    const struct { std::vector<std::string> names; int16_t count; std::string tail;
+        int16_t countAfter; std::string namesAfter; } beyond[] = {
         {{"a", "b"}, 3, "", 1, std::string("\1a", 2)}, {{"a", "b"}, 5, "", 1, ""},
         {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"}};
     // clang-format on
