@@ -9,7 +9,6 @@
 
 #include <complex>
 #include <iterator>
-#include <limits>
 
 #include "support/rows.h"
 
@@ -26,12 +25,6 @@ struct Cell {
         memcpy(&v, bytes, sizeof v);
         return v;
     }
-    template <typename T>
-    static Cell Of(T v) {
-        Cell c;
-        memcpy(c.bytes, &v, sizeof v);
-        return c;
-    }
 };
 
 // `v`, a number of type `from` (or a Cell holding one), converted to `to` over bytes of 0xAA.
@@ -44,13 +37,6 @@ Cell Conv(NumType from, const T& v, NumType to, int32_t* result = nullptr) {
     return out;
 }
 
-// The stored bits of an integer type, read back as unsigned 64 bits.
-uint64_t StoredBits(NumType t, const Cell& c) {
-    uint64_t bits = 0;  // both hosts are little-endian
-    memcpy(&bits, c.bytes, size_t(NumTypeSize(t)));
-    return bits;
-}
-
 // What a conversion into integer type `t` leaves in a cell of 0xAA bytes: the low bits of its
 // width (1, 2, 4 or 8 bytes by the type's place in the table), then the 0xAA bytes untouched.
 uint64_t Over0xAA(NumType t, uint64_t bits) {
@@ -58,33 +44,34 @@ uint64_t Over0xAA(NumType t, uint64_t bits) {
     return (bits & mask) | (0xAAAAAAAAAAAAAAAAull & ~mask);
 }
 
+const long double kInf = INFINITY;
+
+bool SameOrBothNaN(long double a, long double b) {
+    return (isnan(a) && isnan(b)) || (a == b && signbit(a) == signbit(b));
+}
+
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
-TEST(NumConvert, IntegersKeepTheirLowBitsAcrossEveryPair) {
+TEST(NumericLayer, ConversionsPortableFormAndKernel) {
+    // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
-    const struct { NumType type; Cell cell; uint64_t widened; } limits[] = {
-        {NumIB, Cell::Of<int8_t>(-128), 0xFFFFFFFFFFFFFF80ull}, {NumIB, Cell::Of<int8_t>(127), 127},
-        {NumIW, Cell::Of<int16_t>(-32768), 0xFFFFFFFFFFFF8000ull},
-        {NumIL, Cell::Of<int32_t>(INT32_MIN), 0xFFFFFFFF80000000ull},
-        {NumIL, Cell::Of<int32_t>(-1), ~0ull}, {NumIL, Cell::Of<int32_t>(70000), 70000},
-        {NumIQ, Cell::Of<int64_t>(INT64_MIN), 0x8000000000000000ull},
-        {NumUB, Cell::Of<uint8_t>(255), 255}, {NumUW, Cell::Of<uint16_t>(65535), 65535},
-        {NumUL, Cell::Of<uint32_t>(0xFFFFFFFFu), 0xFFFFFFFFull},
-        {NumUQ, Cell::Of<uint64_t>(~0ull), ~0ull}};
+    const struct { NumType type; uint64_t bits, widened; } limits[] = {
+        {NumIB, 0x80, 0xFFFFFFFFFFFFFF80ull}, {NumIB, 127, 127},
+        {NumIW, 0x8000, 0xFFFFFFFFFFFF8000ull}, {NumIL, 0x80000000, 0xFFFFFFFF80000000ull},
+        {NumIL, 0xFFFFFFFF, ~0ull}, {NumIL, 70000, 70000},
+        {NumIQ, 0x8000000000000000ull, 0x8000000000000000ull}, {NumUB, 255, 255},
+        {NumUW, 65535, 65535}, {NumUL, 0xFFFFFFFF, 0xFFFFFFFFull}, {NumUQ, ~0ull, ~0ull}};
     // clang-format on
     for (const auto& l : limits)
         for (NumType t = NumIB; t <= NumUQ; ++t)
-            EXPECT_EQ(Conv(l.type, l.cell, t).As<uint64_t>(), Over0xAA(t, l.widened))
+            EXPECT_EQ(Conv(l.type, l.bits, t).As<uint64_t>(), Over0xAA(t, l.widened))
                 << "from " << l.type << " to " << t;
-    Cell out = Conv(0x10 | NumIL, int32_t(-2), 0x10 | NumIQ);
-    EXPECT_EQ(out.As<int64_t>(), -2);
+    Cell wide = Conv(0x10 | NumIL, int32_t(-2), 0x10 | NumIQ);
+    EXPECT_EQ(wide.As<int64_t>(), -2);
     // Type 0 or above 30 is a failure.
-    EXPECT_EXIT(NumConvert(0, out.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(NumConvert(NumIL, out.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
-}
-
-// Saturation, ties to even, and the integer indefinite (with result 0) by the table.
-TEST(NumStore, SaturatesAndRoundsByTheTable) {
+    EXPECT_EXIT(NumConvert(0, wide.bytes, NumIL, wide.bytes), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(NumConvert(NumIL, wide.bytes, 31, wide.bytes), testing::ExitedWithCode(1), "");
+    // Saturation, ties to even, and the integer indefinite (with result 0) by the table.
     const long double inf = INFINITY, nan = NAN;
     const uint64_t min64 = 0x8000000000000000ull;
     // clang-format off
@@ -103,18 +90,15 @@ TEST(NumStore, SaturatesAndRoundsByTheTable) {
         {-1, NumUQ, ~0ull, 0}};
     // clang-format on
     for (const auto& c : cases) {
-        Cell out;
-        const int32_t result = NumStore(c.type, out.bytes, ExtendedPair{c.value, 0});
-        EXPECT_EQ(StoredBits(c.type, out), c.bits) << (double)c.value << " as " << c.type;
-        EXPECT_EQ(result, c.result) << (double)c.value << " as " << c.type;
+        uint64_t bits = 0;  // the stored bits, read back as 64 (both hosts are little-endian)
+        const int32_t result = NumStore(c.type, &bits, ExtendedPair{c.value, 0});
+        EXPECT_EQ(std::make_pair(bits, result), std::make_pair(c.bits, c.result))
+            << (double)c.value << " as " << c.type;
     }
-}
-
-// Every float type's largest value saturates each integer type the same way. Float widths:
-// infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
-// largest uQ exactly, both ways. Complex parts. Extended takes 10 bytes and its complex pair
-// 20 until the host sets its size; types 0 and 15 take none.
-TEST(NumConvert, FloatsAndComplexParts) {
+    // Every float type's largest value saturates each integer type the same way. Float widths:
+    // infinities and overflow, the 10 bytes of the extended form and nothing beyond them, the
+    // largest uQ exactly, both ways. Complex parts. Extended takes 10 bytes and its complex pair
+    // 20 until the host sets its size; types 0 and 15 take none.
     Cell out, big;
     int32_t result = -1;
     const float cs[2] = {1.5f, -4.0f};
@@ -139,12 +123,9 @@ TEST(NumConvert, FloatsAndComplexParts) {
         ExpectRows({Row(Conv(f, big, NumIL).As<int32_t>(), INT32_MAX),
                     Row(Conv(f, big, NumUW).As<uint16_t>(), 65535)});
     }
-}
-
-// The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
-// every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
-// infinities.
-TEST(PortableForm, RoundTripKeepsEveryBit) {
+    // The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
+    // every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
+    // infinities.
     uint8_t portable[16];
     const uint8_t minusOneAndHalf[16] = {0xBF, 0xFF, 0x80};
     EXPECT_TRUE(ExtendedToPortable(-1.5L, portable) == portable + 16 &&
@@ -167,16 +148,7 @@ TEST(PortableForm, RoundTripKeepsEveryBit) {
         EXPECT_TRUE(memcmp(raw, again, 10) == 0 && memcmp(portable + 10, zeros, 6) == 0)
             << std::hex << v.signExponent << " " << v.mantissa;
     }
-}
-
-const long double kInf = INFINITY;
-
-bool SameOrBothNaN(long double a, long double b) {
-    return (isnan(a) && isnan(b)) || (a == b && signbit(a) == signbit(b));
-}
-
-// What each call gave and what it should give.
-TEST(Kernel, EdgeValues) {
+    // What each call gave and what it should give.
     // clang-format off
     const long double rows[][2] = {
         {ExpTwoMinusOne(-kInf), -1}, {ExpTwoMinusOne(kInf), kInf}, {ExpTwoMinusOne(-0.0L), -0.0L},
@@ -193,11 +165,8 @@ TEST(Kernel, EdgeValues) {
     for (size_t i = 0; i < std::size(rows); ++i)
         EXPECT_TRUE(SameOrBothNaN(rows[i][0], rows[i][1]))
             << "row " << i << ": " << (double)rows[i][0];
-}
-
-// Small arguments keep their digits: the whole point of the 1 + x forms. Powers agree with
-// powl.
-TEST(Kernel, AgreesWithTheLibrary) {
+    // Small arguments keep their digits: the whole point of the 1 + x forms. Powers agree with
+    // powl.
     for (long double x : {1e-30L, -3e-25L, 2e-19L}) {
         const long double ratios[] = {
             HyperSine(x) / x,    HyperTangent(x) / x,
@@ -209,11 +178,8 @@ TEST(Kernel, AgreesWithTheLibrary) {
         for (long double y : {-3.5L, -1.0L, 0.25L, 2.0L, 17.0L})
             EXPECT_NEAR((double)(PowerReal(x, y) / powl(x, y) - 1), 0, 1e-16)
                 << (double)x << "^" << (double)y;
-}
-
-// Rectangular to polar and back: NaN spreads, infinity at angle 0 has no NaN part (not
-// inf * 0), and nothing is left on the unit's stack.
-TEST(Polar, SpecialCases) {
+    // Rectangular to polar and back: NaN spreads, infinity at angle 0 has no NaN part (not
+    // inf * 0), and nothing is left on the unit's stack.
     const long double pi = 3.14159265358979323846264338327950288L;
     // clang-format off
     const long double toPolar[][4] = {
@@ -231,9 +197,6 @@ TEST(Polar, SpecialCases) {
     PolarToRectangular(2, pi / 6, &re2, &im2);
     EXPECT_TRUE(re == kInf && im == 0 && fabsl(re2 - sqrtl(3)) < 1e-15 && fabsl(im2 - 1) < 1e-15);
     EXPECT_EQ(FloatStateProbe(), 1);
-}
-
-TEST(Complex, AgreesWithStdComplex) {
     using C = std::complex<long double>;
     for (const C& z : {C(0.5L, 0.25L), C(-1.5L, 2), C(3, -0.75L), C(-0.2L, -0.9L), C(2, 0.1L)}) {
         const ExtendedPair e{z.real(), z.imag()};

@@ -29,7 +29,7 @@ class Startup : public ::testing::Test {
 
 // The host stub has no answer for the locale switch: the mark is a point. Exit clears the
 // handles. Out of memory at any of the seven handles gives status 2.
-TEST_F(Startup, FillsHandlesPathsAndConstants) {
+TEST_F(Startup, HandlesConstantsRandomSequenceAndVersionText) {
     ASSERT_EQ(SupportInit(), MgNoError);
     auto bytes = [](void* h) { return Contents(reinterpret_cast<Handle>(h)); };
     const int16_t emptyPath[2] = {0, 0}, notAPath[2] = {2, 0};
@@ -47,11 +47,8 @@ TEST_F(Startup, FillsHandlesPathsAndConstants) {
         EXPECT_EQ(SupportInit(), MgNoMemory) << n;
         SupportExit();
     }
-}
-
-// The seed is the source's low 14 bits, 1234 for 0, and the default source gives 1. The
-// generator computed apart: exact integer steps, the sum of the fractions modulo 1.
-TEST_F(Startup, RandomSequenceFollowsTheSeedSource) {
+    // The seed is the source's low 14 bits, 1234 for 0, and the default source gives 1. The
+    // generator computed apart: exact integer steps, the sum of the fractions modulo 1.
     static int32_t source;
     const int32_t sources[][2] = {{0, 1}, {3 * 16384, 1234}, {16384 + 5, 5}};  // and the seed
     for (const auto& [s, seed] : sources) {
@@ -68,9 +65,6 @@ TEST_F(Startup, RandomSequenceFollowsTheSeedSource) {
             ASSERT_NEAR(got, (double)(sum - floorl(sum)), 1e-15) << s << " " << i;
         }
     }
-}
-
-TEST(VersionText, Forms) {
     // clang-format off
     const struct { uint32_t version; const char* text; } cases[] = {
         {0x01234056, "1.2.3a56"}, {0x06100000, "6.1"}, {0x12300000, "12.3"}, {0x08502001, "8.5d1"},

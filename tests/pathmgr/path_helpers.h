@@ -18,10 +18,7 @@ using mgtest::P;
 // Owns a path for the length of a test.
 struct OwnedPath {
     Path p = nullptr;
-    OwnedPath() = default;
-    explicit OwnedPath(Path path) : p(path) {}
-    OwnedPath(const OwnedPath&) = delete;
-    OwnedPath& operator=(const OwnedPath&) = delete;
+    explicit OwnedPath(Path path = nullptr) : p(path) {}
     ~OwnedPath() { FPathRelease(p); }
     operator Path() const { return p; }
 };
@@ -47,25 +44,26 @@ inline std::string Describe(Path p) {
     return out;
 }
 
-// The status of a call and the path it left, as "0 A:C|a". The path is read by reference,
-// after the call, which may have set the variable.
-inline std::string After(MgStatus status, const Path& p) {
+// The status of a call and the path it left, as "0 A:C|a". The path (a Path or an OwnedPath)
+// is read by reference, after the call, which may have set the variable.
+template <typename T>
+std::string After(MgStatus status, const T& p) {
     return std::to_string(status) + " " + Describe(p);
 }
-inline std::string After(MgStatus status, const OwnedPath& p) {
-    return After(status, p.p);
+
+// The path that a text reads as, described.
+inline std::string Read(const std::string& text, int32_t syntax = PathSyntaxWindows) {
+    OwnedPath p(Parse(text, syntax));
+    return Describe(p);
 }
 
 // The text a measure-then-write function gives; the write must match the measure exactly.
 template <typename F>
 std::string MeasuredText(F into) {
-    std::vector<uint8_t> mem(sizeof(int32_t));
+    int32_t length = -1;  // an LStr of its count alone: -1 asks for the length
+    EXPECT_EQ(into(reinterpret_cast<LStr*>(&length)), MgNoError);
+    std::vector<uint8_t> mem(sizeof(int32_t) + length + 1, 0xEE);
     auto* l = reinterpret_cast<LStr*>(mem.data());
-    l->count = -1;
-    EXPECT_EQ(into(l), MgNoError);
-    int32_t length = l->count;
-    mem.assign(sizeof(int32_t) + length + 1, 0xEE);
-    l = reinterpret_cast<LStr*>(mem.data());
     l->count = 0;
     EXPECT_EQ(into(l), MgNoError);
     EXPECT_EQ(l->count, length);

@@ -14,8 +14,7 @@ constexpr int32_t W = PathSyntaxWindows, X = PathSyntaxPosix;
 using namespace mgtest;
 
 struct TextRow {
-    const char* text;
-    const char* path;  // as Describe prints it
+    const char *text, *path;  // the path as Describe prints it
 };
 
 // Every text is read with D:\work as the current directory. The last rows of the Windows
@@ -39,46 +38,35 @@ const std::vector<TextRow> kPosixRows = {
     {"C:/x", "R:C:|x"}, {"/...", "A:..."}};
 // clang-format on
 
-TEST_F(PathText, TextToPath) {
+TEST_F(PathText, BothWays) {
     for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
         for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
-            SCOPED_TRACE(testing::Message() << r.text << " in syntax " << syntax);
             OwnedPath p(Parse(r.text, syntax));
-            EXPECT_EQ(Describe(p), r.path);
-            EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
+            EXPECT_EQ(Describe(p) + " " + std::to_string(MemHandleSize(p) - FPathByteSize(p)),
+                      std::string(r.path) + " 0")
+                << r.text << " in syntax " << syntax;
         }
     }
     // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
     OwnedPath cut(Parse(std::string(1, '/').append(256, 'x'), PathSyntaxPosix));
     EXPECT_EQ(Describe(cut), "A:" + std::string(255, 'x'));
-}
-
-// The current drive is the first byte of the directory, upper-cased; on a share the volume is
-// the backslash itself, which makes the path a network one.
-TEST_F(PathText, CurrentDriveAndLongNames) {
-    plat::SetCurrentDirectoryForTest("e:\\x");
-    OwnedPath e(Parse("\\a"));
-    plat::SetCurrentDirectoryForTest("\\\\s\\v");
-    OwnedPath share(Parse("\\a"));
+    // The current drive is the first byte of the directory, upper-cased; on a share the volume is
+    // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
     // shrinks to what the server leaves, and a long server with no share stores what it counts.
-    OwnedPath n255(Parse("C:\\" + std::string(255, 'n') + "\\z"));
-    OwnedPath n300(Parse("C:\\" + std::string(300, 'n') + "\\z"));
-    OwnedPath server(Parse("\\\\" + std::string(300, 's') + "\\share\\x"));
-    OwnedPath longShare(Parse("\\\\srv\\" + std::string(300, 'v')));
     OwnedPath alone(Parse("\\\\" + std::string(300, 's')));
-    ExpectRows({Row(Describe(e), "A:E|a"), Row(Describe(share), "U:\\|a"),
-                Row(Describe(n255), "A:C|" + std::string(255, 'n') + "|z"),
-                Row(Describe(n300), "A:C|" + std::string(255, 'n') + "|z"),
-                Row(Describe(server), "U:\\\\" + std::string(251, 's') + "\\s|x"),
-                Row(Describe(longShare), "U:\\\\srv\\" + std::string(249, 'v')),
-                Row(Describe(alone), "U:\\\\" + std::string(251, 's') + "\\"),
-                Row(MemHandleSize(alone), 4 + 1 + 254)});
-}
-
-// Only the given length is read, and the variable's handle is reused; null text empties an
-// existing path and leaves an empty variable empty; a count must fit the path's 16 bits.
-TEST_F(PathText, LengthsVariablesAndDepth) {
+    ExpectRows(
+        {Row((plat::SetCurrentDirectoryForTest("e:\\x"), Read("\\a")), "A:E|a"),
+         Row((plat::SetCurrentDirectoryForTest("\\\\s\\v"), Read("\\a")), "U:\\|a"),
+         Row(Read("C:\\" + std::string(255, 'n') + "\\z"), "A:C|" + std::string(255, 'n') + "|z"),
+         Row(Read("C:\\" + std::string(300, 'n') + "\\z"), "A:C|" + std::string(255, 'n') + "|z"),
+         Row(Read("\\\\" + std::string(300, 's') + "\\share\\x"),
+             "U:\\\\" + std::string(251, 's') + "\\s|x"),
+         Row(Read("\\\\srv\\" + std::string(300, 'v')), "U:\\\\srv\\" + std::string(249, 'v')),
+         Row(Describe(alone), "U:\\\\" + std::string(251, 's') + "\\"),
+         Row(MemHandleSize(alone), 4 + 1 + 254)});
+    // Only the given length is read, and the variable's handle is reused; null text empties an
+    // existing path and leaves an empty variable empty; a count must fit the path's 16 bits.
     const uint8_t* text = reinterpret_cast<const uint8_t*>("C:\\abc\\def");
     OwnedPath p, q(Parse("a\\b")), r(Parse("a"));
     Path none = nullptr, before = nullptr, fails = nullptr;
@@ -98,10 +86,7 @@ TEST_F(PathText, LengthsVariablesAndDepth) {
     EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(deep.data()),
                                 static_cast<int32_t>(deep.size()), &deepest.p, PathSyntaxPosix),
               MgBadArgument);
-}
-
-// A path's text in a syntax, and its portable text; the text reads back as the same path.
-TEST_F(PathText, PathToText) {
+    // A path's text in a syntax, and its portable text; the text reads back as the same path.
     // clang-format off
     const struct { const char* in; int32_t from, to; const char *out, *portable; } rows[] = {
         {"C:", W, W, "C:\\", "/C"}, {"C:\\a", W, W, "C:\\a", "/C/a"},
@@ -115,58 +100,52 @@ TEST_F(PathText, PathToText) {
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::Message() << r.in << " " << r.from << " to " << r.to);
         OwnedPath p(Parse(r.in, r.from));
-        EXPECT_EQ(Text(p, r.to), r.out);
-        EXPECT_EQ(PortableText(p), r.portable);
+        EXPECT_EQ(Text(p, r.to) + " " + PortableText(p), std::string(r.out) + " " + r.portable);
         OwnedPath back(Parse(r.out, r.to));
         EXPECT_TRUE(r.from != r.to || FPathSame(p, back));
     }
-}
-
-// No path writes nothing and leaves the length; a corrupt one is refused; a network path with
-// no names measures one byte of portable text and writes none.
-TEST_F(PathText, NotAPathAndNullTexts) {
+    // No path writes nothing and leaves the length; a corrupt one is refused; a network path with
+    // no names measures one byte of portable text and writes none.
     uint8_t mem[64] = {};
     auto* l = reinterpret_cast<LStr*>(mem);
-    OwnedPath none(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
+    OwnedPath noPath(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
     OwnedPath unc(FBuildPath(nullptr, PathKindUNC, nullptr));
     (*corrupt.p)[0] = 9;
-    ExpectRows({Row((l->count = -1, FPathTextInto(none, l)), MgNoError), Row(l->count, 0),
+    ExpectRows({Row((l->count = -1, FPathTextInto(noPath, l)), MgNoError), Row(l->count, 0),
                 Row((l->count = 7, FPathTextInto(nullptr, l)), MgNoError), Row(l->count, 7),
                 Row(FPathPortableTextInto(nullptr, l), MgBadArgument),
-                Row(FPathPortableTextInto(none, l), MgNoError),
+                Row(FPathPortableTextInto(noPath, l), MgNoError),
                 Row(FPathTextInto(corrupt, l), MgBadArgument),
                 Row((l->count = -1, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 1),
                 Row((l->count = 0, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 0)});
-}
-
-// Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
-// handle.
-TEST_F(PathText, HandleAndBufferForms) {
-    OwnedPath p(Parse("/x/yz", PathSyntaxPosix));
+    // Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
+    // handle.
+    OwnedPath yz(Parse("/x/yz", PathSyntaxPosix));
     OwnedPath longer(FBuildPath(nullptr, PathKindRelative, P(std::string(200, 'a')).b,
                                 P(std::string(100, 'b')).b, nullptr));
-    const std::string host = Text(p, FHostPathSyntax());
-    Handle text = nullptr, c = FPathToCHandle(p), failed = nullptr;
+    const std::string host = Text(yz, FHostPathSyntax());
+    Handle lstr = nullptr, c = FPathToCHandle(yz), failed = nullptr;
     char *buffer = nullptr, *tooLong = nullptr;
-    ExpectRows({Row(FPathToPortableLStr(p, &text), MgNoError),
-                Row(Contents(text), LStrBytes("/x/yz")), Row(Contents(c), host + '\0'),
-                Row(FPathToCBuffer(p, &buffer), MgNoError), Row(buffer, host),
+    ExpectRows({Row(FPathToPortableLStr(yz, &lstr), MgNoError),
+                Row(Contents(lstr), LStrBytes("/x/yz")), Row(Contents(c), host + '\0'),
+                Row(FPathToCBuffer(yz, &buffer), MgNoError), Row(buffer, host),
                 Row(FPathToCBuffer(longer, &tooLong), MgNoMemory),
                 Row(tooLong != nullptr && tooLong[0] == 0, 1),
-                Row((plat::FailAllocationAt(1), FPathToCompactLStr(p, &failed)), MgNoMemory),
+                Row((plat::FailAllocationAt(1), FPathToCompactLStr(yz, &failed)), MgNoMemory),
                 Row(failed == nullptr, 1)});
-    for (Handle h : {text, c}) MemDisposeHandle(h);
+    for (Handle h : {lstr, c}) MemDisposeHandle(h);
     for (char* b : {buffer, tooLong}) MemDisposePtr(reinterpret_cast<Ptr>(b));
 }
 
-std::string Native(Path p, int32_t syntax, MgStatus* status) {
+// The status and, when it is 0, the native name: "0 C:\\a".
+std::string Native(Path p, int32_t syntax) {
     char name[FNativeNameBufferSize];
     memset(name, 0x7F, sizeof name);
-    *status = FPathToNativeNameSyntax(p, name, syntax);
-    return *status == MgNoError ? std::string(name) : std::string();
+    const MgStatus status = FPathToNativeNameSyntax(p, name, syntax);
+    return std::to_string(status) + " " + (status == MgNoError ? name : "");
 }
 
-TEST_F(NativeNames, Table) {
+TEST_F(NativeNames, TableLimitsAndNameChecks) {
     // Text in the `from` syntax, the status, and the native name when it is 0. No shares in
     // POSIX names, nor a name holding '/' (which only Windows text makes).
     const MgStatus ok = MgNoError, bad = MgBadArgument;
@@ -182,35 +161,24 @@ TEST_F(NativeNames, Table) {
         {"/a/con", X, X, ok, "/a/con"}, {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""},
         {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""}, {"C:\\a/b", W, X, bad, ""}};
     // clang-format on
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.path);
-        OwnedPath p(Parse(r.path, r.from));
-        MgStatus status;
-        EXPECT_EQ(Native(p, r.to, &status), r.name);
-        EXPECT_EQ(status, r.status);
-    }
-}
-
-// POSIX names take 255-byte components whole, up to the host's longest name and no further.
-TEST_F(NativeNames, PosixNamesEndAtTheHostLimit) {
+    for (const auto& r : rows)
+        EXPECT_EQ(Native(OwnedPath(Parse(r.path, r.from)), r.to),
+                  std::to_string(r.status) + " " + r.name)
+            << r.path;
+    // POSIX names take 255-byte components whole, up to the host's longest name and no further.
     const int32_t limit = std::min<int32_t>(plat::NativeNameMax(), FNativeNameBufferSize - 1);
     for (int32_t length : {limit, limit + 1}) {
-        SCOPED_TRACE(length);
         std::string text;
         while (int32_t(text.size()) < length)
             text += "/" + std::string(std::min<size_t>(255, length - text.size() - 1), 'n');
         OwnedPath p(Parse(text, X));
-        MgStatus status;
-        EXPECT_EQ(Native(p, X, &status), length == limit ? text : "");
-        EXPECT_EQ(status == MgNoError, length == limit);
+        const std::string got = Native(p, X);
+        EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << length << got;
     }
-}
-
-// "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
-// status is whatever the host's last error maps to, and the text is cut there. A 200-byte name
-// reads as a negative length: nothing of it is copied, and the walk goes on one byte further,
-// inside its text.
-TEST_F(NativeNames, WindowsLengthLimitIs260) {
+    // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the
+    // status is whatever the host's last error maps to, and the text is cut there. A 200-byte name
+    // reads as a negative length: nothing of it is copied, and the walk goes on one byte further,
+    // inside its text.
     const std::string dirs = "C:\\" + std::string(100, 'a') + "\\" + std::string(100, 'b');
     char name[FNativeNameBufferSize];
     for (int last : {55, 56}) {
@@ -222,12 +190,9 @@ TEST_F(NativeNames, WindowsLengthLimitIs260) {
     EXPECT_TRUE(FPathToNativeNameSyntax(p, name, W) == MgNoError && std::string(name) == "C:\\");
     for (int i = 0; i < 300; ++i) FAppendName(many, P(std::string(130, 'y')).b);
     EXPECT_TRUE(FPathToNativeNameSyntax(many, name, W) != MgNoError || strlen(name) <= 260);
-}
-
-TEST_F(NativeNames, CheckNameAndNewName) {
     const int32_t B = NameBadCharacter, D = NameReservedDevice, T = NameTrailingDot;
     // clang-format off
-    const struct { std::string name; int32_t syntax, flags; const char* found; } rows[] = {
+    const struct { std::string name; int32_t syntax, flags; const char* found; } names[] = {
         {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
         {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""},
         {"COM10", W, 0, ""}, {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""},
@@ -235,13 +200,13 @@ TEST_F(NativeNames, CheckNameAndNewName) {
         {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""}, {"a/b/", X, B, "//"},
         {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
+    for (const auto& r : names) {
         char found[256] = {}, extra[256] = {};
         // The second output is optional; POSIX rows leave it out.
-        EXPECT_EQ(FCheckNameSyntax(P(r.name).b, found, r.syntax == W ? extra : nullptr, r.syntax),
-                  r.flags);
-        EXPECT_STREQ(found, r.found);
+        const int32_t flags =
+            FCheckNameSyntax(P(r.name).b, found, r.syntax == W ? extra : nullptr, r.syntax);
+        EXPECT_EQ(std::to_string(flags) + "|" + found, std::to_string(r.flags) + "|" + r.found)
+            << r.name;
     }
     char found[256] = "stale", extra[256] = "stale";
     ExpectRows({Row(FCheckNewName(P("").b, nullptr, 0, found, extra), 2),
