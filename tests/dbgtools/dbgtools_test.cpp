@@ -102,7 +102,7 @@ class FailureLog : public ::testing::Test {
         "navigate to https://support.meridax.example, or contact Meridax Technical Support.";
 };
 
-TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
+TEST_F(FailureLog, RecordsAsLaidOut) {
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1),
                 "^Failure : \"datetext\\.cpp\" line .*\r\n\r\nFor assistance");
     EXPECT_EXIT(FailInFormatDate(), ::testing::ExitedWithCode(1), "");
@@ -127,8 +127,11 @@ TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
     }
     EXPECT_EQ(records, 2) << log;
     EXPECT_EQ(log.rfind(crlf + crlf + "####" + crlf, 0), 0u);  // nothing before the first record
-    // The leaf of the path and the line; the detail after "Failure"; the error number; the
-    // message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
+}
+
+// The leaf of the path and the line; the detail after "Failure"; the error number; the
+// message cut at 255 alike on the stream and in the log; the revision, or "unspecified".
+TEST_F(FailureLog, ReportTextsAndRevisions) {
     const std::string detail(300, 'd'), cut = "Failure " + std::string(247, 'd');
     // clang-format off
     const struct { std::function<void()> report; std::string message, revision; } rows[] = {
@@ -149,8 +152,11 @@ TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
                   std::string::npos)
             << Log();
     }
-    // Error 0 reports nothing; without a file the record goes to the debug print, which is
-    // silent while switched off.
+}
+
+// Error 0 reports nothing; without a file the record goes to the debug print, which is
+// silent while switched off.
+TEST_F(FailureLog, ErrorZeroSilenceAndOwnFormats) {
     std::filesystem::remove(path / "Meridax_Failure_Log.txt");
     testing::internal::CaptureStderr();
     EXPECT_EQ(DReportError("x\\leaf", 5, 0, "detail", "rev"), 0);
@@ -166,8 +172,11 @@ TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
     EXPECT_EXIT((DSetFailureFormats(h), DReportError("d\\leaf", 5, 4, "x", nullptr)),
                 ::testing::ExitedWithCode(1), "^E4 x leaf!\n$");
     MemDisposeHandle(h);
-    // A report empties the record of a failed allocation first; the record's own checks are
-    // failures.
+}
+
+// A report empties the record of a failed allocation first; the record's own checks are
+// failures.
+TEST_F(FailureLog, OutOfMemoryRecordFirst) {
     MemClearOutOfMemory();
     MemSetOutOfMemory(64, 0);
     MemReportOutOfMemory(0, 3);
@@ -177,12 +186,14 @@ TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
     EXPECT_EXIT(MemReportOutOfMemory(0, 8), ::testing::ExitedWithCode(1), "^Failure ");
     EXPECT_EXIT(MemReportOutOfMemory(-1, 7), ::testing::ExitedWithCode(1), "^Failure ");
     MemClearOutOfMemory();
-    // With no usable directory for the log (the temporary directory's path too long) or no sink
-    // to write it, the record is lost and the process still ends with the report. The child alone
-    // takes the unusable directory, and works in one of the test's (a name that the long
-    // directory can't take is taken as it stands), as the framework keeps its files in the
-    // parent's.
-    std::filesystem::remove(path / "Meridax_Failure_Log.txt");  // the reports above wrote one
+}
+
+// With no usable directory for the log (the temporary directory's path too long) or no sink
+// to write it, the record is lost and the process still ends with the report. The child alone
+// takes the unusable directory, and works in one of the test's (a name that the long
+// directory can't take is taken as it stands), as the framework keeps its files in the
+// parent's.
+TEST_F(FailureLog, LostWithoutADirectoryOrSink) {
     const std::string longDir = (path / std::string(140, 'n') / std::string(140, 'n')).string();
     std::error_code ignored;  // a host may refuse so long a name; the log's name is too long anyway
     std::filesystem::create_directories(longDir, ignored);
@@ -196,9 +207,12 @@ TEST_F(FailureLog, RecordsMessagesFormatsAndBounds) {
             ::testing::ExitedWithCode(1), "^Failure : \"leaf\" line 3\r\n");
         EXPECT_FALSE(std::filesystem::exists(tmpDir + "/Meridax_Failure_Log.txt"));
     }
-    // A log beyond 1 MiB becomes the old log, replacing an older one, and the record starts a new
-    // log. Where the rename fails (a directory holds the old log's name) the record goes to the
-    // end of the log as it is.
+}
+
+// A log beyond 1 MiB becomes the old log, replacing an older one, and the record starts a new
+// log. Where the rename fails (a directory holds the old log's name) the record goes to the
+// end of the log as it is.
+TEST_F(FailureLog, BoundedToTwoFiles) {
     const std::filesystem::path logFile = path / "Meridax_Failure_Log.txt",
                                 old = path / "Meridax_Failure_Log.old.txt";
     const std::string big(5 << 20, 'x');

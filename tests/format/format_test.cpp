@@ -38,7 +38,7 @@ std::string Format(const char* format, ...) {
 
 // Integers read 32 bits, %{type} reads a number by pointer; widths are read into 32 bits with
 // no limit check: a longer run wraps, and one that wraps to a negative number pads nothing.
-TEST(FormatEngine, ConversionsCodesCutsMarksPositionsAndCounts) {
+TEST(FormatEngine, ConversionsAndEscapes) {
     int8_t minusOne8 = -1;
     int16_t minusOne16 = -1, rect[4] = {1, 2, -3, 32767};
     int64_t wide = 0x100000005;
@@ -89,7 +89,10 @@ TEST(FormatEngine, ConversionsCodesCutsMarksPositionsAndCounts) {
     char out[8];
     ASSERT_EQ(StrFormatFromP(out, withNul, 7), 3);
     EXPECT_EQ(std::string(out, 3), std::string("a\0007", 3));
-    // Every size from 0 up gives a prefix of the full text, never a byte more.
+}
+
+// Every size from 0 up gives a prefix of the full text, never a byte more.
+TEST(FormatEngine, EverySizeGivesAPrefix) {
     int16_t tlbr[4] = {10, 20, 30, 40};
     uint8_t hello[] = {5, 'h', 'e', 'l', 'l', 'o'};
     const std::pair<std::string, std::function<int32_t(char*, int32_t)>> rows[] = {
@@ -113,8 +116,11 @@ TEST(FormatEngine, ConversionsCodesCutsMarksPositionsAndCounts) {
                 << size;
         }
     }
-    // The decimal-mark form is set once per call: the second pass starts with the mark the first
-    // ended with. A gap in the positions gives no text at all.
+}
+
+// The decimal-mark form is set once per call: the second pass starts with the mark the first
+// ended with. A gap in the positions gives no text at all.
+TEST(FormatEngine, DecimalMarksAndPositions) {
     double half = 0.5;
     uint8_t pq[] = {2, 'p', 'q'};
     int16_t quad[4] = {1, 2, 3, 4};

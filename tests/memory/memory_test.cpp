@@ -141,7 +141,10 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
                 Row(MemCheckPtr(p), MgNoError), Row(MemDisposePtr(p), MgNoError)});
     MemDisposeHandle(h);
     CompactDisposeHandle(c);
-    // Every handle, in the old blocks and the new, stays valid and distinct.
+}
+
+// Every handle, in the old blocks and the new, stays valid and distinct.
+TEST_F(MemoryTest, MasterBlocksGrowAndShrinkBack) {
     const int32_t blocks = gMainZone->masterBlockCount, freeBefore = gMainZone->freeMasterCount;
     std::vector<Handle> handles;
     for (int32_t i = 0; i <= freeBefore; ++i) handles.push_back(MemNewHandle(0));
@@ -153,9 +156,12 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
     ExpectRows({Row(gMainZone->freeMasterCount, freeBefore + mgmem::kMastersPerBlock),
                 Row(MemCheckFreeList(gMainZone), MgNoError)});
     gMemChecking = 0;
-    // Clearing to the same size is a counted resize in the compact zone only; the main zone
-    // refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
-    // a total too small for it as an allocation would. Only added bytes are cleared.
+}
+
+// Clearing to the same size is a counted resize in the compact zone only; the main zone
+// refuses a negative size, the compact one shrinks to its size word (no sign test) and fails
+// a total too small for it as an allocation would. Only added bytes are cleared.
+TEST_F(MemoryTest, ResizesOfBothZones) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle h = z.newHandle(4);
@@ -177,7 +183,10 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
                     Row(z.compact || MemRecoverHandle(*h) == h, 1)});
         z.dispose(h);
     }
-    // Making one from bytes always makes a new handle; a copy of null is null.
+}
+
+// Making one from bytes always makes a new handle; a copy of null is null.
+TEST_F(MemoryTest, BytesCopiesAndDuplicates) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle a = nullptr, b = nullptr;
@@ -199,8 +208,11 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
                     Row(z.copy(&b, nullptr), MgNoError), Row(b == nullptr, 1)});
         for (Handle x : {a, original, fresh}) EXPECT_EQ(z.dispose(x), MgNoError);
     }
-    // Ensuring allocates or resizes, and a failed allocation leaves the handle null; moving to
-    // the compact zone frees the main handle.
+}
+
+// Ensuring allocates or resizes, and a failed allocation leaves the handle null; moving to
+// the compact zone frees the main handle.
+TEST_F(MemoryTest, EnsuringAndMovingToCompact) {
     Handle e = nullptr, ec = nullptr, none = nullptr, moved = NewHandleOf("move"), old = moved;
     ASSERT_EQ(CompactEnsureHandle(&e, 3), MgNoError);
     memcpy(*e, "abc", 3);
