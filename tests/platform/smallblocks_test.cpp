@@ -36,20 +36,15 @@ TEST(SizedBlocks, KeepTheirBytesThroughMakesResizesAndFrees) {
         const uint32_t roll = random() % 6;
         const bool make = live.empty() || roll < (step < kSteps / 2 ? 3u : 1u);
         const uint8_t fill = static_cast<uint8_t>(step);
-        if (make) {
-            const size_t n = size();
-            auto* p = static_cast<uint8_t*>(plat::MallocSized(n));
-            ASSERT_NE(p, nullptr) << step;
-            memset(p, fill, n);
-            live.push_back({p, n, fill});
-            continue;
-        }
-        const size_t at = random() % live.size();
+        // A new block starts empty and is then made like a resize.
+        const size_t at = make ? live.size() : random() % live.size();
+        if (make) live.push_back({nullptr, 0, 0});
         Block& b = live[at];
         ASSERT_TRUE(Holds(b, b.size)) << step;
-        if (roll % 2) {
+        if (make || roll % 2) {
             const size_t n = size();
-            auto* p = static_cast<uint8_t*>(plat::ReallocSized(b.bytes, b.size, n));
+            auto* p = static_cast<uint8_t*>(make ? plat::MallocSized(n)
+                                                 : plat::ReallocSized(b.bytes, b.size, n));
             ASSERT_NE(p, nullptr) << step;
             b.bytes = p;
             ASSERT_TRUE(Holds(b, n < b.size ? n : b.size)) << step;

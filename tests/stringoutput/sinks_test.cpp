@@ -37,11 +37,10 @@ struct SelfPrinting : FormattingStringOutput {
 // CR LF). A tee forwards to both of its sinks and gives the second one's count.
 TEST(FormattingSink, CountsCutsDropsNestedCallsAndTees) {
     SelfPrinting self;
-    EXPECT_EQ(self.Printf("one %ld", 1), 1);
-    EXPECT_EQ(self.nested, 0);
-    EXPECT_EQ(self.Printf("two"), 2);
-    EXPECT_EQ(self.nested, 1);
-    EXPECT_EQ(self.text, "one 1two");
+    const int32_t first = self.Printf("one %ld", 1), firstNested = self.nested,
+                  second = self.Printf("two");
+    EXPECT_EQ(std::make_tuple(first, firstNested, second, self.nested, self.text),
+              std::make_tuple(1, 0, 2, 1, std::string("one 1two")));
     DebuggerText channel;
     std::unique_ptr<StringOutput> sink(MakeDebuggerOutput());
     EXPECT_EQ(sink->Printf("%s", std::string(600, 'x').c_str()), 1);
@@ -157,6 +156,11 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
                   std::make_pair(1, std::string("inFilename is NULL")));
     }
     EXPECT_EQ(MakeOutputName(1, nullptr, 0), nullptr);
+    // A temporary directory too long for the name gives no name, never a bare one that would
+    // land in the current directory.
+    const ScopedVariable tmp(TempVariable(), "/" + std::string(300, 't'));
+    EXPECT_EQ(std::unique_ptr<OutputName>(MakeOutputName(kOutputInTempDirectory, "log", 1)),
+              nullptr);
 }
 
 TEST(Factories, GiveNullWhenMemoryFails) {
@@ -168,18 +172,6 @@ TEST(Factories, GiveNullWhenMemoryFails) {
         EXPECT_EQ(make(&name), nullptr);
     }
     plat::ResetFaults();
-}
-
-}  // namespace
-
-namespace {
-
-// A temporary directory too long for the name gives no name, never a bare one that would land
-// in the current directory.
-TEST(OutputFileName, TemporaryDirectoryTooLongGivesNoName) {
-    const ScopedVariable tmp(TempVariable(), "/" + std::string(300, 't'));
-    EXPECT_EQ(std::unique_ptr<OutputName>(MakeOutputName(kOutputInTempDirectory, "log", 1)),
-              nullptr);
 }
 
 }  // namespace

@@ -13,10 +13,6 @@ namespace {
 
 using namespace mgtest;
 
-std::string TextOf(const LStrOutput& out) {
-    return mgtest::LText(*out.Text());
-}
-
 int32_t ViaVPrintf(StringOutput& out, const char* format, ...) {
     va_list args;
     va_start(args, format);
@@ -28,7 +24,7 @@ int32_t ViaVPrintf(StringOutput& out, const char* format, ...) {
 TEST(LStrOutput, CollectsOnlyWhileEnabledAndCopies) {
     LStrOutput out;
     const std::string big(700, 'b'), text = "12|ab|FF\r\n" + big;  // no 512 limit here
-    ExpectRows({Row(out.Printf("ignored %ld", 1), 0), Row(TextOf(out), ""),
+    ExpectRows({Row(out.Printf("ignored %ld", 1), 0), Row(LText(*out.Text()), ""),
                 Row((out.SetEnabled(1), out.Printf("%ld|%s|", 12, "ab")), 0),
                 Row(ViaVPrintf(out, "%x\\n", 255), 0), Row(out.Printf("%s", big.c_str()), 0)});
     LStrOutput copy(out), assigned;
@@ -40,8 +36,8 @@ TEST(LStrOutput, CollectsOnlyWhileEnabledAndCopies) {
     assigned = same;  // self-assignment keeps the text
     EXPECT_EQ(assigned.IsEnabled(), 1);
     assigned.Printf("e");
-    ExpectRows({Row(TextOf(copy), text + "d"), Row(TextOf(assigned), text + "de"),
-                Row(TextOf(out), text)});
+    ExpectRows({Row(LText(*copy.Text()), text + "d"), Row(LText(*assigned.Text()), text + "de"),
+                Row(LText(*out.Text()), text)});
 }
 
 // Text that can't get room is lost without a word; construction, copy and assignment throw
@@ -53,7 +49,7 @@ TEST(LStrOutput, MemoryFailures) {
     plat::FailAllocationAt(1);
     out.Printf("%s", std::string(500, 'x').c_str());
     plat::ResetFaults();
-    EXPECT_EQ(TextOf(out), "kept");
+    EXPECT_EQ(LText(*out.Text()), "kept");
     for (int form = 0; form < 3; ++form) {
         LStrOutput target;
         plat::FailAllocationAt(1);

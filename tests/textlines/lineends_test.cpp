@@ -59,27 +59,32 @@ TEST_P(LineEnds, ConvertsEveryKindOfLineEndFromTheStart) {
                 << "to LF: " << testing::PrintToString(head + c[0]);
         }
     }
+    // A failed growth or a start outside the block leaves the text as it was.
+    Handle h = NewHandleOf("a\nb\rc", mainZone);
+    ExpectRows(
+        {Row((plat::FailAllocationAt(1), ConvertLineEndsToCRLF(h, 0, mainZone, 0)) != MgNoError, 1),
+         Row((plat::ResetFaults(), ConvertLineEndsToCRLF(h, 6, mainZone, 0)), MgBadArgument),
+         Row(ConvertLineEndsToLF(h, -1, mainZone, 0), MgBadArgument),
+         Row(Contents(h, mainZone), "a\nb\rc")});
+    DisposeIn(h, mainZone);
+    // LStringTerminate in the same zone.
+    LStrHandle l = NewLStr("abc", mainZone);
+    ASSERT_EQ(LStringTerminate(l, mainZone ? 0 : 1), MgNoError);
+    EXPECT_EQ(Contents(reinterpret_cast<Handle>(l), mainZone), LStrBytes(std::string("abc", 4)));
+    DisposeIn(reinterpret_cast<Handle>(l), mainZone);
 }
 
 INSTANTIATE_TEST_SUITE_P(ZonesAndWidths, LineEnds,
                          ::testing::Combine(::testing::Bool(), ::testing::Bool()));
 
 // An odd last byte of wide text stays at the end; 0x0D0A as one 16-bit unit is neither CR nor
-// LF. A failed growth or a start outside the block leaves the text as it was.
-TEST(LineEnds, UnitsFailuresAndBadStarts) {
+// LF.
+TEST(LineEnds, OddBytesAndWholeUnits) {
     const std::string units("\x0a\x0d\x0d\x0a", 4);
     const Converter toCRLF = ConvertLineEndsToCRLF, toLF = ConvertLineEndsToLF;
     ExpectRows({Row(Convert(toCRLF, Widen("a\nb") + "Z", 0, true, true), Widen("a\r\nb") + "Z"),
                 Row(Convert(toLF, Widen("a\r\nb") + "Z", 0, true, true), Widen("a\nb") + "Z"),
                 Row(Convert(toCRLF, units, 0, true, true), units)});
-    for (bool mainZone : {true, false}) {
-        Handle h = NewHandleOf("a\nb\rc", mainZone);
-        ExpectRows({Row((plat::FailAllocationAt(1), toCRLF(h, 0, mainZone, 0)) != MgNoError, 1),
-                    Row((plat::ResetFaults(), toCRLF(h, 6, mainZone, 0)), MgBadArgument),
-                    Row(toLF(h, -1, mainZone, 0), MgBadArgument),
-                    Row(Contents(h, mainZone), "a\nb\rc")});
-        DisposeIn(h, mainZone);
-    }
 }
 
 // Every LF gets a CR in front, even one that has a CR already.
@@ -100,14 +105,7 @@ TEST(LStrText, LFToCRLF) {
     EXPECT_EQ(LStringLFToCRLF(nullptr), MgBadArgument);
 }
 
-TEST(LStrText, TerminateInEitherZoneAndShortCounts) {
-    for (bool mainZone : {true, false}) {
-        LStrHandle h = NewLStr("abc", mainZone);
-        ASSERT_EQ(LStringTerminate(h, mainZone ? 0 : 1), MgNoError);
-        EXPECT_EQ(Contents(reinterpret_cast<Handle>(h), mainZone),
-                  LStrBytes(std::string("abc", 4)));
-        DisposeIn(reinterpret_cast<Handle>(h), mainZone);
-    }
+TEST(LStrText, ShortCounts) {
     Handle h = NewHandleOf(std::string("\5\0hello!", 8));
     L l("", 12);
     PStringFromShortCount(h, l);
