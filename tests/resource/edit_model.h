@@ -57,9 +57,6 @@ inline void Put32(Bytes& b, size_t at, int32_t v, bool big) {
 
 struct Runner {
     explicit Runner(ResFile f) : f_(f) {}
-    ~Runner() {
-        for (Handle h : loose_) MemDisposeHandle(h);
-    }
     // "" when the file did as the model, else what differed.
     std::string Apply(const Step& s);
     std::string Look() const {
@@ -129,7 +126,6 @@ struct Runner {
     Bytes names_;
     int32_t nameList_ = 0;
     bool dirty_ = false;
-    std::vector<Handle> loose_;  // handles taken back from the file
     int32_t serial_ = 0;
 };
 
@@ -154,8 +150,8 @@ inline std::string Runner::Apply(const Step& s) {
             Ref add{s.id, named ? int32_t(names_.size()) : -1, RAttrChanged, nullptr, {}};
             for (int i = 0; i < s.extra % 6; ++i) add.data.push_back(uint8_t(serial_ * 7 + i));
             ++serial_;
-            add.h = MemNewHandle(int32_t(add.data.size()));
-            if (!add.data.empty()) memcpy(*add.h, add.data.data(), add.data.size());
+            add.h = MemNewHandle(0);
+            MemSetHandleBytes(&add.h, add.data.data(), int32_t(add.data.size()));
             const bool taken = t && std::any_of(t->second.begin(), t->second.end(),
                                                 [&](const Ref& o) { return o.id == s.id; });
             const MgStatus got = RAdd(add.h, f_, type, s.id, named ? PS(p) : nullptr);
@@ -201,7 +197,7 @@ inline std::string Runner::Apply(const Step& s) {
                 s.extra % 2 ? RRemoveInd(f_, types_[ti].first, int32_t(ri + 1)) : RRemove(h, f_),
                 want);
             if (want) return "";
-            loose_.push_back(h);
+            MemDisposeHandle(h);
             dirty_ = true;
             if (n == 1) {
                 types_.clear(), names_.clear(), nameList_ = 0;

@@ -225,7 +225,7 @@ TEST_F(ReplaceTest, KilledWriteBackLeavesOldOrNew) {
 // Where no new file can be made beside the file, the write-back appends to it and writes the
 // header last: the same, for a 50 MB rewrite.
 TEST_F(ReplaceTest, KilledInPlaceWriteBackLeavesOldOrNew) {
-    KillAtPoints(true, 34);
+    KillAtPoints(true, 18);
 }
 
 // The child's side: ends at once with a status that says how far it got. A file name after

@@ -191,20 +191,4 @@ TEST_F(WriteBackTest, ModificationDateByPathAndByFile) {
                                  std::filesystem::perm_options::add);
 }
 
-// Data larger than a copy piece, moved by a write-back without being loaded, comes out with
-// the same bytes as any other move.
-TEST_F(WriteBackTest, LargeDataMovesInPieces) {
-    const std::vector<TypeLayout> before = {
-        {"AAAA", {{1, "a", {1, 2, 3, 4, 5}}, {2, "b", Fill(2 * 1024 * 1024 + 3, 3)}}},
-        {"BBBB", {{1, "c", {9}}}}};
-    std::vector<TypeLayout> after = before;
-    after[0].refs.erase(after[0].refs.begin());
-    ResFile f = Put("l", BuildFile(before));
-    Handle h = Get(f, "AAAA", 1);
-    ASSERT_EQ(RRemove(h, f), MgNoError);
-    MemDisposeHandle(h);
-    EXPECT_EQ(RCloseFile(f), MgNoError);
-    EXPECT_TRUE(ReadFile("l") == Written(after));
-}
-
 }  // namespace
