@@ -66,18 +66,16 @@ struct Runner {
     }
     // What closing writes: the new file's header alone while the map is empty.
     Bytes FileBytes() const {
-        Bytes out = Render(true);
-        out.resize(32);
+        Bytes out(32, 0);
         for (const Type& t : types_)
             for (const Ref& r : t.second) {
                 AppendBig32(out, uint32_t(r.data.size()));
                 Append(out, r.data);
                 out.resize((out.size() + 3) & ~size_t(3), 0);
             }
-        if (types_.empty()) return out;
         const Bytes map = Render(true, int32_t(out.size()) - 32);
         std::copy(map.begin(), map.begin() + 32, out.begin());
-        Append(out, map);
+        if (!types_.empty()) Append(out, map);
         return out;
     }
 

@@ -138,7 +138,6 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
     const std::vector<TypeLayout> all = {{"AAAA", {{1, "one", {1}}, {2, "", {2, 2}}, {3, "", {3}}}},
                                          {"BBBB", {{5, "added", B("new")}}}};
     const Bytes original = BuildFile({all[0]});
-    const std::string name = P("added");
     int64_t n = 0;
     for (bool failed = true; failed;) {
         WriteFile("o", original);
@@ -159,7 +158,7 @@ TEST_F(ReplaceTest, OutOfMemoryAtEveryAllocation) {
                 (*h)[0] = want[1].data[0] = 9;
                 ASSERT_EQ(RChanged(h), MgNoError);
             }
-            addedOk = ok(RAdd(added, f, T("BBBB"), 5, PS(name)));
+            addedOk = ok(RAdd(added, f, T("BBBB"), 5, PS(P("added"))));
             if (ok(RGet(f, T("AAAA"), 1, &one)) && ok(RRemove(one, f)))
                 want.erase(want.begin()), MemDisposeHandle(one);
             if (!ok(RCloseFile(f))) {
