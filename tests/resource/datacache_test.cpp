@@ -105,8 +105,7 @@ TEST_F(DataCacheTest, SizesAroundTheWindow) {
 // work, reading the file directly.
 TEST_F(DataCacheTest, FailedFillReusedIdAndNoWindowMemory) {
     for (const auto& [op, status] :
-         {std::pair{plat::kFileRead, MgIOError}, std::pair{plat::kFileSeek, MgIOError},
-          std::pair{plat::kFileRead, MgNoPermission}}) {
+         {std::pair{plat::kFileRead, MgNoPermission}, std::pair{plat::kFileSeek, MgIOError}}) {
         ResFile a = Put("a", SmallResources(10), FMModeRead);
         plat::FailFileOpAt(op, 1, status);
         Handle h = nullptr;
