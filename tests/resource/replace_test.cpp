@@ -63,8 +63,7 @@ class ReplaceTest : public ResourceTest {
     int32_t RunChild(const Bytes& original, bool inPlace, int32_t killAfterMs) {
         WriteFile("f", original);
         const std::string ready = FilePath("f") + ".ready", go = FilePath("f") + ".go";
-        std::filesystem::remove(ready);
-        std::filesystem::remove(go);
+        for (const std::string& old : {ready, go}) std::filesystem::remove(old);
         const int64_t child =
             StartTestChild("ReplaceTest.DISABLED_WriteBackChild",
                            kChildFile + ("=" + ((inPlace ? kInPlace : "") + FilePath("f"))));

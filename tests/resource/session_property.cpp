@@ -107,13 +107,10 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
                 RC_ASSERT((detail & 1 ? RDetach(h) : RRelease(h)) == MgNoError);
                 detail & 1 ? void(held[h].first = -1) : void(held.erase(h));
             }
-        } else if (op % 8 == 6) {
-            RC_ASSERT(RUpdateFile(f) == MgNoError);
-            Settle(model);
-        } else if (op % 8 == 7 && detail % 8 == 0) {
-            forget(which % 2);
-            RC_ASSERT(RCloseFile(f) == MgNoError);
-            f = Open(leaves[which % 2]);
+        } else if (op % 8 == 6 || (op % 8 == 7 && detail % 8 == 0)) {  // update, or reopen
+            if (op % 8 == 7) forget(which % 2);
+            RC_ASSERT((op % 8 == 6 ? RUpdateFile(f) : RCloseFile(f)) == MgNoError);
+            if (op % 8 == 7) f = Open(leaves[which % 2]);
             Settle(model);
         }
         for (const auto& [k, by] : held) {  // the index finds each handle's own reference

@@ -8,14 +8,6 @@
 
 namespace {
 
-// The file a fresh one with `layout` added becomes: the map goes out with its dirty bit, as
-// the bit is cleared only after the write.
-Bytes Written(const std::vector<TypeLayout>& layout) {
-    Bytes expected = BuildFile(layout);
-    expected[Big32At(expected, 16) + 43] = RFileDirty;
-    return expected;
-}
-
 using WriteBackTest = ResourceTest;
 
 const std::vector<TypeLayout> kThree = {
@@ -53,9 +45,10 @@ TEST_F(WriteBackTest, NewFileMatchesAHandBuiltOne) {
         const int64_t before = plat::FileOpCount(plat::kFileWrite);
         ASSERT_EQ(RCloseFile(f), MgNoError);
         EXPECT_EQ(plat::FileOpCount(plat::kFileWrite) - before, dataWrites + 2) << size;
-        EXPECT_EQ(ReadFile("n"), Written({{"BBBB", {{1, "", {}}, {4, "four", {4, 4, 4, 4, 4}}}},
-                                          {"AAAA", {{2, "two", data}}}}))
-            << size;
+        Bytes want = BuildFile(
+            {{"BBBB", {{1, "", {}}, {4, "four", {4, 4, 4, 4, 4}}}}, {"AAAA", {{2, "two", data}}}});
+        want[Big32At(want, 16) + 43] = RFileDirty;  // the map goes out dirty, cleared after
+        EXPECT_EQ(ReadFile("n"), want) << size;
     }
 }
 
