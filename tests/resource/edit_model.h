@@ -57,9 +57,6 @@ inline void Put32(Bytes& b, size_t at, int32_t v, bool big) {
 
 struct Runner {
     explicit Runner(ResFile f) : f_(f) {}
-    ~Runner() {
-        for (Handle h : loose_) MemDisposeHandle(h);
-    }
     // "" when the file did as the model, else what differed.
     std::string Apply(const Step& s);
     std::string Look() const {
@@ -69,18 +66,16 @@ struct Runner {
     }
     // What closing writes: the new file's header alone while the map is empty.
     Bytes FileBytes() const {
-        Bytes out = Render(true);
-        out.resize(32);
+        Bytes out(32, 0);
         for (const Type& t : types_)
             for (const Ref& r : t.second) {
                 AppendBig32(out, uint32_t(r.data.size()));
                 Append(out, r.data);
                 out.resize((out.size() + 3) & ~size_t(3), 0);
             }
-        if (types_.empty()) return out;
         const Bytes map = Render(true, int32_t(out.size()) - 32);
         std::copy(map.begin(), map.begin() + 32, out.begin());
-        Append(out, map);
+        if (!types_.empty()) Append(out, map);
         return out;
     }
 
@@ -129,7 +124,6 @@ struct Runner {
     Bytes names_;
     int32_t nameList_ = 0;
     bool dirty_ = false;
-    std::vector<Handle> loose_;  // handles taken back from the file
     int32_t serial_ = 0;
 };
 
@@ -154,8 +148,8 @@ inline std::string Runner::Apply(const Step& s) {
             Ref add{s.id, named ? int32_t(names_.size()) : -1, RAttrChanged, nullptr, {}};
             for (int i = 0; i < s.extra % 6; ++i) add.data.push_back(uint8_t(serial_ * 7 + i));
             ++serial_;
-            add.h = MemNewHandle(int32_t(add.data.size()));
-            if (!add.data.empty()) memcpy(*add.h, add.data.data(), add.data.size());
+            add.h = MemNewHandle(0);
+            MemSetHandleBytes(&add.h, add.data.data(), int32_t(add.data.size()));
             const bool taken = t && std::any_of(t->second.begin(), t->second.end(),
                                                 [&](const Ref& o) { return o.id == s.id; });
             const MgStatus got = RAdd(add.h, f_, type, s.id, named ? PS(p) : nullptr);
@@ -201,7 +195,7 @@ inline std::string Runner::Apply(const Step& s) {
                 s.extra % 2 ? RRemoveInd(f_, types_[ti].first, int32_t(ri + 1)) : RRemove(h, f_),
                 want);
             if (want) return "";
-            loose_.push_back(h);
+            MemDisposeHandle(h);
             dirty_ = true;
             if (n == 1) {
                 types_.clear(), names_.clear(), nameList_ = 0;

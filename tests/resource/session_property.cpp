@@ -9,7 +9,6 @@
 
 #include <array>
 #include <map>
-#include <set>
 #include <tuple>
 
 #include "resource/edit_model.h"
@@ -49,12 +48,11 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     const std::string leaves[] = {"f0", "f1"};
     ResFile files[2] = {CreateAndOpen(leaves[0]), CreateAndOpen(leaves[1])};
     Model models[2];
-    std::set<Handle> seen;  // handles still allocated: loaded, added or detached
-    std::map<Handle, std::pair<int, std::string>> owner;  // the file and type of those held
-    auto forget = [&](int which) {                        // closing disposes every loaded handle
-        for (auto it = owner.begin(); it != owner.end();)
-            it = it->second.first == which ? (seen.erase(it->first), owner.erase(it))
-                                           : std::next(it);
+    // Handles still allocated (loaded, added or detached), with the file and type holding
+    // them: file -1 once detached. Closing a file disposes every handle it holds.
+    std::map<Handle, std::pair<int, std::string>> held;
+    auto forget = [&](int which) {
+        std::erase_if(held, [&](auto& e) { return e.second.first == which; });
     };
     int32_t step = 0;
     for (const auto& [op, which, typeChoice, detail] : steps) {
@@ -82,7 +80,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             }
             if (!count) group = model.insert(model.end(), {type, {}});
             group->second[id] = {type, id, name, data, RAttrChanged};
-            seen.insert(h), owner[h] = {which % 2, type};
+            held[h] = {which % 2, type};
         } else if (op % 8 < 6 && count) {  // change, remove, release or detach
             auto ref = std::next(group->second.begin(), detail % count);
             // Removing an unnamed resource from a map with no names spoils the name-list
@@ -93,7 +91,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             });
             if (op % 8 == 4 && ref->second.name.empty() && !named) continue;
             RC_ASSERT(RGetInd(f, T(type.c_str()), 1 + detail % count, &h) == MgNoError);
-            seen.insert(h), owner[h] = {which % 2, type};
+            held[h] = {which % 2, type};
             if (op % 8 == 3) {
                 ref->second.data = Data(detail / 7, step);
                 ref->second.attrs = RAttrChanged;
@@ -101,35 +99,29 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
                 RC_ASSERT(RChanged(h) == MgNoError);
             } else if (op % 8 == 4) {
                 RC_ASSERT(RRemove(h, files[1 - which % 2]) == MgNoError);
-                seen.erase(h), owner.erase(h);
+                held.erase(h);
                 MemDisposeHandle(h);
                 group->second.erase(ref);
                 if (group->second.empty()) model.erase(group);
             } else if (!(ref->second.attrs & RAttrChanged)) {  // unloaded again, or let go
                 RC_ASSERT((detail & 1 ? RDetach(h) : RRelease(h)) == MgNoError);
-                if (!(detail & 1)) seen.erase(h);
-                owner.erase(h);
+                detail & 1 ? void(held[h].first = -1) : void(held.erase(h));
             }
-        } else if (op % 8 == 6) {
-            RC_ASSERT(RUpdateFile(f) == MgNoError);
-            Settle(model);
-        } else if (op % 8 == 7 && detail % 8 == 0) {
-            forget(which % 2);
-            RC_ASSERT(RCloseFile(f) == MgNoError);
-            f = Open(leaves[which % 2]);
+        } else if (op % 8 == 6 || (op % 8 == 7 && detail % 8 == 0)) {  // update, or reopen
+            if (op % 8 == 7) forget(which % 2);
+            RC_ASSERT((op % 8 == 6 ? RUpdateFile(f) : RCloseFile(f)) == MgNoError);
+            if (op % 8 == 7) f = Open(leaves[which % 2]);
             Settle(model);
         }
-        for (Handle k : seen) {  // the handle index finds each held handle's own reference
+        for (const auto& [k, by] : held) {  // the index finds each handle's own reference
             ResFileEntry* entry = nullptr;
             ResRefEntry* ref = nullptr;
             ResType t = 0;
-            const auto held = owner.find(k);
             const MgStatus found = RFindHandle(k, &entry, &ref, &t);
-            RC_ASSERT(found == (held != owner.end() ? MgNoError : MgResourceNotFound));
+            RC_ASSERT(found == (by.first >= 0 ? MgNoError : MgResourceNotFound));
             if (!found)
-                RC_ASSERT(
-                    std::make_tuple(entry->fileId, MemHandleFromToken(ref->handle), t) ==
-                    std::make_tuple(files[held->second.first], k, T(held->second.second.c_str())));
+                RC_ASSERT(std::make_tuple(entry->fileId, MemHandleFromToken(ref->handle), t) ==
+                          std::make_tuple(files[by.first], k, T(by.second.c_str())));
         }
     }
     // The first file through its memory image, which then describes the map; the second
@@ -143,7 +135,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     forget(1);
     RC_ASSERT(RCloseFile(files[1]) == MgNoError);
     RC_ASSERT(FileRecords(FilePath(leaves[1])) == Flatten(models[1], true));
-    for (Handle k : seen) MemDisposeHandle(k);
+    for (const auto& e : held) MemDisposeHandle(e.first);
 }
 
 // Random sequences of adds (named and not), removes, changes and lookups on a new file,
