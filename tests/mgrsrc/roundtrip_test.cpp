@@ -91,8 +91,6 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
         {"remove BBBB 7", 2, "can't be removed (MgResourceNotFound, 15)"},
         {"remove CCCC 1", 2, "has no resource CCCC 1"},
         {"set AAAA 2 --id 5 --name five", 0, "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
-        {"set AAAA 2 --id 1", 2, "the resource exists already"},
-        {"set BBBB 7 --name x", 2, "can't be removed"},
         {"set BBBB 7 --attrs none", 0,
          "~ BBBB 7 \"seven\" 5 -> 5 bytes: attributes protected -> none\n"},
     };
