@@ -45,9 +45,6 @@ TEST_F(PathText, BothWays) {
                 << r.text << " in syntax " << syntax;
         }
     }
-    // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
-    OwnedPath cut(Parse(std::string(1, '/').append(256, 'x'), PathSyntaxPosix));
-    EXPECT_EQ(Describe(cut), "A:" + std::string(255, 'x'));
     // The current drive is the first byte of the directory, upper-cased; on a share the volume is
     // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
@@ -190,7 +187,7 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
         {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
         {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""},
         {"COM10", W, 0, ""}, {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""},
-        {"a.", W, T, ""}, {"aux.", W, T, ""}, {"\xE9t\xE9", W, 0, ""}, {"a b-c_d", W, 0, ""},
+        {"a.", W, T, ""}, {"aux.", W, T, ""}, {"\xE9t\xE9", W, 0, ""},
         {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""}, {"a/b/", X, B, "//"},
         {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
