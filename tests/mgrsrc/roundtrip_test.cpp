@@ -45,7 +45,6 @@ TEST(MgrsrcPack, BadManifests) {
     ASSERT_EQ(Mgrsrc({"unpack", "f", "good"}, dir.path).status, 0);
     const std::string good = SlurpFile(dir.path / "good" / "resources.json");
     // Lines 6, 7 and 8 hold AAAA 1, AAAA 2 and BBBB 7.
-    ASSERT_NE(good.find("\n    {\"type\": \"AAAA\", \"id\": 2,"), std::string::npos) << good;
     const std::tuple<std::string, std::string, int, std::string> rows[] = {
         {"\"id\": 2,", "\"id\": 2", 7, "not valid JSON: syntax error"},
         {"AAAA_2.bin", "gone.bin", 7, "data file \"gone.bin\" is missing"},

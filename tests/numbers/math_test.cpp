@@ -52,7 +52,7 @@ bool SameOrBothNaN(long double a, long double b) {
 
 // Limits of every integer type, widened by their own sign rule, keep their low bits in every
 // other type. Only the low 4 bits of a type word up to 30 name the type.
-TEST(NumericLayer, ConversionsPortableFormAndKernel) {
+TEST(NumericLayer, Conversions) {
     // The stored bits of each limit (both hosts are little-endian), and the limit widened.
     // clang-format off
     const struct { NumType type; uint64_t bits, widened; } limits[] = {
@@ -117,6 +117,9 @@ TEST(NumericLayer, ConversionsPortableFormAndKernel) {
                 Row(NumTypeSize(NumFX), 10), Row(NumTypeSize(NumCX), 20), Row(NumTypeSize(15), 0),
                 Row((SetExtendedSize(16), NumTypeSize(NumFX)), 16), Row(NumTypeSize(NumCX), 32)});
     SetExtendedSize(10);
+}
+
+TEST(NumericLayer, PortableForm) {
     // The portable form (big-endian sign and exponent, the fraction without its top bit) keeps
     // every bit of normals (biased exponent 1 to 0x7FFE, either sign), denormals, zeros and
     // infinities.
@@ -141,7 +144,10 @@ TEST(NumericLayer, ConversionsPortableFormAndKernel) {
         EXPECT_TRUE(memcmp(raw, again, 10) == 0 && memcmp(portable + 10, zeros, 6) == 0)
             << std::hex << v.signExponent << " " << v.mantissa;
     }
-    // What each call gave and what it should give.
+}
+
+// What each call of the kernel gave and what it should give.
+TEST(NumericLayer, Kernel) {
     // clang-format off
     const long double rows[][2] = {
         {ExpTwoMinusOne(-kInf), -1}, {ExpTwoMinusOne(kInf), kInf}, {ExpTwoMinusOne(-0.0L), -0.0L},

@@ -18,7 +18,7 @@ Path Raw(int16_t kind, std::vector<std::string> names = {}) {
     return NewHandleOf(bytes);
 }
 
-TEST_F(PathValues, AllOperations) {
+TEST_F(PathValues, ValidityConstructionAndComponents) {
     // clang-format off
     const struct { int16_t kind, count; int valid, usable, rooted; } rows[] = {
         {0, 0, 1, 1, 1}, {1, 0, 1, 1, 0}, {3, 0, 1, 1, 1}, {2, 0, 1, 0, 0}, {2, -5, 1, 0, 0},
@@ -66,6 +66,9 @@ TEST_F(PathValues, AllOperations) {
          Row(After(FAppendName(rel, up.b), rel), "0 R:a|.."),
          Row(After((plat::FailAllocationAt(1), FAppendName(q, moving.b)), q), "2 A:C|x|two")});
     clone.p = nullptr;
+}
+
+TEST_F(PathValues, RootsAndNormalisation) {
     // Where names have no volume, an absolute path's root is "/", the path with no names. The
     // root is also taken in place.
     const bool posix = FHostPathSyntax() == PathSyntaxPosix;
@@ -124,10 +127,14 @@ TEST_F(PathValues, AllOperations) {
         EXPECT_EQ(FPathDepth(p), r.countAfter);
         EXPECT_EQ(Contents(p).substr(4), r.namesAfter);
     }
+}
+
+TEST_F(PathValues, RelativePathsAndJoins) {
+    const bool posix = FHostPathSyntax() == PathSyntaxPosix;
     // The relative path is computed over its own input; joined to the base it gives the target.
     // The volume goes like any name; one more level climbs out of the volumes (on POSIX hosts
-    // nothing climbs above the root, and text, joins and relative paths agree). A path joins onto
-    // itself; a rooted operand joins only onto the empty path.
+    // nothing climbs above the root). A path joins onto itself; a rooted operand joins only onto
+    // the empty path.
     // clang-format off
     const struct { const char *base, *target, *rel; } joins[] = {
         {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"},
@@ -151,6 +158,9 @@ TEST_F(PathValues, AllOperations) {
                 Row(After(FPathJoin(FEmptyPath(out), unc, out), out), "0 U:\\\\s\\v|a"),
                 Row(FPathJoin(base, unc, out), MgBadArgument),
                 Row(FPathRelativeFrom(two, base, out), MgBadArgument)});
+}
+
+TEST_F(PathValues, Comparison) {
     // Paths compare without regard to case; trimming keeps the common part; no path orders with
     // any other no path, and before a path.
     // clang-format off
