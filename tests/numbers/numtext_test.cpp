@@ -70,20 +70,17 @@ TEST(NumToText, CodesAndBufferLimits) {
     const struct { double value; int32_t code; const char* text; } floats[] = {
         {2.5, 64, "2"}, {3.5, 64, "4"}, {-1e10, 64, "-2147483648"}, {-1, 66, "FFFFFFFF"},
         {1e308, -6, "1.000000E+308"}, {2.675, -2, "2.67"}, {-0.001, -2, "-0.00"},
-        {-0.0001, -2, "0.00"}, {0.0, 7, "0.000000E+0"}, {-0.0, 7, "0.000000E+0"},
-        {-0.0, -2, "0.00"}, {1.5, 2, "1.5E+0"}, {1.5, 1, "2E+0"}, {2.5, 1, "2E+0"}, {0.5, 0, "0"},
-        {1.5, 0, "2"}, {0.05, -1, "0.1"}, {0.0999999, -2, "0.10"}, {9.9999, 2, "1.0E+1"},
-        {999.9996, -3, "1000.000"}, {-123456789, -1, "-123456789.0"},
+        {-0.0001, -2, "0.00"}, {-0.0, 7, "0.000000E+0"}, {-0.0, -2, "0.00"}, {1.5, 2, "1.5E+0"},
+        {1.5, 1, "2E+0"}, {2.5, 1, "2E+0"}, {0.5, 0, "0"}, {1.5, 0, "2"}, {0.05, -1, "0.1"},
+        {0.0999999, -2, "0.10"}, {999.9996, -3, "1000.000"}, {1e21, 0, "1000000000000000000000"},
         {4.9406564584124654e-324, 17, "4.9406564584124655E-324"},
-        {1.7976931348623157e308, 17, "1.7976931348623157E+308"}, {0.1, 17, "1.0000000000000001E-1"},
-        {1e21, 0, "1000000000000000000000"},
+        {1.7976931348623157e308, 17, "1.7976931348623157E+308"}, {9.9999, 2, "1.0E+1"},
         {12.5, -100, "12.500000000000000000000000000000000000000000000000000000000000000"},
         {INFINITY, 5, "Inf"}, {-INFINITY, -2, "-Inf"}, {NAN, 5, "NaN"}, {-NAN, -2, "NaN"},
-        {1234.5, 102, "1.23k"}, {1e30, 102, "1.00E+30"}, {0.000999999, 100, "1m"},
-        {-4.7e-9, 101, "-4.7n"}, {999.96, 101, "1.0k"}, {12.0, 100, "12"}, {2.4e24, 100, "2Y"},
-        {12345.678, 133, "12.35E+3"}, {0.012345, 132, "12.3E-3"}, {1.5, 133, "1.50E+0"},
-        {123456.0, 131, "123E+3"}, {-1.0e-7, 131, "-100E-9"}, {INFINITY, 131, "Inf"},
-        {NAN, 102, "NaN"}};
+        {1e30, 102, "1.00E+30"}, {0.000999999, 100, "1m"}, {-4.7e-9, 101, "-4.7n"},
+        {999.96, 101, "1.0k"}, {12.0, 100, "12"}, {2.4e24, 100, "2Y"}, {0.012345, 132, "12.3E-3"},
+        {1.5, 133, "1.50E+0"}, {123456.0, 131, "123E+3"}, {-1.0e-7, 131, "-100E-9"},
+        {INFINITY, 131, "Inf"}, {NAN, 102, "NaN"}};
     // clang-format on
     for (const auto& c : floats) EXPECT_EQ(D(c.value, c.code), c.text) << c.value << " " << c.code;
     // Code 80 reaches the exponent form, with 17 digits and zeros after them. The buffer limits the
@@ -152,7 +149,6 @@ TEST(NumToText, DecimalFormNotationComplexAndInt32) {
     for (const auto& c : fields) EXPECT_EQ(Dec(c.x, c.digits), c.fields) << (double)c.x;
     ExpectRows({Row(Dec(99.6L, 1).erase(6, 1).substr(0, 7), "0|2|0|1"),
                 Row(Dec(1.0L / 3, 19), Dec(1.0L / 3, 18)),
-                Row(Dec(1.0L / 3, 1000), Dec(1.0L / 3, 18)),
                 Row(Dec(1.0L / 3, INT32_MAX), Dec(1.0L / 3, 18)),
                 Row(Dec(1e300L, INT32_MIN).substr(0, 8), "0|283|17"),
                 Row(Dec(0.0L, INT32_MIN).substr(8, 2), "00"), Row(Text(unnormal, NumFX, 5), "NaN"),
@@ -164,9 +160,7 @@ TEST(NumToText, DecimalFormNotationComplexAndInt32) {
         DecimalNumber d{{digits}, sign, exponent, 0};
         return DecimalToExtended(&d);
     };
-    ExpectRows({Row(PowerOfTenTable[0] == 1, 1), Row(PowerOfTenTable[1] == 10, 1),
-                Row(fabsl(PowerOfTenTable[13] / 1e4096L - 1) < 1e-15, 1),
-                Row(value(3, 0x52) == 52000, 1), Row((double)value(-1, 0x52) == 5.2, 1),
+    ExpectRows({Row(fabsl(PowerOfTenTable[13] / 1e4096L - 1) < 1e-15, 1),
                 Row(value(9000, 0x52) == INFINITY, 1), Row(value(-9000, 0x52) == 0, 1),
                 Row(value(9000, 0) == 0, 1),
                 Row(value(DecimalExponentInfinity, 0x52, DecimalSignNegative) == -INFINITY, 1),
@@ -198,15 +192,11 @@ TEST(NumToText, DecimalFormNotationComplexAndInt32) {
          Row(Text(s, NumCS, 101, 256, &pre), "1.5 +2.5 i"), Row(pre, 3),
          Row((s[1] = 2.5f, pre = 0, Text(s, NumCS, 101, 256, &pre)), "1.5k +2.5 i"), Row(pre, 0),
          Row(Text(z + 10, NumCD, 8, 24), "3.333E-1 +6.666E-1 i")});
-    const uint64_t q = 0xFFFFFFFF80000001ull;
+    // The integer codes above run these on the other types.
     const int8_t b = -5;
-    const uint16_t w = 65535;
     const double d[] = {1e12, -7.5};
-    ExpectRows({Row(NumToInt32(NumIQ, &q), int32_t(0x80000001)),
-                Row(NumToUInt32(NumUQ, &q), 0x80000001u), Row(NumToInt32(NumIB, &b), -5),
-                Row(NumToUInt32(NumIB, &b), 0xFFFFFFFBu), Row(NumToInt32(NumUW, &w), 65535),
-                Row(NumToInt32(NumFD, d), INT32_MAX), Row(NumToUInt32(NumFD, d), 0xFFFFFFFFu),
-                Row(NumToInt32(NumFD, d + 1), -8), Row(NumToInt32(NumIL, nullptr), 0)});
+    ExpectRows({Row(NumToUInt32(NumIB, &b), 0xFFFFFFFBu), Row(NumToUInt32(NumFD, d), 0xFFFFFFFFu),
+                Row(NumToInt32(NumFD, d + 1), -8)});
 }
 
 // The result and the scanned form. Empty text has no digit count worth a check.
@@ -218,18 +208,17 @@ std::string Scanned(const char* text) {
 
 // A leading blank is junk: the number stands, the scan is invalid. The 19th digit is dropped.
 // A blank ends the digits before their place is known.
-TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
+TEST(NumberScan, Decimal) {
     const long double inf = INFINITY;
     // clang-format off
     const struct { const char* text; char mark; long double value; int32_t result; } cases[] = {
         {"+", '.', 0, 1}, {" 12", '.', 12, 0}, {"1,5", ',', 1.5L, 1}, {"1.5", ',', 1.5L, 1},
         {"inf", '.', inf, 1}, {"-INF", '.', -inf, 1}, {"Infx", '.', inf, 0}, {"Ix", '.', 0, 0},
         {"1234567890123456789", '.', 1234567890123456780.0L, 1},
-        {"0.12345678901234567891", '.', 0.123456789012345678L, 1}, {".5", '.', 0.5L, 1},
-        {"-.05", '.', -0.05L, 1}, {"1.5E-3", '.', 0.0015L, 1}, {"1.5 E 3", '.', 1500, 1},
-        {"1.5e+", '.', 1.5L, 1}, {"1x", '.', 1, 0}, {"00012", '.', 12, 1}, {"100", '.', 100, 1},
-        {"0.000", '.', 0, 1}, {"E5", '.', 0, 1}, {"12 ", '.', 1.2L, 1}, {"12x5", '.', 12, 0},
-        {"1.2.3", '.', 1.2L, 0}};
+        {"0.12345678901234567891", '.', 0.123456789012345678L, 1}, {"-.05", '.', -0.05L, 1},
+        {"1.5E-3", '.', 0.0015L, 1}, {"1.5 E 3", '.', 1500, 1}, {"1.5e+", '.', 1.5L, 1},
+        {"00012", '.', 12, 1}, {"100", '.', 100, 1}, {"E5", '.', 0, 1}, {"12 ", '.', 1.2L, 1},
+        {"12x5", '.', 12, 0}, {"1.2.3", '.', 1.2L, 0}};
     // clang-format on
     for (const auto& c : cases) {
         DecimalNumber d;
@@ -244,17 +233,18 @@ TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
                 Row(Scanned("-nan").substr(0, 4), "1|80"),
                 Row(Scanned("1e12345").substr(0, 9), "1|0|1234|"),
                 Row(Scanned("123456789012345678"), "1|0|0|18|785634129078563412"),
-                Row(Scanned("1234567890123456789").substr(0, 6), "1|0|1|"),
                 Row(Scanned("-x").substr(0, 4), "0|80")});
     // clang-format off
     const struct { const char* text; char mark; int32_t end; } ends[] = {
         {"  -12.5e+3xyz", '.', 10}, {"12e", '.', 2}, {"12e+", '.', 2}, {"12 e5", '.', 2},
-        {"1e 5", '.', 4}, {"1e - 5", '.', 6}, {"-inf", '.', 4}, {"-nan", '.', 0}, {"nan", '.', 3},
-        {" NaNx", '.', 4}, {".5", '.', 2}, {".", '.', 0}, {"abc", '.', 0}, {"1,5", ',', 3},
-        {"1.5", ',', 1}, {"", '.', 0}};
+        {"1e 5", '.', 4}, {"1e - 5", '.', 6}, {"-nan", '.', 0}, {"nan", '.', 3}, {" NaNx", '.', 4},
+        {".", '.', 0}, {"1,5", ',', 3}, {"1.5", ',', 1}, {"", '.', 0}};
     // clang-format on
     for (const auto& c : ends)
         EXPECT_EQ(FindNumberEnd(c.text, (int32_t)strlen(c.text), c.mark) - c.text, c.end) << c.text;
+}
+
+TEST(NumberScan, Integers) {
     // No sign is taken by the unsigned scanner; a saturated 0xFFFFFFFF reads as negative (255 for
     // uB); in hex the sign applies after the saturation.
     using Scanner = int32_t (*)(const char**, int32_t, NumType);
@@ -262,17 +252,16 @@ TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
     // clang-format off
     const struct { Scanner scan; const char* text; NumType type; int32_t value, used; } scans[] = {
         {I, "99999", NumIW, 32767, 5}, {U, "99999", NumUW, 65535, 5}, {I, " -12x", NumIL, -12, 4},
-        {I, "  x", NumIL, 0, 0}, {I, " -", NumIL, 0, 0}, {I, "-2147483648", NumIL, INT32_MIN, 11},
+        {I, " -", NumIL, 0, 0}, {I, "-2147483648", NumIL, INT32_MIN, 11},
         {I, "2147483648", NumIL, INT32_MAX, 10}, {I, "-99999999999", NumIL, INT32_MIN, 12},
         {I, "-200", NumIB, -128, 4}, {I, "300", NumUB, 255, 3}, {I, "-5", NumUB, 0, 2},
         {U, "-5", NumUL, 0, 0}, {U, "4294967295", NumUL, -1, 10}, {U, "99999999999", NumUB, 0, 11},
-        {H, "FF", NumIB, 127, 2}, {H, "-FF", NumIB, -127, 3}, {H, "7f", NumIB, 127, 2},
-        {H, "FFFFFFFF", NumIL, -1, 8}, {H, "1FFFFFFFF", NumIL, INT32_MAX, 9},
-        {H, "1FFFFFFFF", NumUL, -1, 9}, {H, "FFFF", NumIW, 32767, 4}, {H, "ffff", NumUW, 65535, 4},
-        {H, "12345", NumUW, 65535, 5}, {H, "-1", NumUB, -1, 2}, {H, "fg", NumIL, 15, 1},
-        {H, "A0", NumUB, 160, 2}, {H, "1FFFFFFFF", NumUB, 255, 9}, {H, " -x", NumIL, 0, 0},
-        {O, "777", NumUB, 255, 3}, {O, "178", NumIL, 15, 2}, {B, "101", NumIL, 5, 3},
-        {B, "102", NumIL, 2, 2}};
+        {H, "FF", NumIB, 127, 2}, {H, "-FF", NumIB, -127, 3}, {H, "FFFFFFFF", NumIL, -1, 8},
+        {H, "1FFFFFFFF", NumIL, INT32_MAX, 9}, {H, "1FFFFFFFF", NumUL, -1, 9},
+        {H, "FFFF", NumIW, 32767, 4}, {H, "ffff", NumUW, 65535, 4}, {H, "12345", NumUW, 65535, 5},
+        {H, "-1", NumUB, -1, 2}, {H, "fg", NumIL, 15, 1}, {H, "1FFFFFFFF", NumUB, 255, 9},
+        {H, " -x", NumIL, 0, 0}, {O, "777", NumUB, 255, 3}, {O, "178", NumIL, 15, 2},
+        {B, "101", NumIL, 5, 3}, {B, "102", NumIL, 2, 2}};
     // clang-format on
     for (const auto& c : scans) {
         const char* p = c.text;
@@ -281,10 +270,8 @@ TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
     }
     // clang-format off
     const struct { int32_t value; NumType type; int32_t fromUnsigned, clamp, want; } modes[] = {
-        {-129, NumIB, 0, 1, -128}, {200, NumIB, 1, 0, 127}, {127, NumIB, 1, 0, 127},
         {-1, NumIB, 1, 0, 127}, {40000, NumIW, 0, 0, 32767}, {0x7FFF, NumIW, 1, 0, 0x7FFF},
-        {-1, NumUB, 0, 1, 0}, {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255},
-        {-1, NumUW, 0, 0, 65535}, {70000, NumUW, 0, 1, 65535}, {-7, NumIL, 0, 1, -7}};
+        {-1, NumUB, 0, 0, 255}, {256, NumUB, 0, 1, 255}};
     // clang-format on
     for (const auto& c : modes)
         EXPECT_EQ(SaturateToType(c.value, c.type, c.fromUnsigned, c.clamp), c.want)
@@ -301,23 +288,22 @@ TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
                 Row(out, -5), Row(ScanNumberText("4294967295", 10, NumUQ, &out, 65), 1),
                 Row(out, -1), Row(ScanNumberText("101", 3, NumUW, &out, 68), 1),
                 Row(out & 0xFFFF, 5), Row(ScanNumberText("4294967295", 10, NumFD, &d, 65), 1),
-                Row(d == 4294967295.0, 1), Row(ScanNumberText("-12", 3, NumFD, &d, 64), 1),
-                Row(d == -12.0, 1)});
+                Row(d == 4294967295.0, 1)});
     double z[2];  // a type outside 1 to 11 is a failure
     EXPECT_EXIT(ScanNumberText("1", 1, NumCD, z, 64), testing::ExitedWithCode(1), "");
+}
+
+TEST(NumberScan, PrefixesAndFloats) {
     // A prefix ends after its letter and the blanks before it, never with more text behind; a
     // later prefix too. The expansion needs the length + 4.
     char expanded[64];
     auto end = [](const char* text) {
         return FindPrefixEnd(text, (int32_t)strlen(text), '.') - text;
     };
-    ExpectRows({Row(end("1.5k"), 4), Row(end("1.5 k"), 5), Row(end("1.5 k "), 5),
-                Row(end("1.5kx"), 0), Row(end("inf"), 0), Row(end("k"), 0), Row(end("1.5"), 0),
-                Row(end("-2m"), 3), Row(end("1.5mk"), 5),
-                Row(ExpandPrefix("-1.5 k", 6, expanded, 64, '.'), 7), Row(expanded, "-1.5e+3"),
-                Row(ExpandPrefix("2y", 2, expanded, 64, '.'), 5), Row(expanded, "2e-24"),
-                Row(ExpandPrefix("2u", 2, expanded, 64, '.'), 4), Row(expanded, "2e-6"),
-                Row(ExpandPrefix("1.5k", 4, expanded, 7, '.'), 0),
+    ExpectRows({Row(end("1.5 k "), 5), Row(end("inf"), 0), Row(end("k"), 0), Row(end("1.5"), 0),
+                Row(end("1.5mk"), 5), Row(ExpandPrefix("2y", 2, expanded, 64, '.'), 5),
+                Row(expanded, "2e-24"), Row(ExpandPrefix("2u", 2, expanded, 64, '.'), 4),
+                Row(expanded, "2e-6"), Row(ExpandPrefix("1.5k", 4, expanded, 7, '.'), 0),
                 Row(ExpandPrefix("1.5", 3, expanded, 64, '.'), 0),
                 Row(ExpandPrefix("1.5kk", 5, expanded, 64, '.'), 0),
                 Row(ExpandPrefix("k", 1, expanded, 64, '.'), 0)});
@@ -329,7 +315,7 @@ TEST(NumberScan, DecimalIntegersPrefixesAndFloats) {
         {"1.5k", NumFD | P, 1500, 4}, {"1.5 k", NumFD | P, 1500, 5}, {"1.5kx", NumFD | P, 1.5, 3},
         {"-2m", NumFD | P, -0.002, 3}, {"3 M", NumFD | P, 3e6, 3}, {"1.5mk", NumFD | P, 1.5, 3},
         {"1.5k", NumFD, 1.5, 3}, {"  12.5e3xyz", NumFD, 12500, 8}, {"abc", NumFD, 0, 0},
-        {"-inf", NumFD, -INFINITY, 4}, {"0.1", NumFD, 0.1, 3}, {"2.5", NumIL, 2, 3},
+        {"-inf", NumFD, -INFINITY, 4}, {"2.5", NumIL, 2, 3},
         {"1e5", NumIB, 127, 3}, {"1e400", NumFD, INFINITY, 5}, {"1e-400", NumFD, 0, 6},
         {"4.9406564584124654E-324", NumFD, 4.9406564584124654e-324, 23}};
     // clang-format on

@@ -21,19 +21,17 @@ struct TextRow {
 // table are not in the grammar's own table, but fixed by its rules.
 // clang-format off
 const std::vector<TextRow> kWindowsRows = {
-    {"", "A:"}, {"C:\\", "A:C"}, {"C:", "A:C"}, {"C:\\a\\b", "A:C|a|b"}, {"c:\\a\\", "A:c|a"},
-    {"C:a", "A:C|a"}, {"C::\\a", "A:C|a"}, {"abc:\\d", "A:abc|d"}, {"C:\\a\\\\b", "A:C|a|b"},
-    {"C:\\a:b", "A:C|a:b"}, {"\\a", "A:D|a"}, {"\\", "A:D"}, {":a", "A:D|a"}, {"a", "R:a"},
-    {"C", "R:C"}, {"a\\b\\", "R:a|b"}, {"a/b", "R:a/b"}, {".", "R:"}, {".\\a", "R:a"},
-    {"..", "R:.."}, {"..\\..\\a", "R:..|..|a"}, {"a\\.\\b", "R:a|b"}, {"a\\..\\b", "R:b"},
-    {"C:\\a\\..", "A:C"}, {"C:\\..", "A:"}, {"C:\\..\\a", "A:a"}, {"C:\\..\\..", "R:.."},
-    {"\\\\s\\v", "U:\\\\s\\v"}, {"\\\\s\\v\\a\\", "U:\\\\s\\v|a"}, {"\\\\\\s\\\\v", "U:\\\\s\\v"},
-    {"\\\\s", "U:\\\\s\\"}, {"\\\\", "U:\\\\\\"}, {"a b\\ c ", "R:a b| c "},
-    {"C:\\a\\...", "A:C|a|..."}, {".:x", "A:x"}};
+    {"", "A:"}, {"C:\\", "A:C"}, {"C:", "A:C"}, {"c:\\a\\", "A:c|a"}, {"C:a", "A:C|a"},
+    {"C::\\a", "A:C|a"}, {"abc:\\d", "A:abc|d"}, {"C:\\a\\\\b", "A:C|a|b"}, {"C:\\a:b", "A:C|a:b"},
+    {"\\a", "A:D|a"}, {"\\", "A:D"}, {":a", "A:D|a"}, {"C", "R:C"}, {"a\\b\\", "R:a|b"},
+    {"a/b", "R:a/b"}, {".", "R:"}, {"..", "R:.."}, {"..\\..\\a", "R:..|..|a"}, {"a\\.\\b", "R:a|b"},
+    {"a\\..\\b", "R:b"}, {"C:\\a\\..", "A:C"}, {"C:\\..", "A:"}, {"C:\\..\\a", "A:a"},
+    {"C:\\..\\..", "R:.."}, {"\\\\s\\v", "U:\\\\s\\v"}, {"\\\\s\\v\\a\\", "U:\\\\s\\v|a"},
+    {"\\\\\\s\\\\v", "U:\\\\s\\v"}, {"\\\\s", "U:\\\\s\\"}, {"\\\\", "U:\\\\\\"},
+    {"a b\\ c ", "R:a b| c "}, {"C:\\a\\...", "A:C|a|..."}, {".:x", "A:x"}};
 const std::vector<TextRow> kPosixRows = {
-    {"", "A:"}, {"/", "A:"}, {"/a/b", "A:a|b"}, {"//a///b//", "A:a|b"}, {"a", "R:a"},
-    {"a/b/", "R:a|b"}, {".", "R:"}, {"./a", "R:a"}, {"..", "R:.."}, {"../../a", "R:..|..|a"},
-    {"a/./b", "R:a|b"}, {"a/../b", "R:b"}, {"a/../../b", "R:..|b"}, {"/a/..", "A:"},
+    {"", "A:"}, {"/", "A:"}, {"//a///b//", "A:a|b"}, {"a/b/", "R:a|b"}, {".", "R:"},
+    {"..", "R:.."}, {"a/./b", "R:a|b"}, {"a/../b", "R:b"}, {"a/../../b", "R:..|b"}, {"/a/..", "A:"},
     {"/..", "A:"}, {"/../a", "A:a"}, {"/a/../../b", "A:b"}, {"a\\b", "R:a\\b"},
     {"C:/x", "R:C:|x"}, {"/...", "A:..."}};
 // clang-format on
@@ -47,9 +45,6 @@ TEST_F(PathText, BothWays) {
                 << r.text << " in syntax " << syntax;
         }
     }
-    // Appended, as GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
-    OwnedPath cut(Parse(std::string(1, '/').append(256, 'x'), PathSyntaxPosix));
-    EXPECT_EQ(Describe(cut), "A:" + std::string(255, 'x'));
     // The current drive is the first byte of the directory, upper-cased; on a share the volume is
     // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
@@ -91,18 +86,15 @@ TEST_F(PathText, BothWays) {
     const struct { const char* in; int32_t from, to; const char *out, *portable; } rows[] = {
         {"C:", W, W, "C:\\", "/C"}, {"C:\\a", W, W, "C:\\a", "/C/a"},
         {"..\\a", W, W, "..\\a", "../a"}, {".", W, W, ".", "."}, {"", W, W, "", "/"},
-        {"\\\\s\\v\\a", W, W, "\\\\s\\v\\a", "\\\\s\\v/a"}, {"a\\b", W, W, "a\\b", "a/b"},
-        {"C:\\a\\b:c", W, W, "C:\\a\\b:c", "/C/a/b:c"},
-        {"\\\\s\\v\\a", W, X, "\\\\s\\v/a", "\\\\s\\v/a"}, {"C:\\a", W, X, "/C/a", "/C/a"},
-        {"/", X, X, "/", "/"}, {"/a/b", X, X, "/a/b", "/a/b"}, {"a/b", X, X, "a/b", "a/b"},
-        {".", X, X, ".", "."}, {"../a", X, X, "../a", "../a"}};
+        {"\\\\s\\v\\a", W, W, "\\\\s\\v\\a", "\\\\s\\v/a"}, {"C:\\a", W, X, "/C/a", "/C/a"},
+        {"C:\\a\\b:c", W, W, "C:\\a\\b:c", "/C/a/b:c"}, {"/", X, X, "/", "/"},
+        {"\\\\s\\v\\a", W, X, "\\\\s\\v/a", "\\\\s\\v/a"}, {"a/b", X, X, "a/b", "a/b"},
+        {"../a", X, X, "../a", "../a"}};
     // clang-format on
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::Message() << r.in << " " << r.from << " to " << r.to);
         OwnedPath p(Parse(r.in, r.from));
         EXPECT_EQ(Text(p, r.to) + " " + PortableText(p), std::string(r.out) + " " + r.portable);
-        OwnedPath back(Parse(r.out, r.to));
-        EXPECT_TRUE(r.from != r.to || FPathSame(p, back));
     }
     // No path writes nothing and leaves the length; a corrupt one is refused; a network path with
     // no names measures one byte of portable text and writes none.
@@ -152,14 +144,13 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
     // clang-format off
     const struct { std::string path; int32_t from, to; MgStatus status; std::string name; } rows[] =
     {
-        {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"C:\\a\\b", W, W, ok, "C:\\a\\b"},
-        {"a", W, W, bad, ""}, {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""},
-        {"C:\\a.", W, W, bad, ""}, {"C:\\a\\b?", W, W, bad, ""},
-        {"C:\\con.txt", W, W, ok, "C:\\con.txt"}, {"\\\\s\\v", W, W, ok, "\\\\s\\v\\"},
-        {"\\\\s\\v\\a", W, W, ok, "\\\\s\\v\\a"}, {"1:\\a", W, W, bad, ""}, {"/", X, X, ok, "/"},
-        {"/a/b", X, X, ok, "/a/b"}, {"/a\\b/c:d", X, X, ok, "/a\\b/c:d"},
-        {"/a/con", X, X, ok, "/a/con"}, {"/a.", X, X, ok, "/a."}, {"a", X, X, bad, ""},
-        {"..", X, X, bad, ""}, {"\\\\s\\v\\a", W, X, bad, ""}, {"C:\\a/b", W, X, bad, ""}};
+        {"", W, W, bad, ""}, {"C:\\", W, W, ok, "C:\\"}, {"a", W, W, bad, ""},
+        {"abc:\\d", W, W, bad, ""}, {"C:\\a\\con", W, W, bad, ""}, {"C:\\a.", W, W, bad, ""},
+        {"C:\\a\\b?", W, W, bad, ""}, {"C:\\con.txt", W, W, ok, "C:\\con.txt"},
+        {"\\\\s\\v", W, W, ok, "\\\\s\\v\\"}, {"\\\\s\\v\\a", W, W, ok, "\\\\s\\v\\a"},
+        {"1:\\a", W, W, bad, ""}, {"/", X, X, ok, "/"}, {"/a\\b/c:d", X, X, ok, "/a\\b/c:d"},
+        {"/a/con", X, X, ok, "/a/con"}, {"/a.", X, X, ok, "/a."}, {"..", X, X, bad, ""},
+        {"\\\\s\\v\\a", W, X, bad, ""}, {"C:\\a/b", W, X, bad, ""}};
     // clang-format on
     for (const auto& r : rows)
         EXPECT_EQ(Native(OwnedPath(Parse(r.path, r.from)), r.to),
@@ -196,7 +187,7 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
         {"good.txt", W, 0, ""}, {"C:", W, B, ":"}, {"a?b*", W, B, "*?"}, {"a\\b/c|d", W, B, "|/\\"},
         {"x\"<>\"", W, B, "\"><\""}, {"LPT1", W, D, ""}, {"com9", W, D, ""}, {"COM", W, 0, ""},
         {"COM10", W, 0, ""}, {"clock$", W, D, ""}, {"Nul", W, D, ""}, {"con.txt", W, 0, ""},
-        {"a.", W, T, ""}, {"aux.", W, T, ""}, {"\xE9t\xE9", W, 0, ""}, {"a b-c_d", W, 0, ""},
+        {"a.", W, T, ""}, {"aux.", W, T, ""}, {"\xE9t\xE9", W, 0, ""},
         {"a?b*:\\", X, 0, ""}, {"con", X, 0, ""}, {"a/b/", X, B, "//"},
         {std::string("a\0b", 3), X, B, ""}, {".", X, D, ""}, {"..", X, D, ""}, {"...", X, 0, ""}};
     // clang-format on
