@@ -105,7 +105,8 @@ TEST(MgrsrcCommandLine, Runs) {
                             "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
         runs.push_back({bad, 1, "", "...--help..."});
     for (const std::string usage :
-         {"list [--json] FILE\n", "extract [-o OUT]", "diff A B\n", "set FILE", "pack DIR FILE\n"})
+         {"list [--json] FILE\n", "extract [-o OUT]", "verify FILE\n", "diff A B\n",
+          "unpack FILE DIR\n", "pack DIR FILE\n", "add FILE", "remove FILE", "set FILE"})
         runs.push_back({usage.substr(0, usage.find(' ')) + " --help", 0,
                         "usage: mgrsrc " + usage + "...exit status..."});
     ExpectRuns(dir.path, runs);
