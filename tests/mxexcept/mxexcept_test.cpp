@@ -74,6 +74,12 @@ TEST(MXExcept, FieldsMessagesAndConversions) {
         if (std::get<4>(r.want).empty()) std::get<3>(got) = 0, std::get<4>(got) = "";
         EXPECT_EQ(got, r.want);
     }
+    // A null text empties its field whatever the memory held before.
+    alignas(MXExcept) unsigned char dirty[sizeof(MXExcept)];
+    memset(dirty, 'x', sizeof dirty);
+    const MXExcept* blank = new (dirty) MXExcept(1, nullptr, nullptr, 0);
+    EXPECT_EQ(std::string(blank->GetDetail()) + blank->GetFile(), "");
+    blank->~MXExcept();
     const MXExcept original = thrower::Make(5);
     const MXExcept copy = Converted(original);
     EXPECT_EQ(FieldsOf(copy), FieldsOf(original));
