@@ -2,10 +2,11 @@
 // (so that the rename stays within one file system), with the old file's owner and mode, and
 // without a name where the host can (Linux: O_TMPFILE): it gets its hidden name,
 // `.<name>.XXXXXX.new`, only just before the rename puts it in the old one's place, so a
-// process killed while writing leaves nothing. Elsewhere, and where the file system refuses
-// unnamed files, it is made under its hidden name at once. Either way the writer holds a lock
-// on it (the "being written" marker) while it lives, and a write-back of the same file later
-// removes the hidden files whose lock it can take: their writers are gone.
+// process killed while writing leaves nothing (killed between the two, it leaves the hidden
+// file). Elsewhere, and where the file system refuses unnamed files, it is made under its
+// hidden name at once. Either way the writer holds a lock on it (the "being written" marker)
+// while it lives, and a write-back of the same file later removes the hidden files whose lock
+// it can take: their writers are gone.
 //
 // The commit takes the opener's share markers on the new file, renames it over the old name,
 // flushes the directory so that the rename is durable, and moves the open descriptor onto the
