@@ -58,16 +58,18 @@ TEST_F(DirsTest, ListingFaults) {
     EXPECT_GE(MemHandleSize(someTypes), 4 * 8);
     EXPECT_EQ(plat::OpenHandleCount(), open);
     plat::ResetFaults();
-    for (int64_t n = 1, done = 0; !done; ++n) {
-        OwnedHandle names, types;
-        int64_t before = plat::LiveBlockCount();
-        plat::FailAllocationAt(n);
-        MgStatus status = FDirEntries(p, names, types);
-        done = status == MgNoError && plat::AllocationCount() < n;
-        plat::FailAllocationAt(0);
-        ASSERT_TRUE(status == MgNoError || status == MgNoMemory) << n;
-        EXPECT_TRUE(status || Names(names).size() == 1000u) << n;
-        EXPECT_EQ(plat::LiveBlockCount(), before) << "allocation " << n;
+    for (bool withTypes : {true, false}) {
+        for (int64_t n = 1, done = 0; !done; ++n) {
+            OwnedHandle names, types;
+            int64_t before = plat::LiveBlockCount();
+            plat::FailAllocationAt(n);
+            MgStatus status = FDirEntries(p, names, withTypes ? types.h : nullptr);
+            done = status == MgNoError && plat::AllocationCount() < n;
+            plat::FailAllocationAt(0);
+            ASSERT_TRUE(status == MgNoError || status == MgNoMemory) << n;
+            EXPECT_TRUE(status || Names(names).size() == 1000u) << n;
+            EXPECT_EQ(plat::LiveBlockCount(), before) << "allocation " << n;
+        }
     }
 }
 
