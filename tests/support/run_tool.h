@@ -64,18 +64,12 @@ inline ToolResult RunProgram(const std::filesystem::path& program,
                       errPath = (dir / ".tool.err").string();
     const std::string directory = dir.string();
     ToolResult r;
-    // The tools are deterministic: a run that neither started nor said anything, and ended
-    // abnormally, is the host failing to start the child (seen under a loaded emulator).
-    for (int attempt = 0; attempt < 3 && r.status == -1 && r.out.empty() && r.err.empty();
-         ++attempt) {
-        if (attempt)
-            fprintf(stderr, "note: %s did not start; again\n", program.filename().string().c_str());
-        int64_t child =
-            StartProgram(program, args, directory.c_str(), outPath.c_str(), errPath.c_str());
-        r.status = child ? plat::WaitChild(child, 60000) : -1;
-        r.out = SlurpFile(outPath);
-        r.err = SlurpFile(errPath);
-    }
+    int64_t child =
+        StartProgram(program, args, directory.c_str(), outPath.c_str(), errPath.c_str());
+    if (child == 0) return r;
+    r.status = plat::WaitChild(child, 60000);
+    r.out = SlurpFile(outPath);
+    r.err = SlurpFile(errPath);
     std::filesystem::remove(outPath);
     std::filesystem::remove(errPath);
     return r;
