@@ -201,11 +201,14 @@ class ResourceTest : public ::testing::Test {
         ASSERT_EQ(RSetFileAttrs(f, FileAttrs(f) & ~RFileDirty), MgNoError);
         ASSERT_EQ(RCloseFile(f), MgNoError);
     }
-    // Files in the test's directory other than `leaf`: a write-back leaves none behind.
-    int32_t Strays(const std::string& leaf) const {
+    // Files in the test's directory other than `leaf` (whose names start with `prefix`): a
+    // write-back leaves none behind.
+    int32_t Strays(const std::string& leaf, const std::string& prefix = "") const {
         int32_t n = 0;
-        for (const auto& e : std::filesystem::directory_iterator(dir_.path))
-            n += e.path().filename() != leaf;
+        for (const auto& e : std::filesystem::directory_iterator(dir_.path)) {
+            const std::string name = e.path().filename().string();
+            n += name != leaf && name.rfind(prefix, 0) == 0;
+        }
         return n;
     }
 
