@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cstring>
-#include <sstream>
 #include <tuple>
 
 #include "mg/filemgr.h"
@@ -38,12 +37,6 @@ struct OwnedHandle {
     ~OwnedHandle() { MemDisposeHandle(h); }
     operator Handle() const { return h; }
 };
-
-// The words of `text`, with blanks between them.
-inline std::vector<std::string> Words(const std::string& text) {
-    std::istringstream in(text);
-    return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
-}
 
 inline std::vector<std::string> Names(Handle names) {
     int32_t count = 0;

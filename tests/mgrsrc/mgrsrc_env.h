@@ -3,8 +3,6 @@
 // round trip through the tool.
 #pragma once
 
-#include <iterator>
-#include <sstream>
 #include <string_view>
 
 #include "resource/crafted_files.h"
@@ -16,12 +14,6 @@ namespace fs = std::filesystem;
 
 inline ToolResult Mgrsrc(const std::vector<std::string>& args, const std::filesystem::path& dir) {
     return RunProgram(ToolPath(MGRSRC_NAME), args, dir);
-}
-
-// The words of a command line written out with blanks between them.
-inline std::vector<std::string> Words(const std::string& line) {
-    std::istringstream in(line);
-    return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
 }
 
 // The tool's text as its standard streams carry it: lines end with the host's line end.

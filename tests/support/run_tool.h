@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,12 @@ inline std::filesystem::path ThisProgram() {
 // A built tool lies beside the test programs.
 inline std::filesystem::path ToolPath(const char* name = MXSBUTIL_NAME) {
     return ThisProgram().parent_path() / name;
+}
+
+// The words of a command line written out with blanks between them.
+inline std::vector<std::string> Words(const std::string& line) {
+    std::istringstream in(line);
+    return {std::istream_iterator<std::string>(in), std::istream_iterator<std::string>()};
 }
 
 // Starts `program` with `args`; null `out`/`err` send those streams to the null device, or
