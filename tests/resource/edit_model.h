@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -28,14 +29,18 @@ inline const char* const kTypes[] = {"AAAA", "BBBB", "CCCC"};
 inline const std::string kNames[] = {
     "", "", "alpha", "ALPHA", "b", "name 3", std::string(200, 'z')};
 
-// A step from any source of numbers: `next(n)` gives one below n. Adds come most often.
-template <typename Next>
-Step MakeStep(Next next) {
+// A step from seven random numbers. Adds come most often.
+inline Step MakeStep(const std::array<uint32_t, 7>& r) {
     const Kind kinds[] = {kAdd, kAdd, kAdd, kAddTwice, kRemove, kChange, kLookup, kLookup};
-    // Fields in order: a braced list draws them one after the other.
-    return {kinds[next(8)],     uint8_t(next(3)),   uint8_t(next(std::size(kNames))),
-            uint8_t(next(256)), uint8_t(next(256)), int8_t(int(next(14)) - 3),
-            next(2) == 1};
+    return {kinds[r[0] % 8], uint8_t(r[1] % 3), uint8_t(r[2] % std::size(kNames)),
+            uint8_t(r[3]),   uint8_t(r[4]),     int8_t(int(r[5] % 14) - 3),
+            r[6] % 2 == 1};
+}
+
+// The map of an open file as it stands in memory; none when the file isn't open.
+inline Bytes MapBytes(ResFile f) {
+    ResFileEntry* e = nullptr;
+    return RLookupFile(f, &e) ? Bytes() : Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
 }
 
 struct Ref {
@@ -59,11 +64,7 @@ struct Runner {
     explicit Runner(ResFile f) : f_(f) {}
     // "" when the file did as the model, else what differed.
     std::string Apply(const Step& s);
-    std::string Look() const {
-        ResFileEntry* e = nullptr;
-        if (RLookupFile(f_, &e)) return "no file";
-        return Bytes(e->map, e->map + MemHandleSize(e->mapHandle)) == Render(false) ? "" : "map";
-    }
+    std::string Look() const { return MapBytes(f_) == Render(false) ? "" : "map"; }
     // What closing writes: the new file's header alone while the map is empty.
     Bytes FileBytes() const {
         Bytes out(32, 0);
@@ -134,15 +135,11 @@ inline std::string Runner::Apply(const Step& s) {
     Type* t = nullptr;
     for (Type& o : types_) t = o.first == type ? &o : t;
     // The reference `pick` counts to in map order.
-    Ref* r = nullptr;
-    size_t ti = 0, ri = 0, n = 0;
+    size_t ti = 0, n = 0;
     for (const Type& o : types_) n += o.second.size();
-    for (size_t k = n ? s.pick % n : 0, i = 0; n && !r; ++i) {
-        if (k < types_[i].second.size())
-            r = &types_[ti = i].second[ri = k];
-        else
-            k -= types_[i].second.size();
-    }
+    size_t ri = n ? s.pick % n : 0;
+    while (n && ri >= types_[ti].second.size()) ri -= types_[ti++].second.size();
+    Ref* r = n ? &types_[ti].second[ri] : nullptr;
     switch (s.kind) {
         case kAdd: {
             Ref add{s.id, named ? int32_t(names_.size()) : -1, RAttrChanged, nullptr, {}};
@@ -279,9 +276,8 @@ inline std::string Runner::Lookup(const Step& s, ResType type, Type* t, Ref* r, 
 }
 
 // Runs `steps` on a new file at `path` (`name` natively) and closes it: "" when every step and
-// the closed file matched the model, else the first difference. `closed` gets the file.
-inline std::string RunSteps(Path path, const std::string& name, const std::vector<Step>& steps,
-                            Bytes* closed) {
+// the closed file matched the model, else the first difference.
+inline std::string RunSteps(Path path, const std::string& name, const std::vector<Step>& steps) {
     ResFile f = 0;
     if (RCreateCorrectFile(path, 1, T("CRTR"), T("TEST"), 0644) ||
         ROpenFile(path, FMModeReadWrite, &f, nullptr, nullptr))
@@ -298,8 +294,8 @@ inline std::string RunSteps(Path path, const std::string& name, const std::vecto
     if (!why.empty()) return why;
     EDIT_EXPECT(status, MgNoError);
     std::ifstream in(name, std::ios::binary);
-    *closed = Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return *closed == run.FileBytes() ? "" : "the closed file";
+    return Bytes(std::istreambuf_iterator<char>(in), {}) == run.FileBytes() ? ""
+                                                                            : "the closed file";
 }
 
 }  // namespace edits

@@ -5,11 +5,7 @@
 
 namespace {
 
-Bytes MapBytes(ResFile f) {
-    ResFileEntry* e;
-    EXPECT_EQ(RLookupFile(f, &e), MgNoError);
-    return Bytes(e->map, e->map + MemHandleSize(e->mapHandle));
-}
+using edits::MapBytes;
 
 using EditTest = ResourceTest;
 
@@ -137,10 +133,7 @@ std::vector<edits::Step> FixedSteps(bool negative) {
 // the map edits wrote for it before adds were deferred (fixtures/edits_0.rsrc).
 TEST_F(ResourceTest, FixedEditSequencesWriteTheEarlierBytes) {
     for (const std::string leaf : {"edits_0.rsrc", "edits_4.rsrc"}) {
-        Bytes closed;
-        EXPECT_EQ(
-            edits::RunSteps(MakePath(leaf), FilePath(leaf), FixedSteps(leaf[6] == '0'), &closed),
-            "")
+        EXPECT_EQ(edits::RunSteps(MakePath(leaf), FilePath(leaf), FixedSteps(leaf[6] == '0')), "")
             << leaf;
         EXPECT_EQ(RCloseFile(Open(leaf)), MgNoError);
     }

@@ -25,11 +25,6 @@ std::vector<Res> Flatten(const Model& model, bool written) {
     return out;
 }
 
-void Settle(Model& model) {
-    for (auto& g : model)
-        for (auto& r : g.second) r.second.attrs = 0;
-}
-
 // Sizes around the 4-byte pad and the 4096-byte copy steps.
 Bytes Data(uint8_t choice, int32_t seed) {
     const size_t sizes[] = {0, 1, 3, 4, 17, 4093, 6000};
@@ -111,7 +106,8 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             if (op % 8 == 7) forget(which % 2);
             RC_ASSERT((op % 8 == 6 ? RUpdateFile(f) : RCloseFile(f)) == MgNoError);
             if (op % 8 == 7) f = Open(leaves[which % 2]);
-            Settle(model);
+            for (auto& g : model)
+                for (auto& r : g.second) r.second.attrs = 0;
         }
         for (const auto& [k, by] : held) {  // the index finds each handle's own reference
             ResFileEntry* entry = nullptr;
@@ -145,12 +141,8 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
 RC_GTEST_FIXTURE_PROP(ResourceTest, MapAndFileFollowTheEditModel, ()) {
     const auto raw = *rc::gen::arbitrary<std::vector<std::array<uint32_t, 7>>>();
     std::vector<edits::Step> steps;
-    for (const auto& r : raw) {
-        size_t i = 0;
-        steps.push_back(edits::MakeStep([&](size_t n) { return r[i++] % n; }));
-    }
-    Bytes closed;
-    RC_ASSERT(edits::RunSteps(MakePath("edits"), FilePath("edits"), steps, &closed) == "");
+    for (const auto& r : raw) steps.push_back(edits::MakeStep(r));
+    RC_ASSERT(edits::RunSteps(MakePath("edits"), FilePath("edits"), steps) == "");
 }
 
 }  // namespace
