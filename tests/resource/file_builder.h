@@ -61,8 +61,6 @@ inline uint32_t Big32At(const Bytes& b, size_t at) {
 inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3,
                        const char* fileType = "TEST", const char* creator = "CRTR") {
     Bytes data, refs, names, typeList;
-    int32_t refCount = 0;
-    for (const auto& t : types) refCount += int32_t(t.refs.size());
     AppendBig32(typeList, uint32_t(int32_t(types.size()) - 1));
     int32_t listOffset = 4 + 12 * int32_t(types.size());
     for (const auto& t : types) {
@@ -83,26 +81,22 @@ inline Bytes BuildFile(const std::vector<TypeLayout>& types, int16_t version = 3
         }
     }
     Bytes header(32, 0);
-    memcpy(header.data(), "RSRC\r\n", 6);
-    header[6] = uint8_t(version >> 8);
-    header[7] = uint8_t(version);
+    memcpy(header.data(), "RSRC", 4);
+    PutBig32(header, 4, 0x0D0A0000u | uint16_t(version));
     memcpy(header.data() + 8, fileType, 4);
     memcpy(header.data() + 12, creator, 4);
     const uint32_t mapSize =
-        refCount ? uint32_t(52 + typeList.size() + refs.size() + names.size()) : 0;
+        refs.empty() ? 0 : uint32_t(52 + typeList.size() + refs.size() + names.size());
     const uint32_t fields[] = {uint32_t(32 + data.size()), mapSize, 32, uint32_t(data.size())};
     for (size_t i = 0; i < 4; ++i) PutBig32(header, 16 + 4 * i, fields[i]);
     Bytes file = header;
     Append(file, data);
-    if (!refCount) return file;
+    if (refs.empty()) return file;
     Bytes map = header;
     map.resize(52, 0);
     PutBig32(map, 44, 52);
     PutBig32(map, 48, names.empty() ? 0 : uint32_t(52 + typeList.size() + refs.size()));
-    map.insert(map.end(), typeList.begin(), typeList.end());
-    map.insert(map.end(), refs.begin(), refs.end());
-    map.insert(map.end(), names.begin(), names.end());
-    Append(file, map);
+    for (const Bytes* part : {&map, &typeList, &refs, &names}) Append(file, *part);
     return file;
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 using crafted::Base;
 using crafted::MapAt;
+using crafted::PutMap32;
 
 class OpenTest : public ResourceTest {
   protected:
@@ -45,12 +46,10 @@ TEST_F(OpenTest, HeaderValidity) {
         {"version 5 in both", [](Bytes& b) { b[7] = 5, b[MapAt(b) + 7] = 5; }, MgNoError},
         {"map copy names another creator", [](Bytes& b) { b[MapAt(b) + 12] = 'Z'; }, MgIOError},
         {"map copy with other version", [](Bytes& b) { b[MapAt(b) + 7] = 4; }, MgIOError},
-        {"type list beyond the map", [](Bytes& b) { PutBig32(b, MapAt(b) + 44, 5000); }, MgIOError},
-        {"name list beyond the map", [](Bytes& b) { PutBig32(b, MapAt(b) + 48, 5000); }, MgIOError},
-        {"type count running off the map", [](Bytes& b) { PutBig32(b, MapAt(b) + 52, 900); },
-         MgIOError},
-        {"reference list off the map", [](Bytes& b) { PutBig32(b, MapAt(b) + 64, 100000); },
-         MgIOError},
+        {"type list beyond the map", [](Bytes& b) { PutMap32(b, 44, 5000); }, MgIOError},
+        {"name list beyond the map", [](Bytes& b) { PutMap32(b, 48, 5000); }, MgIOError},
+        {"type count running off the map", [](Bytes& b) { PutMap32(b, 52, 900); }, MgIOError},
+        {"reference list off the map", [](Bytes& b) { PutMap32(b, 64, 100000); }, MgIOError},
         {"map smaller than its header",
          [](Bytes& b) { PutBig32(b, 20, 40), b.resize(MapAt(b) + 40); }, MgIOError},
         {"map beyond the file", [](Bytes& b) { PutBig32(b, 20, Big32At(b, 20) + 100); },
@@ -253,9 +252,9 @@ TEST_F(OpenTest, OddLayoutsAreWrittenBackCorrectly) {
     }
 }
 
+using Notices = std::vector<std::pair<int64_t, std::string>>;
 void Keep(void* context, const RCheckFinding* f) {
-    static_cast<std::vector<std::pair<int64_t, std::string>>*>(context)->push_back(
-        {f->offset, f->text});
+    static_cast<Notices*>(context)->push_back({f->offset, f->text});
 }
 
 // RCheckBytes on a file whose data lies out of map order, as write-backs leave files after
@@ -266,13 +265,13 @@ TEST(CheckBytes, NoticesOfDataAndIdsOutOfOrder) {
     const int64_t refs = Big32At(b, 16) + 68;  // the three entries, 20 bytes apart
     PutBig32(b, size_t(refs + 12), 16);        // the first takes the third's data,
     PutBig32(b, size_t(refs + 52), 8);         // the third shares the second's
-    std::vector<std::pair<int64_t, std::string>> got;
+    Notices got;
     RCheckSink sink{&got, Keep, nullptr, 1};
     RCheckSummary summary;
     ASSERT_EQ(RCheckBytes(b.data(), int64_t(b.size()), &sink, &summary), MgNoError);
     EXPECT_EQ(
         got,
-        (std::vector<std::pair<int64_t, std::string>>{
+        (Notices{
             {refs + 20, "id 2 out of order in a version-4 file: lookups by id may miss it"},
             {refs + 40, "id 5 appears twice in its type; a lookup finds one of them"},
             {32, "8 bytes of data that no reference uses"},

@@ -59,14 +59,12 @@ inline std::vector<Res> Records(ResFile f) {
             Handle h = nullptr;
             uint8_t name[256] = {0};
             Res r{std::string(reinterpret_cast<const char*>(&type), 4), 0, "", {}};
-            EXPECT_EQ(RGetInd(f, type, i, &h), MgNoError);
-            if (!h || RGetInfo(h, &r.id, nullptr, name) || RGetAttrs(h, &r.attrs)) {
+            if (RGetInd(f, type, i, &h) || !h || RGetInfo(h, &r.id, nullptr, name) ||
+                RGetAttrs(h, &r.attrs))
                 ADD_FAILURE() << r.type << " " << i;
-                continue;
-            }
-            r.name.assign(reinterpret_cast<const char*>(name + 1), name[0]);
-            r.data.assign(*h, *h + MemHandleSize(h));
-            out.push_back(std::move(r));
+            else
+                out.push_back({r.type, r.id, std::string(name + 1, name + 1 + name[0]),
+                               Bytes(*h, *h + MemHandleSize(h)), r.attrs});
         }
     }
     return out;
