@@ -74,9 +74,7 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
 // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.
 TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
     for (const auto& [count, backward, maxReads] :
-         {std::tuple<int32_t, bool, int64_t>{2000, false, 1},
-          {12000, false, 5},
-          {12000, true, 6}}) {
+         {std::tuple{2000, false, 1}, {12000, false, 5}, {12000, true, 6}}) {
         ResFile f = Put("m", SmallResources(count), FMModeRead);
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
         for (int32_t i = 1; i <= count; ++i) {

@@ -149,10 +149,9 @@ inline std::string Runner::Apply(const Step& s) {
             MemSetHandleBytes(&add.h, add.data.data(), int32_t(add.data.size()));
             const bool taken = t && std::any_of(t->second.begin(), t->second.end(),
                                                 [&](const Ref& o) { return o.id == s.id; });
-            const MgStatus got = RAdd(add.h, f_, type, s.id, named ? PS(p) : nullptr);
-            if (taken) MemDisposeHandle(add.h);
-            EDIT_EXPECT(got, taken ? MgResourceDuplicate : MgNoError);
-            if (taken) return "";
+            EDIT_EXPECT(RAdd(add.h, f_, type, s.id, named ? PS(p) : nullptr),
+                        taken ? MgResourceDuplicate : MgNoError);
+            if (taken) return MemDisposeHandle(add.h), "";
             // The name-list offset grows by what the add moves it, or is set by a first name.
             const int32_t delta = types_.empty() ? 36 : t ? 20 : 32;
             const int32_t size =

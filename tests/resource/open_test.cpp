@@ -62,11 +62,10 @@ TEST_F(OpenTest, HeaderValidity) {
     for (const auto& row : rows) {
         Bytes b = Base();
         row.spoil(b);
+        SCOPED_TRACE(row.what);
         for (int32_t mode : {FMModeReadWrite, FMModeRead}) {
-            SCOPED_TRACE(row.what);
-            if (row.open) {
-                Refused(b, mode, row.open);
-            } else if (ResFile f = Put("f", b, mode)) {
+            if (row.open) Refused(b, mode, row.open);
+            if (ResFile f = row.open ? 0 : Put("f", b, mode)) {
                 EXPECT_EQ(Records(f), Flat(crafted::BaseLayout()));
                 EXPECT_EQ(RCloseFile(f), MgNoError);
             }
@@ -142,17 +141,13 @@ TEST_F(OpenTest, EmbeddedFiles) {
     ResType type = 0, creator = 0;
     EXPECT_EQ(RGetFileTypeCreator(MakePath("outer"), &type, &creator), MgNoError);
     EXPECT_EQ(std::make_pair(type, creator), std::make_pair(T("TEST"), T("CRTR")));
-    const struct {
-        const Bytes& inner;
-        uint32_t at, value;
-    } rows[] = {{base, 16, 0x7FFFFFFC},  // map offset
-                {base, 24, 0x7FFFFFFC},  // data offset
-                {base, crafted::MapAt(base) + 24, 0x7FFFFFFC},
-                {empty, 24, 0x7FFFFFF4}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.at);
-        Bytes inner = row.inner;
-        PutBig32(inner, row.at, row.value);
+    // The map offset, the data offset, the map copy's data offset; in a file with no map.
+    for (auto [inner, at, value] : {std::tuple{base, 16u, 0x7FFFFFFCu},
+                                    {base, 24u, 0x7FFFFFFCu},
+                                    {base, MapAt(base) + 24, 0x7FFFFFFCu},
+                                    {empty, 24u, 0x7FFFFFF4u}}) {
+        SCOPED_TRACE(at);
+        PutBig32(inner, at, value);
         const Bytes outer = crafted::Embedded(inner, 8);
         Refused(outer, FMModeRead, MgEndOfFile);
         RCheckSummary sum{};

@@ -16,9 +16,8 @@ const std::vector<TypeLayout> kThree = {
 // Loading leaves a file as it was; changing attributes alone makes it dirty.
 TEST_F(WriteBackTest, OnlyADirtyFileIsWritten) {
     const Bytes original = BuildFile(kThree);
-    WriteFile("u", original);
+    ResFile f = Put("u", original);
     const auto before = std::filesystem::last_write_time(FilePath("u"));
-    ResFile f = Open("u");
     Get(f, "AAAA", 2);
     const int64_t writes = plat::FileOpCount(plat::kFileWrite);
     EXPECT_EQ(RCloseFile(f), MgNoError);
@@ -124,12 +123,11 @@ TEST_F(WriteBackTest, MemoryFileHoldsResourcesItCannotFindByHandle) {
                                    {"TXT ", 5, "greeting", {'h', 'i'}},
                                    {"BIN ", 9, "", Bytes(5003, 7)}};
     Handle a = nullptr;
-    for (size_t i : {1, 0, 2}) {
+    for (size_t i : {1, 0, 2})
         for (ResFile f : {id, disk}) {
             Handle h = AddData(f, want[i].type.c_str(), want[i].id, want[i].data, want[i].name);
             if (f == id && i == 1) a = h;
         }
-    }
     EXPECT_EQ(RGetInfo(a, nullptr, nullptr, nullptr), MgResourceNotFound);
     EXPECT_EQ(RChanged(a), MgResourceNotFound);
     const Bytes image = Image(id);
