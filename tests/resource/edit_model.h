@@ -7,8 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -292,9 +290,7 @@ inline std::string RunSteps(Path path, const std::string& name, const std::vecto
     const MgStatus status = RCloseFile(f);
     if (!why.empty()) return why;
     EDIT_EXPECT(status, MgNoError);
-    std::ifstream in(name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {}) == run.FileBytes() ? ""
-                                                                            : "the closed file";
+    return B(SlurpFile(name)) == run.FileBytes() ? "" : "the closed file";
 }
 
 }  // namespace edits

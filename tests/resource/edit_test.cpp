@@ -137,9 +137,8 @@ TEST_F(ResourceTest, FixedEditSequencesWriteTheEarlierBytes) {
             << leaf;
         EXPECT_EQ(RCloseFile(Open(leaf)), MgNoError);
     }
-    std::ifstream in(std::string(MG_SOURCE_DIR) + "/tests/resource/fixtures/edits_0.rsrc",
-                     std::ios::binary);
-    EXPECT_EQ(ReadFile("edits_0.rsrc"), Bytes(std::istreambuf_iterator<char>(in), {}));
+    const std::string fixture = MG_SOURCE_DIR "/tests/resource/fixtures/edits_0.rsrc";
+    EXPECT_EQ(ReadFile("edits_0.rsrc"), B(SlurpFile(fixture)));
 }
 
 }  // namespace

@@ -6,9 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -19,6 +16,7 @@
 #include "mg/resource.h"
 #include "platform/faults.h"
 #include "resource/file_builder.h"
+#include "support/run_tool.h"
 #include "support/temp_dir.h"
 
 struct Res {
@@ -135,10 +133,7 @@ class ResourceTest : public ::testing::Test {
     void WriteFile(const std::string& leaf, const Bytes& bytes) const {
         WriteBytes(FilePath(leaf), bytes);
     }
-    Bytes ReadFile(const std::string& leaf) const {
-        std::ifstream in(FilePath(leaf), std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(in), {});
-    }
+    Bytes ReadFile(const std::string& leaf) const { return B(SlurpFile(dir_.path / leaf)); }
     // Writes `bytes` as `leaf` and opens it.
     ResFile Put(const std::string& leaf, const Bytes& bytes, int32_t mode = FMModeReadWrite,
                 MgStatus expect = MgNoError) {
