@@ -39,7 +39,7 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
     static_assert(kCount * 24 > 2 * kWindow);
     // Ids on both sides of the first window's end (about id 2730); edits 0 change, 1 remove,
     // 2 add.
-    for (int edit : {0, 1, 2}) {
+    for (int edit : {0, 1, 2})
         for (const int32_t id : {2, 2730, 2731, 7999}) {
             SCOPED_TRACE(testing::Message() << edit << " " << id);
             ResFile f = Put("s", SmallResources(kCount));
@@ -68,7 +68,6 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
             EXPECT_EQ(ById(f), expected);
             ASSERT_EQ(RCloseFile(f), MgNoError);
         }
-    }
 }
 
 // 2000 resources fit one window; 12000 (288,000 bytes) need five going either way.

@@ -116,7 +116,8 @@ struct Runner {
         if (r.nameOffset == -1 || at < 0 || at >= Size() || at + 1 + map[at] > Size()) return "";
         return std::string(map.begin() + at, map.begin() + at + 1 + map[at]);
     }
-    std::string Lookup(const Step& s, ResType type, Type* t, Ref* r, size_t ti);
+    std::string Lookup(const Step& s, const std::string& p, ResType type, Type* t, Ref* r,
+                       size_t ti);
 
     ResFile f_;
     std::vector<Type> types_;
@@ -218,17 +219,17 @@ inline std::string Runner::Apply(const Step& s) {
             break;
         }
         default:
-            return Lookup(s, type, t, r, ti);
+            return Lookup(s, p, type, t, r, ti);
     }
     return "";
 }
 
-inline std::string Runner::Lookup(const Step& s, ResType type, Type* t, Ref* r, size_t ti) {
+inline std::string Runner::Lookup(const Step& s, const std::string& p, ResType type, Type* t,
+                                  Ref* r, size_t ti) {
     const Bytes map = Render(false);
     switch (s.extra % 3) {
         case 0: {
             // The first name that matches without regard to case, in id order, without loading.
-            const std::string p = P(kNames[s.name % std::size(kNames)]);
             Handle h = nullptr, want = nullptr;
             int32_t index = 0, id = 0, wantIndex = 0, wantId = 0;
             for (size_t i = 0; t && !want && i < t->second.size(); ++i) {
@@ -249,10 +250,8 @@ inline std::string Runner::Lookup(const Step& s, ResType type, Type* t, Ref* r, 
             uint8_t name[256] = {};
             EDIT_EXPECT(RGetInfo(r->h, &id, &got, name), MgNoError);
             const std::string n = NameOf(map, *r);
-            const bool same =
-                id == r->id && got == types_[ti].first &&
-                std::string(name, name + 1 + name[0]) == (n.empty() ? std::string(1, '\0') : n);
-            return same ? "" : "RGetInfo";
+            const bool same = std::string(name, name + 1 + name[0]) == (n.empty() ? P("") : n);
+            return id == r->id && got == types_[ti].first && same ? "" : "RGetInfo";
         }
         default: {
             // Free ids from the counter, started at a resource's id: the first the counter

@@ -15,16 +15,6 @@
 
 namespace {
 
-// Types in the order of their first addition, ids sorted within a type.
-using Model = std::vector<std::pair<std::string, std::map<int32_t, Res>>>;
-
-std::vector<Res> Flatten(const Model& model, bool written) {
-    std::vector<Res> out;
-    for (const auto& [type, refs] : model)
-        for (auto [id, r] : refs) out.push_back(r), out.back().attrs &= written ? 0 : ~0;
-    return out;
-}
-
 // Sizes around the 4-byte pad and the 4096-byte copy steps.
 Bytes Data(uint8_t choice, int32_t seed) {
     const size_t sizes[] = {0, 1, 3, 4, 17, 4093, 6000};
@@ -42,7 +32,9 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     const char* const types[] = {"AAAA", "BBBB", "CCCC"};
     const std::string leaves[] = {"f0", "f1"};
     ResFile files[2] = {CreateAndOpen(leaves[0]), CreateAndOpen(leaves[1])};
-    Model models[2];
+    // What each file holds: types in the order of their first addition, ids sorted within a
+    // type, as the file lists them.
+    std::vector<Res> models[2];
     // Handles still allocated (loaded, added or detached), with the file and type holding
     // them: file -1 once detached. Closing a file disposes every handle it holds.
     std::map<Handle, std::pair<int, std::string>> held;
@@ -52,11 +44,11 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     int32_t step = 0;
     for (const auto& [op, which, typeChoice, detail] : steps) {
         ResFile& f = files[which % 2];
-        Model& model = models[which % 2];
+        std::vector<Res>& model = models[which % 2];
         const std::string type = types[typeChoice % 3];
-        auto group =
-            std::find_if(model.begin(), model.end(), [&](auto& g) { return g.first == type; });
-        const int32_t count = group == model.end() ? 0 : int32_t(group->second.size());
+        auto ofType = [&](const Res& r) { return r.type == type; };
+        const auto group = std::find_if(model.begin(), model.end(), ofType);
+        const int32_t count = int32_t(std::count_if(group, model.end(), ofType));
         Handle h = nullptr;
         ++step;
         if (op % 8 < 3) {  // add
@@ -64,33 +56,33 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             const std::string name = detail & 0x40 ? "n" + std::to_string(step) : "";
             const Bytes data = Data(detail / 7, step);
             // Ids taken in this file: the edit model's. The other file's don't count.
-            if (count && group->second.count(id)) continue;
+            if (std::any_of(group, group + count, [&](const Res& r) { return r.id == id; }))
+                continue;
             h = AddData(f, type.c_str(), id, data, name);
-            if (!count) group = model.insert(model.end(), {type, {}});
-            group->second[id] = {type, id, name, data, RAttrChanged};
+            model.insert(
+                std::find_if(group, group + count, [&](const Res& r) { return r.id > id; }),
+                {type, id, name, data, RAttrChanged});
             held[h] = {which % 2, type};
         } else if (op % 8 < 6 && count) {  // change, remove, release or detach
-            auto ref = std::next(group->second.begin(), detail % count);
+            const auto ref = group + detail % count;
             // Removing an unnamed resource from a map with no names spoils the name-list
             // offset, as it is meant to; the example tests follow that road.
-            const auto all = Flatten(model, false);
             if (op % 8 == 4 &&
-                std::all_of(all.begin(), all.end(), [](auto& r) { return r.name.empty(); }))
+                std::all_of(model.begin(), model.end(), [](auto& r) { return r.name.empty(); }))
                 continue;
             RC_ASSERT(RGetInd(f, T(type.c_str()), 1 + detail % count, &h) == MgNoError);
             held[h] = {which % 2, type};
             if (op % 8 == 3) {
-                ref->second.data = Data(detail / 7, step);
-                ref->second.attrs = RAttrChanged;
-                MemSetHandleBytes(&h, ref->second.data.data(), int32_t(ref->second.data.size()));
+                ref->data = Data(detail / 7, step);
+                ref->attrs = RAttrChanged;
+                MemSetHandleBytes(&h, ref->data.data(), int32_t(ref->data.size()));
                 RC_ASSERT(RChanged(h) == MgNoError);
             } else if (op % 8 == 4) {
                 RC_ASSERT(RRemove(h, files[1 - which % 2]) == MgNoError);
                 held.erase(h);
                 MemDisposeHandle(h);
-                group->second.erase(ref);
-                if (group->second.empty()) model.erase(group);
-            } else if (!(ref->second.attrs & RAttrChanged)) {  // unloaded again, or let go
+                model.erase(ref);
+            } else if (!(ref->attrs & RAttrChanged)) {  // unloaded again, or let go
                 RC_ASSERT((detail & 1 ? RDetach(h) : RRelease(h)) == MgNoError);
                 detail & 1 ? void(held[h].first = -1) : void(held.erase(h));
             }
@@ -98,8 +90,7 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             if (op % 8 == 7) forget(which % 2);
             RC_ASSERT((op % 8 == 6 ? RUpdateFile(f) : RCloseFile(f)) == MgNoError);
             if (op % 8 == 7) f = Open(leaves[which % 2]);
-            for (auto& g : model)
-                for (auto& r : g.second) r.second.attrs = 0;
+            for (Res& r : model) r.attrs = 0;
         }
         for (const auto& [k, by] : held) {  // the index finds each handle's own reference
             ResFileEntry* entry = nullptr;
@@ -114,15 +105,16 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
     }
     // The first file through its memory image, which then describes the map; the second
     // through the disk.
-    RC_ASSERT(Records(files[0]) == Flatten(models[0], false));
+    RC_ASSERT(Records(files[0]) == models[0] && Records(files[1]) == models[1]);
+    for (auto& model : models)  // no changed bits on disk
+        for (Res& r : model) r.attrs = 0;
     WriteFile("image", Image(files[0]));
-    RC_ASSERT(FileRecords(FilePath("image")) == Flatten(models[0], true));
+    RC_ASSERT(FileRecords(FilePath("image")) == models[0]);
     forget(0);
     Drop(files[0]);
-    RC_ASSERT(Records(files[1]) == Flatten(models[1], false));
     forget(1);
     RC_ASSERT(RCloseFile(files[1]) == MgNoError);
-    RC_ASSERT(FileRecords(FilePath(leaves[1])) == Flatten(models[1], true));
+    RC_ASSERT(FileRecords(FilePath(leaves[1])) == models[1]);
     for (const auto& e : held) MemDisposeHandle(e.first);
 }
 
