@@ -34,10 +34,7 @@ inline Bytes Fill(size_t size, int seed) {
 }
 
 inline void PutBig32(Bytes& b, size_t at, uint32_t v) {
-    b[at] = uint8_t(v >> 24);
-    b[at + 1] = uint8_t(v >> 16);
-    b[at + 2] = uint8_t(v >> 8);
-    b[at + 3] = uint8_t(v);
+    for (size_t i = 0; i < 4; ++i) b[at + i] = uint8_t(v >> (24 - 8 * i));
 }
 
 inline void AppendBig32(Bytes& b, uint32_t v) {

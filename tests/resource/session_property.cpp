@@ -58,11 +58,10 @@ RC_GTEST_FIXTURE_PROP(ResourceTest, EditSessionsKeepTheModel, ()) {
             // Ids taken in this file: the edit model's. The other file's don't count.
             if (std::any_of(group, group + count, [&](const Res& r) { return r.id == id; }))
                 continue;
-            h = AddData(f, type.c_str(), id, data, name);
+            held[AddData(f, type.c_str(), id, data, name)] = {which % 2, type};
             model.insert(
                 std::find_if(group, group + count, [&](const Res& r) { return r.id > id; }),
                 {type, id, name, data, RAttrChanged});
-            held[h] = {which % 2, type};
         } else if (op % 8 < 6 && count) {  // change, remove, release or detach
             const auto ref = group + detail % count;
             // Removing an unnamed resource from a map with no names spoils the name-list
