@@ -74,9 +74,7 @@ class ReplaceTest : public ResourceTest {
         const auto start = std::chrono::steady_clock::now();
         const int32_t status = plat::WaitChild(child, killAfterMs < 0 ? 120000 : killAfterMs);
         EXPECT_TRUE(killAfterMs >= 0 || status == 0);
-        return int32_t(std::chrono::duration_cast<std::chrono::milliseconds>(
-                           std::chrono::steady_clock::now() - start)
-                           .count());
+        return int32_t((std::chrono::steady_clock::now() - start) / std::chrono::milliseconds(1));
     }
     // Kills the rewriting child at `points` moments spread over a whole run, the last few after
     // its end: each time the file is the old one or the new one, and both are seen.
