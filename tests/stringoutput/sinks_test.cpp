@@ -107,13 +107,10 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
     const std::string program = ThisProgram().parent_path().string() + plat::DirectorySeparator();
     // Room behind the temporary directory: its length + n + 2 may be 289.
     const int32_t room = 289 - 2 - static_cast<int32_t>(temp.size());
-    const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n');
-    const struct {
-        int32_t kind;
-        std::string name;
-        uint8_t suffix;
-        std::string expected;  // the name, or the detail of the exception 7
-    } rows[] = {
+    const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n'),
+        fits(room, 'n'), over(room + 1, 'n');
+    // Kind, name, suffix, and the name or the error and detail of the exception.
+    const std::tuple<int32_t, const char*, uint8_t, std::string> rows[] = {
         {0, "log", 0, temp + "log"},
         {3, "log", 0, temp + "log"},
         {0, "log", 1, temp + "log.txt"},
@@ -121,41 +118,32 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
         {-5, "log", 1, "log.txt"},
         {2, "log", 0, program + "log"},
         {2, "log", 1, program + "log.txt"},
-        {1, n288, 0, n288},
-        {1, n289, 0, "Path too long"},
-        {1, n288, 1, "GetModuleFileName failed"},
-        {1, n284, 1, n284 + ".txt"},
-        {1, n285, 1, "GetModuleFileName failed"},
-        {0, std::string(room, 'n'), 0, temp + std::string(room, 'n')},
-        {0, std::string(room + 1, 'n'), 0, "Path too long"},
-        {3, std::string(room + 1, 'n'), 0, "Path too long"},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(testing::Message() << "kind " << r.kind << " length " << r.name.size());
+        {1, n288.c_str(), 0, n288},
+        {1, n289.c_str(), 0, "7 Path too long"},
+        {1, n288.c_str(), 1, "7 GetModuleFileName failed"},
+        {1, n284.c_str(), 1, n284 + ".txt"},
+        {1, n285.c_str(), 1, "7 GetModuleFileName failed"},
+        {0, fits.c_str(), 0, temp + fits},
+        {0, over.c_str(), 0, "7 Path too long"},
+        {3, over.c_str(), 0, "7 Path too long"},
+        {0, nullptr, 0, "1 inFilename is NULL"}};
+    for (const auto& [kind, text, suffix, expected] : rows) {
+        SCOPED_TRACE(testing::Message() << "kind " << kind << " " << (text ? strlen(text) : 0));
         std::string got;
         bool threw = false;
         try {
-            const OutputFileName name(r.kind, r.name.c_str(), r.suffix);
+            const OutputFileName name(kind, text, suffix);
             std::unique_ptr<OutputName> clone(name.Clone());
             EXPECT_STREQ(clone->GetName(), name.GetName());
             got = name.GetName();
         } catch (const MXExcept& e) {
-            EXPECT_EQ(e.GetError(), 7);
-            got = e.GetDetail();
+            got = std::to_string(e.GetError()) + " " + e.GetDetail();
             threw = true;
         }
-        EXPECT_EQ(got, r.expected);
-        std::unique_ptr<OutputName> made(MakeOutputName(r.kind, r.name.c_str(), r.suffix));
+        EXPECT_EQ(got, expected);
+        std::unique_ptr<OutputName> made(MakeOutputName(kind, text, suffix));
         EXPECT_EQ(made ? std::string(made->GetName()) : "", threw ? "" : got);
     }
-    try {
-        OutputFileName name(0, nullptr, 0);
-        ADD_FAILURE() << "a null name was taken";
-    } catch (const MXExcept& e) {
-        EXPECT_EQ(std::make_pair(e.GetError(), std::string(e.GetDetail())),
-                  std::make_pair(1, std::string("inFilename is NULL")));
-    }
-    EXPECT_EQ(MakeOutputName(1, nullptr, 0), nullptr);
     // A temporary directory too long for the name gives no name, never a bare one that would
     // land in the current directory.
     const ScopedVariable tmp(TempVariable(), "/" + std::string(300, 't'));
