@@ -109,26 +109,19 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
     const int32_t room = 289 - 2 - static_cast<int32_t>(temp.size());
     const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n'),
         fits(room, 'n'), over(room + 1, 'n');
-    // Kind, name, suffix, and the name or the error and detail of the exception.
-    const std::tuple<int32_t, const char*, uint8_t, std::string> rows[] = {
-        {0, "log", 0, temp + "log"},
-        {3, "log", 0, temp + "log"},
-        {0, "log", 1, temp + "log.txt"},
-        {1, "log", 0, "log"},
-        {-5, "log", 1, "log.txt"},
-        {2, "log", 0, program + "log"},
-        {2, "log", 1, program + "log.txt"},
-        {1, n288.c_str(), 0, n288},
-        {1, n289.c_str(), 0, "7 Path too long"},
-        {1, n288.c_str(), 1, "7 GetModuleFileName failed"},
-        {1, n284.c_str(), 1, n284 + ".txt"},
-        {1, n285.c_str(), 1, "7 GetModuleFileName failed"},
-        {0, fits.c_str(), 0, temp + fits},
-        {0, over.c_str(), 0, "7 Path too long"},
-        {3, over.c_str(), 0, "7 Path too long"},
-        {0, nullptr, 0, "1 inFilename is NULL"}};
-    for (const auto& [kind, text, suffix, expected] : rows) {
-        SCOPED_TRACE(testing::Message() << "kind " << kind << " " << (text ? strlen(text) : 0));
+    // Kind, name (none when empty), suffix, and the name or the error and detail of the exception.
+    const std::tuple<int32_t, std::string, uint8_t, std::string> rows[] = {
+        {0, "log", 0, temp + "log"},        {3, "log", 0, temp + "log"},
+        {0, "log", 1, temp + "log.txt"},    {1, "log", 0, "log"},
+        {-5, "log", 1, "log.txt"},          {2, "log", 0, program + "log"},
+        {2, "log", 1, program + "log.txt"}, {1, n288, 0, n288},
+        {1, n289, 0, "7 Path too long"},    {1, n288, 1, "7 GetModuleFileName failed"},
+        {1, n284, 1, n284 + ".txt"},        {1, n285, 1, "7 GetModuleFileName failed"},
+        {0, fits, 0, temp + fits},          {0, over, 0, "7 Path too long"},
+        {3, over, 0, "7 Path too long"},    {0, "", 0, "1 inFilename is NULL"}};
+    for (const auto& [kind, given, suffix, expected] : rows) {
+        const char* text = given.empty() ? nullptr : given.c_str();
+        SCOPED_TRACE(testing::Message() << "kind " << kind << " length " << given.size());
         std::string got;
         bool threw = false;
         try {
