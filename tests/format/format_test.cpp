@@ -254,13 +254,17 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
                 Row(none == nullptr, 1)});
     MemDisposeHandle(reinterpret_cast<Handle>(lh));
     // Lines into a file; a failed allocation or write (a full disk) adds nothing.
+    auto toPath = [](const std::string& text) {
+        Path p = nullptr;
+        EXPECT_EQ(
+            FTextToPath(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()), &p),
+            MgNoError);
+        return p;
+    };
     TempDir dir;
     const std::string name = (dir.path / "out.txt").string();
     FileRef ref = 0;
-    Path p = nullptr;
-    ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
-                          static_cast<int32_t>(name.size()), &p),
-              MgNoError);
+    Path p = toPath(name);
     ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
     FPathRelease(p);
     auto full = [] { plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull); };
@@ -277,17 +281,12 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
     // Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
     // limit alone cuts it.
     // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
-    const std::string a200 = std::string(1, '/').append(200, 'a');
-    const std::pair<std::string, bool> cases[] = {
-        {std::string(1, '/').append(251, 'n'), true},
-        {std::string(1, '/').append(252, 'n'), false},
-        {std::string(a200).append(1, '/').append(50, 'b'), true},
-        {std::string(a200).append(1, '/').append(51, 'b'), false}};
-    for (const auto& [text, printed] : cases) {
-        Path p = nullptr;
-        ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
-                              static_cast<int32_t>(text.size()), &p),
-                  MgNoError);
+    for (const std::string& text :
+         {std::string(1, '/').append(251, 'n'), std::string(1, '/').append(252, 'n'),
+          std::string(1, '/').append(200, 'a').append(1, '/').append(50, 'b'),
+          std::string(1, '/').append(200, 'a').append(1, '/').append(51, 'b')}) {
+        const bool printed = text.size() == 252;
+        Path p = toPath(text);
         char buffer[4];
         ExpectRows({Row(Format("<%z>", p), "<" + (printed ? text : "") + ">"),
                     Row(Format("%300.2z|", p), (printed ? text : "") + "|"),

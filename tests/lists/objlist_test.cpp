@@ -55,15 +55,15 @@ TEST(HObjList, SearchRemovalFrontAndCompact) {
     EXPECT_EQ(std::vector<int32_t>(results, results + 6), (std::vector<int32_t>{1, 0, 0, 0, 1, 8}));
     EXPECT_EQ(Items(list, true), (V{9, 7, 16, 0}));
     MemDisposeHandle(list);
-    // Compacting drops the zeros and fits the block.
-    list = Make({0, 4, 0, 0, 5, 0, 6, 0, 0});
-    EXPECT_EQ(HObjListCompact(list), MgNoError);
-    EXPECT_EQ(Items(list), (V{4, 5, 6, 16}));  // (12 + 19) with the low bits cleared
-    MemDisposeHandle(list);
-    list = Make({0, 4, 5});
-    EXPECT_EQ(HObjListCompact(list), MgNoError);
-    EXPECT_EQ(Items(list, true), (V{4, 5, 16, 0}));
-    MemDisposeHandle(list);
+    // Compacting drops the zeros and fits the block: (12 + 19) with the low bits cleared, and
+    // a cleared slot behind two items.
+    for (const auto& [items, want] : {std::pair<V, V>{{0, 4, 0, 0, 5, 0, 6, 0, 0}, {4, 5, 6, 16}},
+                                      {{0, 4, 5}, {4, 5, 16, 0}}}) {
+        list = Make(items);
+        EXPECT_EQ(HObjListCompact(list), MgNoError);
+        EXPECT_EQ(Items(list, items.size() == 3), want);
+        MemDisposeHandle(list);
+    }
 }
 
 }  // namespace
