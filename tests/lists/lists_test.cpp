@@ -76,9 +76,7 @@ TEST(PList, FindDuplicatesAndTheShortForm) {
            dups[] = {MakePList({"b", "a", "a"}), MakePList({"a", "A", "b"})};
     const P two("two");
     ConstPStr key = two.b;
-    uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};
-    const int16_t count = 2;
-    memcpy(block, &count, 2);
+    const uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};  // both hosts are little-endian
     ExpectRows(
         {Row(PListFind(list, &key, PStringOrderNoCaseIndirect), 1),
          Row(PListFind(list, &key, PStringOrderIndirect), -1),

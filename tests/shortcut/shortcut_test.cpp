@@ -72,8 +72,7 @@ TEST(Shortcuts, WalkFollowsEveryLevel) {
     const std::string text = N("/a/dir.lnk/x");
     ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()), &p),
               MgNoError);
-    ASSERT_EQ(FPathToNativeName(p, name), MgNoError);
-    EXPECT_EQ(name, N("/real/x"));
+    EXPECT_TRUE(FPathToNativeName(p, name) == MgNoError && name == N("/real/x"));
     FPathRelease(p);
     plat::ResetFaults();
 }

@@ -109,12 +109,11 @@ TEST(WildMatch, Table) {
         {"a\\?b", "a?b", 1, 0, E}, {"a\\?b", "axb", 0, 0, E}, {"a`?b", "a`xb", 1, 0, E}};
     // clang-format on
     auto u = [](const char* s) { return reinterpret_cast<const uint8_t*>(s); };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
         EXPECT_EQ(WildMatch(u(c.pattern), u(c.text), int32_t(strlen(c.pattern)),
                             int32_t(strlen(c.text)), c.compare, c.escape, c.barrier),
                   c.expected)
             << "pattern \"" << c.pattern << "\" text \"" << c.text << "\"";
-    }
 }
 
 // Only the given lengths count, whatever follows in memory; bad spans don't match. FindWildcard
