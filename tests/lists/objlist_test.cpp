@@ -38,16 +38,14 @@ TEST(HObjList, GrowsAndShrinksBySixteenWithSlack) {
         sizes.push_back(MemHandleSize(list));
     }
     EXPECT_EQ(sizes, (V{16, 16, 16, 32, 32, 32, 32, 48, 48, 32, 32, 32, 32, 16, 16, 16}));
-    EXPECT_EQ(removed, (V{7, 5, 3, 1, 2, 4, 6, 8}));
-    EXPECT_EQ(HObjListRemoveAt(list, 0), 0u);
+    EXPECT_TRUE(removed == V({7, 5, 3, 1, 2, 4, 6, 8}) && HObjListRemoveAt(list, 0) == 0u);
     MemDisposeHandle(list);
 }
 
 // The freed slot is cleared.
 TEST(HObjList, SearchRemovalFrontAndCompact) {
     HObjList list = Make({7, 8, 7, 9});
-    EXPECT_EQ(HObjListIndexOf(list, 7), 2);
-    EXPECT_EQ(HObjListBringToFront(list, 7), 1);
+    EXPECT_TRUE(HObjListIndexOf(list, 7) == 2 && HObjListBringToFront(list, 7) == 1);
     EXPECT_EQ(Items(list), (V{7, 7, 8, 9, 32}));
     const int32_t results[] = {HObjListBringToFront(list, 9), HObjListBringToFront(list, 9),
                                HObjListBringToFront(list, 5), HObjListRemove(list, 5),
@@ -60,8 +58,7 @@ TEST(HObjList, SearchRemovalFrontAndCompact) {
     for (const auto& [items, want] : {std::pair<V, V>{{0, 4, 0, 0, 5, 0, 6, 0, 0}, {4, 5, 6, 16}},
                                       {{0, 4, 5}, {4, 5, 16, 0}}}) {
         list = Make(items);
-        EXPECT_EQ(HObjListCompact(list), MgNoError);
-        EXPECT_EQ(Items(list, items.size() == 3), want);
+        EXPECT_TRUE(HObjListCompact(list) == MgNoError && Items(list, items.size() == 3) == want);
         MemDisposeHandle(list);
     }
 }

@@ -166,9 +166,7 @@ TEST_F(MemoryTest, BytesCopiesAndDuplicates) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle a = nullptr, b = nullptr;
-        ASSERT_EQ(z.fromBytes("abc", &a, 3), MgNoError);
-        ASSERT_EQ(z.copy(&b, a), MgNoError);
-        ASSERT_NE(b, a);
+        ASSERT_TRUE(z.fromBytes("abc", &a, 3) == MgNoError && z.copy(&b, a) == MgNoError && b != a);
         ExpectRows({Row(z.appendBytes("de", b, 2), MgNoError), Row(z.appendHandle(b, b), MgNoError),
                     Row(Contents(b, !z.compact), "abcdeabcde"),
                     Row(z.setBytes(&a, "xy", -1), MgBadArgument),
@@ -177,8 +175,7 @@ TEST_F(MemoryTest, BytesCopiesAndDuplicates) {
                     Row(z.setBytes(&a, "xy", 2), MgNoError), Row(z.copy(&b, a), MgNoError),
                     Row(Contents(b, !z.compact), "xy")});
         Handle original = a, fresh = a;
-        ASSERT_EQ(z.duplicate(&a), MgNoError);
-        ASSERT_EQ(z.fromBytes("q", &fresh, 1), MgNoError);
+        ASSERT_TRUE(z.duplicate(&a) == MgNoError && z.fromBytes("q", &fresh, 1) == MgNoError);
         ExpectRows({Row(a != original, 1), Row(z.check(original), MgNoError),
                     Row(Contents(a, !z.compact), "xy"), Row(fresh != original, 1),
                     Row(z.copy(&b, nullptr), MgNoError), Row(b == nullptr, 1)});
