@@ -47,8 +47,8 @@ TEST(FormatEngine, ConversionsAndEscapes) {
     double real = 3.75;
     long double extended = 1.25L;
     const char* text = "abcdef";
-    alignas(4)
-        uint8_t lstr[] = {4, 0, 0, 0, 'L', 'S', 'T', 'R'};  // an LStr: both hosts are little-endian
+    // An LStr: both hosts are little-endian.
+    alignas(4) uint8_t lstr[] = {4, 0, 0, 0, 'L', 'S', 'T', 'R'};
     ExpectRows(
         {Row(Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"),
          Row(Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"),

@@ -44,8 +44,7 @@ TEST(PList, InsertReplaceDeleteFitTheHandle) {
         const int32_t result = c.op == 'i'   ? PListInsertExact(list, P(c.s).b, c.index)
                                : c.op == 'r' ? PListReplace(list, P(c.s).b, c.index)
                                              : PListDelete(list, c.index) - 1;
-        EXPECT_EQ(result, 0) << c.op << " " << c.index;
-        EXPECT_EQ(PItems(list), c.want) << c.op << " " << c.index;
+        EXPECT_TRUE(result == 0 && PItems(list) == c.want) << c.op << " " << c.index;
         MemDisposeHandle(list);
     }
 }

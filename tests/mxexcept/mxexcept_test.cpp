@@ -120,8 +120,7 @@ TEST(GlobalNew, ZeroBytesAndFailures) {
     ::operator delete(nullptr);
     const auto saved = gPreviousNewHandler;
     gPreviousNewHandler = nullptr;
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(::operator new(16, std::nothrow), nullptr);
+    EXPECT_EQ((plat::FailGlobalNewAt(1), ::operator new(16, std::nothrow)), nullptr);
     plat::FailGlobalNewAt(1);
     try {
         void* volatile block = ::operator new(16);

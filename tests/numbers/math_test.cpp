@@ -71,19 +71,18 @@ TEST(NumericLayer, Conversions) {
     EXPECT_EXIT(NumConvert(0, out.bytes, NumIL, out.bytes), testing::ExitedWithCode(1), "");
     EXPECT_EXIT(NumConvert(NumIL, out.bytes, 31, out.bytes), testing::ExitedWithCode(1), "");
     // Saturation, ties to even, and the integer indefinite (with result 0) by the table.
-    const long double inf = INFINITY, nan = NAN;
     const uint64_t min64 = 0x8000000000000000ull;
     // clang-format off
     const struct { long double value; NumType type; uint64_t bits; int32_t result; } cases[] = {
         {70000.0L, NumIW, 32767, 1}, {-70000.0L, NumIW, 0x8000, 1}, {300, NumIB, 127, 1},
         {-300, NumIB, 0x80, 1}, {-128.4L, NumIB, 0x80, 1}, {3e9L, NumIL, 0x7FFFFFFF, 1},
-        {-3e9L, NumIL, 0x80000000, 1}, {inf, NumIL, 0x7FFFFFFF, 1}, {2.5L, NumIL, 2, 1},
-        {3.5L, NumIL, 4, 1}, {-2.5L, NumIW, 0xFFFE, 1}, {nan, NumIL, 0x80000000, 0},
-        {nan, NumIW, 0x8000, 0}, {1e19L, NumIQ, min64, 0}, {-1e19L, NumIQ, min64, 0},
+        {-3e9L, NumIL, 0x80000000, 1}, {kInf, NumIL, 0x7FFFFFFF, 1}, {2.5L, NumIL, 2, 1},
+        {3.5L, NumIL, 4, 1}, {-2.5L, NumIW, 0xFFFE, 1}, {NAN, NumIL, 0x80000000, 0},
+        {NAN, NumIW, 0x8000, 0}, {1e19L, NumIQ, min64, 0}, {-1e19L, NumIQ, min64, 0},
         {-9223372036854775808.0L, NumIQ, min64, 1}, {300, NumUB, 255, 0}, {-1, NumUB, 0, 0},
         {200.5L, NumUB, 200, 1}, {70000, NumUW, 65535, 0}, {0, NumUQ, 0, 1},
         {5e9L, NumUL, 0xFFFFFFFF, 1}, {-5, NumUL, 0, 1}, {4294967295.0L, NumUL, 0xFFFFFFFF, 1},
-        {nan, NumUL, 0, 0}, {18446744073709551615.0L, NumUQ, ~0ull, 1},
+        {NAN, NumUL, 0, 0}, {18446744073709551615.0L, NumUQ, ~0ull, 1},
         {9223372036854775808.0L, NumUQ, min64, 1}, {9223372036854775807.0L, NumUQ, min64 - 1, 1},
         {1e20L, NumUQ, min64, 0}, {-1, NumUQ, ~0ull, 0}};
     // clang-format on

@@ -15,9 +15,7 @@ namespace {
 struct DebuggerText {
     DebuggerText() { plat::CaptureDebuggerOutput(Sink, this); }
     ~DebuggerText() { plat::CaptureDebuggerOutput(nullptr, nullptr); }
-    static void Sink(const char* text, void* self) {
-        static_cast<DebuggerText*>(self)->text += text;
-    }
+    static void Sink(const char* text, void* to) { static_cast<DebuggerText*>(to)->text += text; }
     std::string text;
 };
 
