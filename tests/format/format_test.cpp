@@ -216,14 +216,9 @@ TEST(Escapes, ParseAndEmitTables) {
     }
 }
 
-class FormatWrappers : public ::testing::Test {
-  protected:
-    void TearDown() override { plat::ResetFaults(); }
-};
-
 // The PStr form cuts at 255; a failed resize gives the handle back untouched; a failed
 // allocation gives no handle and no notification.
-TEST_F(FormatWrappers, StringFormsFileAndPathText) {
+TEST(FormatWrappers, StringFormsFileAndPathText) {
     char buffer[32];
     uint8_t result[256];
     const uint8_t pformat[] = {4, '%', '0', '3', 'x'};
@@ -297,6 +292,7 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
     (*corrupt)[0] = 9;  // no kind of path: its text fails and prints as nothing
     EXPECT_EQ(Format("<%z>|<%z>", static_cast<Path>(nullptr), corrupt), "<>|<>");
     FPathRelease(corrupt);
+    plat::ResetFaults();
 }
 
 }  // namespace
