@@ -221,14 +221,12 @@ TEST_F(FailureLog, BoundedToTwoFiles) {
             std::ofstream(old, std::ios::binary) << "older";
         else
             std::filesystem::create_directories(old / "kept");
-        EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), ::testing::ExitedWithCode(1),
-                    "");
-        const std::string written = Log(),
-                          record = renamable ? written : written.substr(big.size());
+        EXPECT_EXIT(DReportFailure("x\\leaf", 3, nullptr, nullptr), testing::ExitedWithCode(1), "");
+        const std::string log = Log(), record = renamable ? log : log.substr(big.size());
         // One record, opened as records are.
         EXPECT_TRUE(record.rfind(crlf + crlf + "####" + crlf, 0) == 0 &&
                     record.find("####", record.find("####") + 4) == record.npos &&
-                    (renamable ? SlurpFile(old) : written.substr(0, big.size())) == big)
+                    (renamable ? SlurpFile(old) : log.substr(0, big.size())) == big)
             << renamable;
         std::filesystem::remove_all(old);
     }
@@ -241,8 +239,7 @@ TEST_F(FailureLog, BoundedToTwoFiles) {
 }
 
 TEST_F(FailureLog, StackLinesNameFunctionsThatAreNotExported) {
-    if (!plat::NamesInternalFunctions())
-        GTEST_SKIP() << "this build names exported functions alone";
+    if (!plat::NamesInternalFunctions()) GTEST_SKIP() << "this build names exported functions only";
     EXPECT_EXIT(CallsStatic(), ::testing::ExitedWithCode(1), "");
     const std::string log = Log();
     const size_t inner = log.find(" - test_dbgtools FailInStatic"),

@@ -99,8 +99,7 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
     // master pointers, the word after a block's last master pointer, and a handle of the other
     // zone are no handles.
     const int32_t bytes = gBytesAllocated;
-    EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr &&
-                MemNewPtr(1) == nullptr);
+    EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr && !MemNewPtr(1));
     gBytesAllocated = bytes;
     Handle h = MemNewHandle(8), c = CompactNewHandle(1);
     mgmem::MasterBlock* block = gMainZone->blockTable[0];
@@ -404,8 +403,7 @@ TEST_F(MemoryTest, CallbackAsksForARetry) {
          Row(gCallbackCalls, 2), Row(MemHandleSize(h), 12),
          Row((plat::FailAllocationAt(1), MemResizeHandle(h, 64)), MgNoError),
          Row(gLastCallbackSize, 64 + 16), Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64),
-         Row((plat::FailAllocationAt(1), MemNewPtrClear(9)) == nullptr, 1),
-         Row(RecordedSize(), 9)});
+         Row(!(plat::FailAllocationAt(1), MemNewPtrClear(9)), 1), Row(RecordedSize(), 9)});
     MemDisposePtr(p);
     MemDisposeHandle(h);
 }

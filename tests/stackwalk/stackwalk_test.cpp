@@ -146,8 +146,7 @@ namespace {
 }
 
 TEST(StackTrace, NamesFunctionsThatAreNotExported) {
-    if (!plat::NamesInternalFunctions())
-        GTEST_SKIP() << "this build names exported functions alone";
+    if (!plat::NamesInternalFunctions()) GTEST_SKIP() << "this build names exported functions only";
     ExceptStackTrace trace;
     CallsStatic(trace);
     const std::string dump = Dump(&trace), second = dump.substr(dump.find('\n') + 1);

@@ -40,9 +40,8 @@ TEST(FormattingSink, CountsCutsDropsNestedCallsAndTees) {
     EXPECT_EQ(std::make_tuple(first, firstNested, second, self.nested, self.text),
               std::make_tuple(1, 0, 2, 1, std::string("one 1two")));
     DebuggerText channel;
-    std::unique_ptr<StringOutput> sink(MakeDebuggerOutput());
-    EXPECT_TRUE(sink->Printf("%s", std::string(600, 'x').c_str()) == 1 &&
-                sink->Printf("a\\nb") == 2);
+    std::unique_ptr<StringOutput> out(MakeDebuggerOutput());
+    EXPECT_TRUE(out->Printf("%s", std::string(600, 'x').c_str()) == 1 && out->Printf("a\\nb") == 2);
     EXPECT_EQ(channel.text, std::string(512, 'x') + "a\r\nb");
     StdErrStringOutput err;
     std::unique_ptr<StringOutput> console(MakeConsoleOutput());
@@ -137,8 +136,7 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
     // A temporary directory too long for the name gives no name, never a bare one that would
     // land in the current directory.
     const ScopedVariable tmp(TempVariable(), "/" + std::string(300, 't'));
-    EXPECT_EQ(std::unique_ptr<OutputName>(MakeOutputName(kOutputInTempDirectory, "log", 1)),
-              nullptr);
+    EXPECT_EQ(std::unique_ptr<OutputName>(MakeOutputName(0, "log", 1)), nullptr);
 }
 
 TEST(Factories, GiveNullWhenMemoryFails) {
