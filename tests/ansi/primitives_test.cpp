@@ -61,13 +61,12 @@ TEST(Text, Comparisons) {
         {"abC", "ABd", 3, 'a' - 'A', 'a' - 'A', 'c' - 'd', 'c' - 'd'},
         {"a", "B", 1, 'a' - 'B', 'a' - 'B', 'a' - 'b', 'a' - 'b'}, {"a", "b", 0, -1, 0, -1, 0}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& r : rows)
         EXPECT_EQ(std::vector<int>({StrCmp(r.a, r.b), StrNCmp(r.a, r.b, r.n), StrCaseCmp(r.a, r.b),
                                     StrNCaseCmp(r.a, r.b, r.n), StrEqual(r.a, r.b),
                                     StrNEqual(r.a, r.b, r.n)}),
                   std::vector<int>({r.cmp, r.ncmp, r.casecmp, r.ncasecmp, r.cmp == 0, r.ncmp == 0}))
             << r.a << "|" << r.b;
-    }
 }
 
 // Moves of every overlap shape must equal a move through a separate buffer; swaps and clears

@@ -47,8 +47,8 @@ TEST(FormatEngine, ConversionsAndEscapes) {
     double real = 3.75;
     long double extended = 1.25L;
     const char* text = "abcdef";
-    alignas(4)
-        uint8_t lstr[] = {4, 0, 0, 0, 'L', 'S', 'T', 'R'};  // an LStr: both hosts are little-endian
+    // An LStr: both hosts are little-endian.
+    alignas(4) uint8_t lstr[] = {4, 0, 0, 0, 'L', 'S', 'T', 'R'};
     ExpectRows(
         {Row(Format("%d|%5d|%-5d|%05d|%2d", 42, 42, 42, 42, 42), "42|   42|42   |00042|42"),
          Row(Format("%05d|%-05d|%5d", -42, -42, -42), "-0042|-42  |  -42"),
@@ -216,14 +216,9 @@ TEST(Escapes, ParseAndEmitTables) {
     }
 }
 
-class FormatWrappers : public ::testing::Test {
-  protected:
-    void TearDown() override { plat::ResetFaults(); }
-};
-
 // The PStr form cuts at 255; a failed resize gives the handle back untouched; a failed
 // allocation gives no handle and no notification.
-TEST_F(FormatWrappers, StringFormsFileAndPathText) {
+TEST(FormatWrappers, StringFormsFileAndPathText) {
     char buffer[32];
     uint8_t result[256];
     const uint8_t pformat[] = {4, '%', '0', '3', 'x'};
@@ -254,13 +249,17 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
                 Row(none == nullptr, 1)});
     MemDisposeHandle(reinterpret_cast<Handle>(lh));
     // Lines into a file; a failed allocation or write (a full disk) adds nothing.
+    auto toPath = [](const std::string& text) {
+        Path p = nullptr;
+        EXPECT_EQ(
+            FTextToPath(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()), &p),
+            MgNoError);
+        return p;
+    };
     TempDir dir;
     const std::string name = (dir.path / "out.txt").string();
     FileRef ref = 0;
-    Path p = nullptr;
-    ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(name.data()),
-                          static_cast<int32_t>(name.size()), &p),
-              MgNoError);
+    Path p = toPath(name);
     ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
     FPathRelease(p);
     auto full = [] { plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull); };
@@ -277,17 +276,12 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
     // Path text of the host syntax: 252 bytes fit, 253 give the empty text. No padding, and the
     // limit alone cuts it.
     // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) about "/" + std::string.
-    const std::string a200 = std::string(1, '/').append(200, 'a');
-    const std::pair<std::string, bool> cases[] = {
-        {std::string(1, '/').append(251, 'n'), true},
-        {std::string(1, '/').append(252, 'n'), false},
-        {std::string(a200).append(1, '/').append(50, 'b'), true},
-        {std::string(a200).append(1, '/').append(51, 'b'), false}};
-    for (const auto& [text, printed] : cases) {
-        Path p = nullptr;
-        ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()),
-                              static_cast<int32_t>(text.size()), &p),
-                  MgNoError);
+    for (const std::string& text :
+         {std::string(1, '/').append(251, 'n'), std::string(1, '/').append(252, 'n'),
+          std::string(1, '/').append(200, 'a').append(1, '/').append(50, 'b'),
+          std::string(1, '/').append(200, 'a').append(1, '/').append(51, 'b')}) {
+        const bool printed = text.size() == 252;
+        Path p = toPath(text);
         char buffer[4];
         ExpectRows({Row(Format("<%z>", p), "<" + (printed ? text : "") + ">"),
                     Row(Format("%300.2z|", p), (printed ? text : "") + "|"),
@@ -298,6 +292,7 @@ TEST_F(FormatWrappers, StringFormsFileAndPathText) {
     (*corrupt)[0] = 9;  // no kind of path: its text fails and prints as nothing
     EXPECT_EQ(Format("<%z>|<%z>", static_cast<Path>(nullptr), corrupt), "<>|<>");
     FPathRelease(corrupt);
+    plat::ResetFaults();
 }
 
 }  // namespace

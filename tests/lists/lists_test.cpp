@@ -44,8 +44,7 @@ TEST(PList, InsertReplaceDeleteFitTheHandle) {
         const int32_t result = c.op == 'i'   ? PListInsertExact(list, P(c.s).b, c.index)
                                : c.op == 'r' ? PListReplace(list, P(c.s).b, c.index)
                                              : PListDelete(list, c.index) - 1;
-        EXPECT_EQ(result, 0) << c.op << " " << c.index;
-        EXPECT_EQ(PItems(list), c.want) << c.op << " " << c.index;
+        EXPECT_TRUE(result == 0 && PItems(list) == c.want) << c.op << " " << c.index;
         MemDisposeHandle(list);
     }
 }
@@ -76,9 +75,7 @@ TEST(PList, FindDuplicatesAndTheShortForm) {
            dups[] = {MakePList({"b", "a", "a"}), MakePList({"a", "A", "b"})};
     const P two("two");
     ConstPStr key = two.b;
-    uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};
-    const int16_t count = 2;
-    memcpy(block, &count, 2);
+    const uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};  // both hosts are little-endian
     ExpectRows(
         {Row(PListFind(list, &key, PStringOrderNoCaseIndirect), 1),
          Row(PListFind(list, &key, PStringOrderIndirect), -1),
@@ -167,29 +164,26 @@ TEST(LStringAppend, GrowsOnlyWhenNeededAndExactFitsAndAssigns) {
     // clang-format on
     L negative("");
     negative.get()->count = -1;
-    for (const auto& f : forms) {
-        Handle h = f.mainZone ? MemNewHandleClear(40) : CompactNewHandleClear(40);
+    for (const auto& [z, exact, append] : forms) {
+        Handle h = z ? MemNewHandleClear(40) : CompactNewHandleClear(40);
         LStrHandle l = reinterpret_cast<LStrHandle>(h);
-        ExpectRows({Row(f.append(l, L("abc")), MgNoError),
-                    Row(HandleBytes(h, f.mainZone), f.exact ? 7 : 40),
-                    Row(f.append(l, nullptr), MgNoError),
-                    Row(f.append(l, L(std::string(40, 'z'))), MgNoError),
-                    Row(f.append(l, L("!")), MgNoError),
-                    Row(Contents(h, f.mainZone), LStrBytes("abc" + std::string(40, 'z') + "!")),
-                    Row(((*l)->count = HandleBytes(h, f.mainZone) - 3, f.append(l, L("a"))),
-                        MgBadArgument),
-                    Row(((*l)->count = -1, f.append(l, L("a"))), MgBadArgument),
-                    Row(((*l)->count = 0, f.append(l, negative)), MgBadArgument)});
-        DisposeIn(h, f.mainZone);
+        ExpectRows({Row(append(l, L("abc")), MgNoError), Row(HandleBytes(h, z), exact ? 7 : 40),
+                    Row(append(l, nullptr), MgNoError),
+                    Row(append(l, L(std::string(40, 'z'))), MgNoError),
+                    Row(append(l, L("!")), MgNoError),
+                    Row(Contents(h, z), LStrBytes("abc" + std::string(40, 'z') + "!")),
+                    Row(((*l)->count = HandleBytes(h, z) - 3, append(l, L("a"))), MgBadArgument),
+                    Row(((*l)->count = -1, append(l, L("a"))), MgBadArgument),
+                    Row(((*l)->count = 0, append(l, negative)), MgBadArgument)});
+        DisposeIn(h, z);
     }
     // Assigning makes a compact handle, resizes it, and disposes it for null bytes.
     LStrHandle h = nullptr;
     const uint8_t* text = reinterpret_cast<const uint8_t*>("hello");
+    auto bytes = [&] { return Contents(reinterpret_cast<Handle>(h), false); };
     ExpectRows({Row(LStringAssign(nullptr, 3, text), MgBadArgument),
-                Row(LStringAssign(&h, 3, text), MgNoError),
-                Row(Contents(reinterpret_cast<Handle>(h), false), LStrBytes("hel")),
-                Row(LStringAssign(&h, 5, text), MgNoError),
-                Row(Contents(reinterpret_cast<Handle>(h), false), LStrBytes("hello")),
+                Row(LStringAssign(&h, 3, text), MgNoError), Row(bytes(), LStrBytes("hel")),
+                Row(LStringAssign(&h, 5, text), MgNoError), Row(bytes(), LStrBytes("hello")),
                 Row(LStringAssign(&h, -1, text), MgBadArgument),
                 Row(LStringAssign(&h, 5, nullptr), MgNoError), Row(h == nullptr, 1)});
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "memory/zone.h"
@@ -71,16 +72,6 @@ class MemoryTest : public ::testing::Test {
 };
 using MemoryDeathTest = MemoryTest;
 
-// Makes a free master pointer look live (pointing at aligned bytes) for the scope: real blocks
-// are aligned, and the layer refuses an odd address as a block.
-struct FakeLive {
-    Handle h;
-    uint8_t* saved;
-    alignas(std::max_align_t) uint8_t bytes[16];
-    explicit FakeLive(Handle handle) : h(handle), saved(*handle) { *h = bytes; }
-    ~FakeLive() { *h = saved; }
-};
-
 // Main header: size, flags and the handle; compact header: size and flags only. Every handle
 // counts its bytes and its header, size 0 the header alone. Three main master blocks and one
 // compact one to start with.
@@ -108,8 +99,7 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
     // master pointers, the word after a block's last master pointer, and a handle of the other
     // zone are no handles.
     const int32_t bytes = gBytesAllocated;
-    EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr &&
-                MemNewPtr(1) == nullptr);
+    EXPECT_TRUE((plat::FailAllocationAt(1), MemNewHandle(-1)) == nullptr && !MemNewPtr(1));
     gBytesAllocated = bytes;
     Handle h = MemNewHandle(8), c = CompactNewHandle(1);
     mgmem::MasterBlock* block = gMainZone->blockTable[0];
@@ -141,21 +131,6 @@ TEST_F(MemoryTest, HandlesOfBothZones) {
                 Row(MemCheckPtr(p), MgNoError), Row(MemDisposePtr(p), MgNoError)});
     MemDisposeHandle(h);
     CompactDisposeHandle(c);
-}
-
-// Every handle, in the old blocks and the new, stays valid and distinct.
-TEST_F(MemoryTest, MasterBlocksGrowAndShrinkBack) {
-    const int32_t blocks = gMainZone->masterBlockCount, freeBefore = gMainZone->freeMasterCount;
-    std::vector<Handle> handles;
-    for (int32_t i = 0; i <= freeBefore; ++i) handles.push_back(MemNewHandle(0));
-    ExpectRows({Row(gMainZone->masterBlockCount, blocks + 1),
-                Row(gMainZone->freeMasterCount, mgmem::kMastersPerBlock - 1)});
-    // A handle given twice would fail its check after the first dispose.
-    for (Handle h : handles) ASSERT_TRUE(!MemCheckHandle(h) && !MemDisposeHandle(h));
-    gMemChecking = 1;
-    ExpectRows({Row(gMainZone->freeMasterCount, freeBefore + mgmem::kMastersPerBlock),
-                Row(MemCheckFreeList(gMainZone), MgNoError)});
-    gMemChecking = 0;
 }
 
 // Clearing to the same size is a counted resize in the compact zone only; the main zone
@@ -190,9 +165,7 @@ TEST_F(MemoryTest, BytesCopiesAndDuplicates) {
     for (const Zone& z : kZones) {
         SCOPED_TRACE(z.name);
         Handle a = nullptr, b = nullptr;
-        ASSERT_EQ(z.fromBytes("abc", &a, 3), MgNoError);
-        ASSERT_EQ(z.copy(&b, a), MgNoError);
-        ASSERT_NE(b, a);
+        ASSERT_TRUE(z.fromBytes("abc", &a, 3) == MgNoError && z.copy(&b, a) == MgNoError && b != a);
         ExpectRows({Row(z.appendBytes("de", b, 2), MgNoError), Row(z.appendHandle(b, b), MgNoError),
                     Row(Contents(b, !z.compact), "abcdeabcde"),
                     Row(z.setBytes(&a, "xy", -1), MgBadArgument),
@@ -201,8 +174,7 @@ TEST_F(MemoryTest, BytesCopiesAndDuplicates) {
                     Row(z.setBytes(&a, "xy", 2), MgNoError), Row(z.copy(&b, a), MgNoError),
                     Row(Contents(b, !z.compact), "xy")});
         Handle original = a, fresh = a;
-        ASSERT_EQ(z.duplicate(&a), MgNoError);
-        ASSERT_EQ(z.fromBytes("q", &fresh, 1), MgNoError);
+        ASSERT_TRUE(z.duplicate(&a) == MgNoError && z.fromBytes("q", &fresh, 1) == MgNoError);
         ExpectRows({Row(a != original, 1), Row(z.check(original), MgNoError),
                     Row(Contents(a, !z.compact), "xy"), Row(fresh != original, 1),
                     Row(z.copy(&b, nullptr), MgNoError), Row(b == nullptr, 1)});
@@ -257,14 +229,19 @@ constexpr int32_t kMiB = 1 << 20;
 // of range, one past the last and all ones name no handle; nor does a disposed handle's token,
 // and it has none itself.
 TEST_F(MemoryTest, TokensAndLargeBlocks) {
+    // A free master pointer is made to look live, pointing at aligned bytes: real blocks are
+    // aligned, and the layer refuses an odd address as a block.
+    alignas(std::max_align_t) static uint8_t bytes[16];
     for (MemZone* zone : {gMainZone, gCompactZone}) {
         for (int32_t i = 0; i < zone->masterBlockCount; ++i) {
             for (int32_t slot : {0, mgmem::kMastersPerBlock - 1}) {
-                FakeLive live(&zone->blockTable[i]->slots[slot]);
-                const uint32_t t = MemHandleToken(live.h);
+                Handle h = &zone->blockTable[i]->slots[slot];
+                uint8_t* const saved = std::exchange(*h, bytes);
+                const uint32_t t = MemHandleToken(h);
                 EXPECT_TRUE(t != 0 && t >> 31 == (zone == gCompactZone) &&
-                            MemHandleFromToken(t) == live.h)
+                            MemHandleFromToken(t) == h)
                     << t;
+                *h = saved;
             }
         }
     }
@@ -287,24 +264,21 @@ TEST_F(MemoryTest, TokensAndLargeBlocks) {
     std::vector<uint8_t> pattern(12 * kMiB);
     for (int32_t i = 0; i < 12 * kMiB; ++i) pattern[i] = static_cast<uint8_t>(i * 131 + (i >> 12));
     Handle big = MemNewHandleClear(6 * kMiB + 1);
-    Ptr p = MemNewPtrClear(5 * kMiB + 3);
+    Ptr p = MemNewPtrClear(8 * kMiB + 3);
     ASSERT_TRUE(big && p);
     EXPECT_TRUE(!memcmp(*big, zeros.data(), 6 * kMiB + 1) &&
-                !memcmp(p, zeros.data(), 5 * kMiB + 3));
+                !memcmp(p, zeros.data(), 8 * kMiB + 3));
     memcpy(*big, pattern.data(), 6 * kMiB + 1);
+    memcpy(p, pattern.data(), 8 * kMiB);
     ASSERT_EQ(MemResizeHandleClear(big, 12 * kMiB), MgNoError);
     EXPECT_TRUE(!memcmp(*big, pattern.data(), 6 * kMiB + 1) &&
                 !memcmp(*big + 6 * kMiB + 1, zeros.data(), 6 * kMiB - 1));
-    MemDisposeHandle(big);
-    MemDisposePtr(p);
-    Ptr q = MemNewPtr(8 * kMiB);
-    ASSERT_NE(q, nullptr);
-    memcpy(q, pattern.data(), 8 * kMiB);
     const int32_t ranges[][2] = {
         {1, 8 * kMiB - 2}, {4095, 2}, {0, 0}, {17, 1}, {4096 * 3 + 1, 4 * kMiB}};
-    for (const auto& r : ranges) plat::AdviseLargeBlock(q + r[0], size_t(r[1]));
-    EXPECT_EQ(memcmp(q, pattern.data(), 8 * kMiB), 0);
-    MemDisposePtr(q);
+    for (const auto& r : ranges) plat::AdviseLargeBlock(p + r[0], size_t(r[1]));
+    EXPECT_EQ(memcmp(p, pattern.data(), 8 * kMiB), 0);
+    MemDisposeHandle(big);
+    MemDisposePtr(p);
 }
 
 int32_t gCallbackCalls = 0, gLastCallbackSize = 0;
@@ -429,23 +403,33 @@ TEST_F(MemoryTest, CallbackAsksForARetry) {
          Row(gCallbackCalls, 2), Row(MemHandleSize(h), 12),
          Row((plat::FailAllocationAt(1), MemResizeHandle(h, 64)), MgNoError),
          Row(gLastCallbackSize, 64 + 16), Row(counters.Now().resizes, 1), Row(MemHandleSize(h), 64),
-         Row((plat::FailAllocationAt(1), MemNewPtrClear(9)) == nullptr, 1),
-         Row(RecordedSize(), 9)});
+         Row(!(plat::FailAllocationAt(1), MemNewPtrClear(9)), 1), Row(RecordedSize(), 9)});
     MemDisposePtr(p);
     MemDisposeHandle(h);
 }
 
-// A new master block counts as a pointer of its zone; its free list passes the check.
-TEST_F(MemoryTest, MasterBlockGrowthFails) {
+// Every handle, in the old blocks and the new, stays valid and distinct. A new master block
+// counts as a pointer of its zone; its free list passes the check.
+TEST_F(MemoryTest, MasterBlocksGrowAndShrinkBack) {
+    const int32_t blocks = gMainZone->masterBlockCount, freeBefore = gMainZone->freeMasterCount;
+    std::vector<Handle> handles;
+    for (int32_t i = 0; i <= freeBefore; ++i) handles.push_back(MemNewHandle(0));
+    ExpectRows({Row(gMainZone->masterBlockCount, blocks + 1),
+                Row(gMainZone->freeMasterCount, mgmem::kMastersPerBlock - 1)});
+    // A handle given twice would fail its check after the first dispose.
+    for (Handle h : handles) ASSERT_TRUE(!MemCheckHandle(h) && !MemDisposeHandle(h));
     MemZone* zone = gCompactZone;
-    const int32_t blocks = zone->masterBlockCount, ptrs = zone->ptrAllocs;
+    const int32_t compactBlocks = zone->masterBlockCount, ptrs = zone->ptrAllocs;
     ExpectRows({Row((plat::FailAllocationAt(1), MemGrowMasterPointers(zone)), MgNoMemory),
                 Row(RecordedSize(), sizeof(mgmem::MasterBlock)),
-                Row(zone->masterBlockCount, blocks), Row(MemGrowMasterPointers(zone), MgNoError),
-                Row(zone->masterBlockCount, blocks + 1), Row(zone->ptrAllocs, ptrs + 1)});
+                Row(zone->masterBlockCount, compactBlocks),
+                Row(MemGrowMasterPointers(zone), MgNoError),
+                Row(zone->masterBlockCount, compactBlocks + 1), Row(zone->ptrAllocs, ptrs + 1)});
     gMemChecking = 1;
     Handle h = CompactNewHandle(1);  // takes from the checked list
-    EXPECT_EQ(MemCheckFreeList(zone), MgNoError);
+    ExpectRows({Row(gMainZone->freeMasterCount, freeBefore + mgmem::kMastersPerBlock),
+                Row(MemCheckFreeList(gMainZone), MgNoError),
+                Row(MemCheckFreeList(zone), MgNoError)});
     gMemChecking = 0;
     CompactDisposeHandle(h);
 }

@@ -49,30 +49,23 @@ MXExcept Converted(const T& thrown) {
 // code; a hardware fault is thrown on.
 TEST(MXExcept, FieldsMessagesAndConversions) {
     const std::string d127(127, 'd'), f31(31, 'f'), convert = "mgsource\\mxexcept\\convert.cpp";
-    const auto message = [](int32_t err, const std::string& file, int32_t line,
-                            const std::string& detail) {
-        return "MXExcept. Err=" + std::to_string(err) + ", File=" + file +
-               ", Line=" + std::to_string(line) + ", Detail='" + detail + "'";
-    };
-    const struct {
-        MXExcept e;
-        Fields want;
-    } rows[] = {
-        {{7, "Path too long", "mgsource\\x.cpp", 12},
-         {7, "Path too long", "mgsource\\x.cpp", 12,
-          message(7, "mgsource\\x.cpp", 12, "Path too long")}},
-        {{-1, nullptr, nullptr, -3}, {-1, "", "", -3, message(-1, "", -3, "")}},
-        {{2, std::string(200, 'd').c_str(), std::string(40, 'f').c_str(), 0},
-         {2, d127, f31, 0, message(2, f31, 0, d127)}},
-        {{0, "a\\n%d", "", 1}, {0, "a\\n%d", "", 1, message(0, "", 1, "a\\n%d")}},
-        {Converted(std::bad_alloc()), {2, "converted from std::bad_alloc", convert, 0, ""}},
-        {Converted(17), {42, "caught unknown exception", convert, 0, ""}},
-        {Converted(std::runtime_error("x")), {42, "caught unknown exception", convert, 0, ""}},
-    };
-    for (const auto& r : rows) {
-        Fields got = FieldsOf(r.e);
-        if (std::get<4>(r.want).empty()) std::get<3>(got) = 0, std::get<4>(got) = "";
-        EXPECT_EQ(got, r.want);
+    // Converted rows (file `convert`) have no line or message worth a check.
+    const std::tuple<MXExcept, int32_t, std::string, std::string, int32_t> rows[] = {
+        {{7, "Path too long", "mgsource\\x.cpp", 12}, 7, "Path too long", "mgsource\\x.cpp", 12},
+        {{-1, nullptr, nullptr, -3}, -1, "", "", -3},
+        {{2, std::string(200, 'd').c_str(), std::string(40, 'f').c_str(), 0}, 2, d127, f31, 0},
+        {{0, "a\\n%d", "", 1}, 0, "a\\n%d", "", 1},
+        {Converted(std::bad_alloc()), 2, "converted from std::bad_alloc", convert, 0},
+        {Converted(17), 42, "caught unknown exception", convert, 0},
+        {Converted(std::runtime_error("x")), 42, "caught unknown exception", convert, 0}};
+    for (const auto& [e, err, detail, file, line] : rows) {
+        const bool converted = file == convert;
+        EXPECT_EQ(
+            FieldsOf(e),
+            Fields(err, detail, file, converted ? e.GetLine() : line,
+                   converted ? e.what()
+                             : "MXExcept. Err=" + std::to_string(err) + ", File=" + file +
+                                   ", Line=" + std::to_string(line) + ", Detail='" + detail + "'"));
     }
     // A null text empties its field whatever the memory held before.
     alignas(MXExcept) unsigned char dirty[sizeof(MXExcept)];
@@ -94,22 +87,15 @@ TEST(MXExcept, FieldsMessagesAndConversions) {
 // its frame when that is complete. POSIX offers no translator, nor does MinGW-w64's default
 // runtime.
 TEST(SEHTranslator, TraceStartsAtTheFault) {
-    const struct {
-        bool given;
-        SEHFaultInfo info;
-        std::vector<StackAddress> trace;
-    } rows[] = {
-        {false, {}, {}},
-        {true, {false, 16, 0xABC}, {}},
-        // A frame pointer into memory that is never mapped: the fault's address alone.
-        {true, {true, 16, 0xABC}, {0xABC}},
-    };
-    for (const auto& r : rows) {
+    // A frame pointer into memory that is never mapped: the fault's address alone.
+    const std::tuple<bool, SEHFaultInfo, std::vector<StackAddress>> rows[] = {
+        {false, {}, {}}, {true, {false, 16, 0xABC}, {}}, {true, {true, 16, 0xABC}, {0xABC}}};
+    for (const auto& [given, info, trace] : rows) {
         try {
-            SEHTranslator(0xC0000094u, r.given ? &r.info : nullptr);
+            SEHTranslator(0xC0000094u, given ? &info : nullptr);
         } catch (const SEH_Exception& e) {
-            EXPECT_EQ(e.GetCode(), 0xC0000094u);
-            EXPECT_EQ(TraceOf(e.GetStackTrace()), r.trace);
+            EXPECT_EQ(std::make_pair(e.GetCode(), TraceOf(e.GetStackTrace())),
+                      std::make_pair(0xC0000094u, trace));
         }
     }
     EXPECT_EQ(InstallSEHTranslator(), 0);
@@ -134,8 +120,7 @@ TEST(GlobalNew, ZeroBytesAndFailures) {
     ::operator delete(nullptr);
     const auto saved = gPreviousNewHandler;
     gPreviousNewHandler = nullptr;
-    plat::FailGlobalNewAt(1);
-    EXPECT_EQ(::operator new(16, std::nothrow), nullptr);
+    EXPECT_EQ((plat::FailGlobalNewAt(1), ::operator new(16, std::nothrow)), nullptr);
     plat::FailGlobalNewAt(1);
     try {
         void* volatile block = ::operator new(16);

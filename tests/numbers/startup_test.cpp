@@ -32,19 +32,17 @@ class Startup : public ::testing::Test {
 TEST_F(Startup, HandlesConstantsRandomSequenceAndVersionText) {
     ASSERT_EQ(SupportInit(), MgNoError);
     auto bytes = [](void* h) { return Contents(reinterpret_cast<Handle>(h)); };
-    const int16_t emptyPath[2] = {0, 0}, notAPath[2] = {2, 0};
-    ExpectRows(
-        {Row(bytes(LStrCR), LStrBytes("\r")), Row(bytes(LStrLF), LStrBytes("\n")),
-         Row(bytes(LStrCRLF), LStrBytes("\r\n")), Row(bytes(LStrTab), LStrBytes("\t")),
-         Row(bytes(LStrEmpty), LStrBytes("")),
-         Row(bytes(EmptyPathValue), std::string(reinterpret_cast<const char*>(emptyPath), 4)),
-         Row(bytes(NotAPathValue), std::string(reinterpret_cast<const char*>(notAPath), 4)),
-         Row(AMTextLength, 2), Row(PMText, "PM"), Row(DoubleNaN, ~0ull),
-         Row(FloatNegInfinity, 0xFF800000u), Row(ProcessId != 0, 1), Row(SystemDecimalMark, '.'),
-         Row((SupportExit(), LStrCR == nullptr && EmptyPathValue == nullptr), 1)});
+    // The path values are two 16-bit words; both hosts are little-endian.
+    ExpectRows({Row(bytes(LStrCR), LStrBytes("\r")), Row(bytes(LStrLF), LStrBytes("\n")),
+                Row(bytes(LStrCRLF), LStrBytes("\r\n")), Row(bytes(LStrTab), LStrBytes("\t")),
+                Row(bytes(LStrEmpty), LStrBytes("")),
+                Row(bytes(EmptyPathValue), std::string(4, '\0')),
+                Row(bytes(NotAPathValue), std::string("\2\0\0\0", 4)), Row(AMTextLength, 2),
+                Row(PMText, "PM"), Row(DoubleNaN, ~0ull), Row(FloatNegInfinity, 0xFF800000u),
+                Row(ProcessId != 0, 1), Row(SystemDecimalMark, '.'),
+                Row((SupportExit(), LStrCR == nullptr && EmptyPathValue == nullptr), 1)});
     for (int64_t n = 1; n <= 7; ++n) {
-        plat::FailAllocationAt(n);
-        EXPECT_EQ(SupportInit(), MgNoMemory) << n;
+        EXPECT_EQ((plat::FailAllocationAt(n), SupportInit()), MgNoMemory) << n;
         SupportExit();
     }
     // The seed is the source's low 14 bits, 1234 for 0, and the default source gives 1. The

@@ -43,39 +43,35 @@ TEST(Shortcuts, WalkFollowsEveryLevel) {
                 {N("/long.lnk"), N("/") + std::string(259 - N("/").size(), 'l')},  // 259 bytes
                 {N("/a/file.lnk"), N("/b/target.txt")}};
     plat::SetShortcutResolverForTest(Resolve);
-    const struct {
-        const char *in, *out;
-        int32_t changed;
-        int asked;  // names handed to the host, candidates only
-        int32_t (*resolve)(char*);
-    } rows[] = {{"/a/b.txt", "/a/b.txt", 0, 0, FResolveShortcutPath},
-                {"/a/dir.lnk/x.txt", "/real/x.txt", 1, 1, FResolveShortcutPath},
-                {"/a/dir.lnk/sub.LNK/f", "/other/f", 1, 2, FResolveShortcutPath},  // one separator
-                {"/a/dir.lnk/sub.LNK", "/other/", 1, 2, FResolveShortcutPath},
-                {"/a/.LNK/f", "/dot/f", 1, 1, FResolveShortcutPath},
-                {"/a/file.lnk", "/b/target.txt", 1, 1, FResolveShortcutPath},
-                {"/a/unknown.lnk/f", "/a/unknown.lnk/f", 0, 1, FResolveShortcutPath},
-                {"/long.lnk/f", "/long.lnk/f", 0, 1, FResolveShortcutPath},
-                {"/A/DIR.LNK", "/A/DIR.LNK", 0, 1, FResolveShortcut},  // no such shortcut
-                {"/a/dir.lnk", "/real", 1, 1, FResolveShortcut}};
-    for (const auto& r : rows) {
+    // In, out, changed, names handed to the host (candidates only), and the call.
+    const std::tuple<const char*, const char*, int32_t, int, int32_t (*)(char*)> rows[] = {
+        {"/a/b.txt", "/a/b.txt", 0, 0, FResolveShortcutPath},
+        {"/a/dir.lnk/x.txt", "/real/x.txt", 1, 1, FResolveShortcutPath},
+        {"/a/dir.lnk/sub.LNK/f", "/other/f", 1, 2, FResolveShortcutPath},  // one separator
+        {"/a/dir.lnk/sub.LNK", "/other/", 1, 2, FResolveShortcutPath},
+        {"/a/.LNK/f", "/dot/f", 1, 1, FResolveShortcutPath},
+        {"/a/file.lnk", "/b/target.txt", 1, 1, FResolveShortcutPath},
+        {"/a/unknown.lnk/f", "/a/unknown.lnk/f", 0, 1, FResolveShortcutPath},
+        {"/long.lnk/f", "/long.lnk/f", 0, 1, FResolveShortcutPath},
+        {"/A/DIR.LNK", "/A/DIR.LNK", 0, 1, FResolveShortcut},  // no such shortcut
+        {"/a/dir.lnk", "/real", 1, 1, FResolveShortcut}};
+    for (const auto& [in, out, changed, asked, resolve] : rows) {
         gAsked.clear();
         char name[FNativeNameBufferSize];
-        strcpy(name, N(r.in).c_str());
-        const int32_t changed = r.resolve(name);
-        EXPECT_EQ(std::make_tuple(changed, std::string(name), int(gAsked.size())),
-                  std::make_tuple(r.changed, N(r.out), r.asked))
-            << r.in;
+        strcpy(name, N(in).c_str());
+        const int32_t got = resolve(name);
+        EXPECT_EQ(std::make_tuple(got, std::string(name), int(gAsked.size())),
+                  std::make_tuple(changed, N(out), asked))
+            << in;
     }
     char name[FNativeNameBufferSize] = "lnk";
-    EXPECT_EQ(FResolveShortcut(name), 0);
-    EXPECT_EQ(gAsked.size(), 1u);  // "lnk" is too short to be asked about
+    // "lnk" is too short to be asked about.
+    EXPECT_TRUE(FResolveShortcut(name) == 0 && gAsked.size() == 1u);
     Path p = nullptr;
     const std::string text = N("/a/dir.lnk/x");
     ASSERT_EQ(FTextToPath(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()), &p),
               MgNoError);
-    ASSERT_EQ(FPathToNativeName(p, name), MgNoError);
-    EXPECT_EQ(name, N("/real/x"));
+    EXPECT_TRUE(FPathToNativeName(p, name) == MgNoError && name == N("/real/x"));
     FPathRelease(p);
     plat::ResetFaults();
 }
@@ -84,17 +80,15 @@ TEST(Shortcuts, WalkFollowsEveryLevel) {
 // beyond a copy of itself.
 TEST(NoShortcuts, NamesStayAndUniversalIsACopy) {
     char name[FNativeNameBufferSize] = "/a/dir.lnk/x.lnk";
-    EXPECT_EQ(FResolveShortcutPath(name), 0);
-    EXPECT_STREQ(name, "/a/dir.lnk/x.lnk");
+    EXPECT_TRUE(FResolveShortcutPath(name) == 0 && std::string(name) == "/a/dir.lnk/x.lnk");
     Path p = nullptr, out = nullptr;
     ASSERT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>("/a/b"), 4, &p, PathSyntaxPosix),
               MgNoError);
     int64_t blocks = plat::LiveBlockCount();
+    // The new path and nothing else; then into the same handle.
     EXPECT_EQ(FPathToUniversal(p, &out), MgNoError);
-    EXPECT_EQ(plat::LiveBlockCount(), blocks + 1);  // the new path and nothing else
-    EXPECT_TRUE(out != p && FPathSame(out, p));
-    EXPECT_EQ(FPathToUniversal(p, &out), MgNoError);  // into the same handle
-    EXPECT_TRUE(FPathSame(out, p));
+    EXPECT_TRUE(plat::LiveBlockCount() == blocks + 1 && out != p && FPathSame(out, p));
+    EXPECT_TRUE(FPathToUniversal(p, &out) == MgNoError && FPathSame(out, p));
     FPathRelease(out);
     FPathRelease(p);
 }

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "mg/stringoutput.h"
@@ -76,8 +76,7 @@ TEST(StackTrace, NamesAChainOfCallersInOrderUpToItsCapacity) {
     chain::Recurse(failure, 40);
     EXPECT_EQ(std::make_pair(trace.Count(), failure.Count()), std::make_pair(8, 15));
     trace.Capture(100000);  // more to skip than there are frames
-    EXPECT_EQ(trace.Count(), 0);
-    EXPECT_EQ(Dump(&trace) + Dump(nullptr), "");
+    EXPECT_EQ(std::to_string(trace.Count()) + Dump(&trace) + Dump(nullptr), "0");
 }
 
 TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
@@ -88,22 +87,17 @@ TEST(StackTrace, WalksAForgedChainUntilAFrameCannotBeRead) {
     frames[1][0] = reinterpret_cast<StackAddress>(frames[2]);
     StackAddress loop[2] = {reinterpret_cast<StackAddress>(loop), 0x444};
     const StackAddress start = reinterpret_cast<StackAddress>(frames[0]);
-    const struct {
-        StackAddress frame, pc;
-        int32_t skip;
-        std::vector<StackAddress> expected;
-    } rows[] = {
+    const std::tuple<StackAddress, StackAddress, int32_t, std::vector<StackAddress>> rows[] = {
         {start, 0x999, 0, {0x999, 0x111, 0x222, 0x333}},
         {start, 0x999, 1, {0x111, 0x222, 0x333}},
         {start, 0, 2, {0x333}},
         {start, 0, 3, {}},
         {16, 0x999, 0, {0x999}},
-        {reinterpret_cast<StackAddress>(loop), 0, 0, std::vector<StackAddress>(8, 0x444)},
-    };
-    for (const auto& r : rows) {
+        {reinterpret_cast<StackAddress>(loop), 0, 0, std::vector<StackAddress>(8, 0x444)}};
+    for (const auto& [frame, pc, skip, expected] : rows) {
         ExceptStackTrace trace;
-        trace.CaptureFrom(r.frame, r.pc, r.skip);
-        EXPECT_EQ(TraceOf(trace), r.expected) << "skip " << r.skip;
+        trace.CaptureFrom(frame, pc, skip);
+        EXPECT_EQ(TraceOf(trace), expected) << "skip " << skip;
     }
 }
 
@@ -122,10 +116,7 @@ TEST(StackDecoder, NamesByMode) {
     // The C library's stream record lies in the C library's own data.
     const StackAddress library = reinterpret_cast<StackAddress>(stderr);
     const std::string unknown = "<unknown> <unknown> + 0";
-    EXPECT_EQ(
-        name(own + 3, 2),
-        std::string("test_stackwalk chain::AnExceedinglyLongFunctionNameThatCannot").substr(0, 49) +
-            " + 3");
+    EXPECT_EQ(name(own + 3, 2), "test_stackwalk chain::AnExceedinglyLongFunctionNa + 3");
     EXPECT_EQ(name(own, 1).substr(0, 15), "test_stackwalk ");
     EXPECT_EQ(name(own, 0), unknown);
     EXPECT_NE(name(library, 2).substr(0, 10), "<unknown> ");
@@ -155,18 +146,14 @@ namespace {
 }
 
 TEST(StackTrace, NamesFunctionsThatAreNotExported) {
-    if (!plat::NamesInternalFunctions())
-        GTEST_SKIP() << "this build names exported functions alone";
+    if (!plat::NamesInternalFunctions()) GTEST_SKIP() << "this build names exported functions only";
     ExceptStackTrace trace;
     CallsStatic(trace);
-    std::vector<std::string> lines;
-    std::istringstream dump(Dump(&trace));
-    for (std::string line; std::getline(dump, line);) lines.push_back(line);
-    ASSERT_GE(lines.size(), 2u);
-    EXPECT_NE(lines[0].find(" - test_stackwalk CaptureInStatic"), std::string::npos) << lines[0];
-    EXPECT_NE(lines[1].find(" - test_stackwalk " + InAnonymousNamespace("CallsStatic")),
-              std::string::npos)
-        << lines[1];
+    const std::string dump = Dump(&trace), second = dump.substr(dump.find('\n') + 1);
+    EXPECT_EQ(dump.find(" - test_stackwalk CaptureInStatic"), dump.find(" - ")) << dump;
+    EXPECT_EQ(second.find(" - test_stackwalk " + InAnonymousNamespace("CallsStatic")),
+              second.find(" - "))
+        << dump;
 }
 
 }  // namespace

@@ -54,15 +54,11 @@ TEST(LStrOutput, MemoryFailures) {
         LStrOutput target;
         plat::FailAllocationAt(1);
         try {
-            if (form == 2) {
-                target = out;
-            } else {
-                LStrOutput none = form ? LStrOutput(out) : LStrOutput();
-            }
+            form == 2 ? void(target = out) : void(form ? LStrOutput(out) : LStrOutput());
             ADD_FAILURE() << "made without memory";
         } catch (const MXExcept& e) {
-            EXPECT_EQ(e.GetError(), 2);
-            EXPECT_STREQ(e.GetDetail(), "LStrOutput could not allocate LStr Handle");
+            EXPECT_EQ(std::to_string(e.GetError()) + e.GetDetail(),
+                      "2LStrOutput could not allocate LStr Handle");
         }
         plat::ResetFaults();
     }

@@ -22,8 +22,7 @@ std::string S(Point p) {
     return std::to_string(p.y) + "," + std::to_string(p.x);
 }
 std::string S(Rect r) {
-    return std::to_string(r.top) + "," + std::to_string(r.left) + "," + std::to_string(r.bottom) +
-           "," + std::to_string(r.right);
+    return S(Point{r.top, r.left}) + "," + S(Point{r.bottom, r.right});
 }
 
 TEST(Point, WordOrderWrappingAndRounding) {

@@ -51,12 +51,11 @@ TEST_P(LineEnds, ConvertsEveryKindOfLineEndFromTheStart) {
     for (const auto& c : kCases) {
         for (const std::string head : {"", "\n\r"}) {
             const int32_t start = int32_t(head.size());
-            EXPECT_EQ(Convert(ConvertLineEndsToCRLF, head + form(c[0]), start, mainZone, wide),
-                      head + form(c[1]))
-                << "to CR LF: " << testing::PrintToString(head + c[0]);
-            EXPECT_EQ(Convert(ConvertLineEndsToLF, head + form(c[0]), start, mainZone, wide),
-                      head + form(c[2]))
-                << "to LF: " << testing::PrintToString(head + c[0]);
+            const std::string in = head + form(c[0]);
+            EXPECT_EQ(std::make_pair(Convert(ConvertLineEndsToCRLF, in, start, mainZone, wide),
+                                     Convert(ConvertLineEndsToLF, in, start, mainZone, wide)),
+                      std::make_pair(head + form(c[1]), head + form(c[2])))
+                << testing::PrintToString(head + c[0]);
         }
     }
     // A failed growth or a start outside the block leaves the text as it was.

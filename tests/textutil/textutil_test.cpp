@@ -108,14 +108,12 @@ TEST(WildMatch, Table) {
         {"`A*", "ab", 1, 0, 0, ExactCompare}, {"a`", "a`x", 0}, {"a`?", "a`?", 0},
         {"a\\?b", "a?b", 1, 0, E}, {"a\\?b", "axb", 0, 0, E}, {"a`?b", "a`xb", 1, 0, E}};
     // clang-format on
-    for (const Case& c : cases) {
-        EXPECT_EQ(WildMatch(reinterpret_cast<const uint8_t*>(c.pattern),
-                            reinterpret_cast<const uint8_t*>(c.text),
-                            static_cast<int32_t>(strlen(c.pattern)),
-                            static_cast<int32_t>(strlen(c.text)), c.compare, c.escape, c.barrier),
+    auto u = [](const char* s) { return reinterpret_cast<const uint8_t*>(s); };
+    for (const Case& c : cases)
+        EXPECT_EQ(WildMatch(u(c.pattern), u(c.text), int32_t(strlen(c.pattern)),
+                            int32_t(strlen(c.text)), c.compare, c.escape, c.barrier),
                   c.expected)
             << "pattern \"" << c.pattern << "\" text \"" << c.text << "\"";
-    }
 }
 
 // Only the given lengths count, whatever follows in memory; bad spans don't match. FindWildcard
