@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "filemgr/dirs_env.h"
+#include "support/handles.h"
 #include "support/pstr.h"
 
 class FilesTest : public DirsTest {
@@ -192,32 +193,19 @@ TEST(FileErrors, ErrnoTable) {
     umask(old);
 }
 
-// A type table: its count in host order, then (type, extension) records; an extension of 4
-// characters fills its field unended.
-static Handle Table(const std::string& bytes) {
-    Handle h = MemNewHandle(0);
-    EXPECT_EQ(MemSetHandleBytes(&h, bytes.data(), int32_t(bytes.size())), MgNoError);
-    return h;
-}
-
+using mgtest::NewHandleOf;
 using Leaf = mgtest::P;
 const auto T = MgResType;
-
-static Path PosixPath(const std::string& text) {
-    Path p = nullptr;
-    EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
-                                &p, PathSyntaxPosix),
-              MgNoError);
-    return p;
-}
 
 // Types of names and paths through the two tables, and extensions added and stripped. "jpeg"
 // runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't; "tiff" is the
 // last record and runs into the block's end.
 TEST(FileTypes, ByExtension) {
-    Handle primary =
-               Table(std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
-           secondary = Table(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
+    // A type table: its count in host order, then (type, extension) records; an extension of 4
+    // characters fills its field unended.
+    Handle primary = NewHandleOf(
+               std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
+           secondary = NewHandleOf(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
     FSetTypeTables(primary, secondary);
     const std::pair<const char*, const char*> cases[] = {
         {"A.TXT", "TEXT"}, {"a.b.pct", "PICT"}, {"a.jpeg", "JPEG"}, {"a.c", "CSRC"}, {"a.html", ""},
@@ -225,7 +213,8 @@ TEST(FileTypes, ByExtension) {
     for (const auto& [name, want] : cases)
         EXPECT_EQ(FTypeOfName(Leaf(name).b), *want ? T(want) : 0) << name;
     // A path's type is its last name's; the empty path has none.
-    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
+    Path p = FBuildPath(nullptr, PathKindAbsolute, Leaf("dir.txt").b, Leaf("pic.pct").b, nullptr),
+         root = FEmptyPath(nullptr);
     EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
     FPathRelease(p);
     FPathRelease(root);
@@ -242,8 +231,7 @@ TEST(FileTypes, ByExtension) {
         {true, "a.txt", T("TEXT"), 4, "a"},
         {true, "a.txt", T("PICT"), 0, "a.txt"},
         {true, "noext", 0, 0, "noext"},
-        {true, "a.", 0, 1, "a"},
-    };
+        {true, "a.", 0, 1, "a"}};
     for (const auto& [strip, name, type, result, after] : edits) {
         Leaf n(name);
         EXPECT_EQ(strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type), result) << name;
@@ -265,7 +253,7 @@ TEST(FileTypes, ByExtension) {
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
-    Path p = PosixPath("a/b.txt");
+    Path p = FBuildPath(nullptr, PathKindRelative, Leaf("a").b, Leaf("b.txt").b, nullptr);
     EXPECT_DEATH(FTypeOfPath(p), "");
     FPathRelease(p);
 }

@@ -98,8 +98,7 @@ TEST(MgrsrcCommandLine, Runs) {
         {"extract --all f all", 0, "wrote 3 resources into all\n"},
         {"unpack f u", 0, "unpacked 3 resources of f into u\n"},
         {"pack u p", 0, "packed 3 resources into p\n"},
-        {"add f AAAA 9 no-such-file", 2, "", "..."},
-    };
+        {"add f AAAA 9 no-such-file", 2, "", "..."}};
     for (const char* bad : {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA",
                             "extract --all f", "extract f AAAA 1 -o", "verify", "diff f",
                             "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
@@ -199,8 +198,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         {[](Bytes& b) { PutMap32(b, 12, 0x41414141); }, -12},  // copy with another creator
         {[](Bytes& b) { PutMap32(b, 48, 0x10000); }, -48},     // name list beyond the map
         // No size word is read before the file's start: AAAA 1's load fails there.
-        {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)},
-    };
+        {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)}};
     for (const auto& [spoil, first] : header) {
         b = Base();
         const long long mapAt = MapAt(b);
@@ -221,8 +219,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         {BuildFile({{"AAAA", {{5, "", {1}}, {2, "", {2}}}}}, 4),
          {"id 2 out of order in a version-4 file"}},
         {BuildFile({{"AAAA", {{3, "", {1}}, {3, "", {2}}}}}), {"id 3 appears twice"}},
-        {Embedded(Base(), 100), {}},
-    };
+        {Embedded(Base(), 100), {}}};
     for (const auto& [file, warnings] : sound) {
         Verified v = VerifyBytes(dir, file);
         EXPECT_EQ(std::make_pair(v.verify.status, v.warnings), std::make_pair(0, warnings.size()))

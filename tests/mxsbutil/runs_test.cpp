@@ -73,8 +73,7 @@ TEST(Messages, EveryComplaint) {
         {run, 0, "FMSeek error 6\r\n", "seek"},
         {run, 1, "mxsbutil: not enough memory\r\n", "alloc:1"},
         {run, 2, "resource error 9 on RCloseFile\r\n" + built(9), "write:2"},
-        {run, 2, "RCreateCorrectFile error 9\r\n" + built(9), "write:1"},
-    };
+        {run, 2, "RCreateCorrectFile error 9\r\n" + built(9), "write:1"}};
     for (const auto& r : rows) {
         const std::string line = r.fault + ": " + testing::PrintToString(r.args);
         const ChildRun c = RunInChild(r.args, r.fault, true);
