@@ -154,12 +154,12 @@ TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
     ASSERT_EQ(FApplyPermissions(pf, nullptr, nullptr, &bits), MgNoError);
     ASSERT_EQ(FPermissionsOf(pf, owner, group, &got), MgNoError);
     EXPECT_EQ(std::make_pair(got, int(owner[0])), std::make_pair(HostPermissions(0640, false), 0));
-    for (MgStatus s :
-         {FPermissionsOf(pf, owner, nullptr, &got), FPermissionsOf(relative, owner, group, &got)})
-        EXPECT_EQ(s, MgBadArgument);
-    EXPECT_EQ(FApplyPermissions(pf, nullptr, nullptr, nullptr), MgNoError);
-    EXPECT_EQ(FApplyPermissions(missing, nullptr, nullptr, &bits), MgNotFound);
-    EXPECT_EQ(FPermissionsOf(missing, owner, group, &got), MgNotFound);
+    EXPECT_EQ((std::vector<MgStatus>{FPermissionsOf(pf, owner, nullptr, &got),
+                                     FPermissionsOf(relative, owner, group, &got),
+                                     FApplyPermissions(pf, nullptr, nullptr, nullptr),
+                                     FApplyPermissions(missing, nullptr, nullptr, &bits),
+                                     FPermissionsOf(missing, owner, group, &got)}),
+              (std::vector<MgStatus>{MgBadArgument, MgBadArgument, 0, MgNotFound, MgNotFound}));
 
     // Renaming and copying never replace; a copy keeps the permissions and the date. Deleting
     // leaves a full directory; a chain of directories stops at a file.
@@ -167,12 +167,10 @@ TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
     const std::string a = Make("a", "alpha", 0604), b = Make("b", "beta"), m = Name("m");
     OwnedPath pa(a), pb(b), pc(Name("c")), pm(m), sub(MakeDir("sub")), full(MakeDir("full")),
         empty(MakeDir("empty")), made(Name("made")), chain(Name("full/b/c/d"));
-    const std::vector<MgStatus> moved = {FCopyFile(pa, pb),       FRenameFile(pa, pb),
-                                         FCopyFile(pa, pc),       FRenameFile(pc, pm),
-                                         FRenameFile(root, pm),   FCopyFile(root, pm),
-                                         FCopyFile(pa, relative), FRenameFile(pa, relative),
-                                         FRenameFile(pc, pm),     FCopyFile(sub, pc)};
-    EXPECT_EQ(moved,
+    EXPECT_EQ((std::vector<MgStatus>{
+                  FCopyFile(pa, pb), FRenameFile(pa, pb), FCopyFile(pa, pc), FRenameFile(pc, pm),
+                  FRenameFile(root, pm), FCopyFile(root, pm), FCopyFile(pa, relative),
+                  FRenameFile(pa, relative), FRenameFile(pc, pm), FCopyFile(sub, pc)}),
               (std::vector<MgStatus>{MgDuplicate, MgDuplicate, 0, 0, MgBadArgument, MgBadArgument,
                                      MgBadArgument, MgBadArgument, MgNotFound, MgNoPermission}));
     EXPECT_EQ(std::make_tuple(SlurpFile(b), SlurpFile(m), PermissionsOf(m), UnixModTime(m)),
@@ -181,12 +179,11 @@ TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
     EXPECT_EQ(plat::OpenHandleCount(), before);
     Make("full/x");
     // The full directory stays: it is not empty.
-    const std::vector<MgStatus> removedAndMade = {
-        FDeleteEntry(pm),           FDeleteEntry(pm),          FDeleteEntry(empty),
-        FDeleteEntry(full),         FMakeDirectory(made, 0),   FMakeDirectory(made, 0),
-        FMakeDirectoryChain(chain), FMakeDirectoryChain(chain)};
-    EXPECT_EQ(removedAndMade,
-              (std::vector<MgStatus>{0, MgNotFound, 0, MgIOError, 0, MgDuplicate, 0, 0}));
+    EXPECT_EQ(
+        (std::vector<MgStatus>{FDeleteEntry(pm), FDeleteEntry(pm), FDeleteEntry(empty),
+                               FDeleteEntry(full), FMakeDirectory(made, 0), FMakeDirectory(made, 0),
+                               FMakeDirectoryChain(chain), FMakeDirectoryChain(chain)}),
+        (std::vector<MgStatus>{0, MgNotFound, 0, MgIOError, 0, MgDuplicate, 0, 0}));
     EXPECT_TRUE(fs::exists(Name("full/x")) && fs::is_directory(Name("made")) &&
                 fs::is_directory(Name("full/b/c/d")));
     for (const char* over : {"full/x", "full/x/y", "full/x/y/z"}) {
@@ -206,23 +203,17 @@ TEST_F(DirsTest, WellKnownPlaces) {
          preferred = nullptr, app = FEmptyPath(nullptr), appDir = FEmptyPath(nullptr);
     char name[4096], text[FNativeNameBufferSize], parent[FNativeNameBufferSize];
     ScopedVariable tmp(TempVariable(), dir.path.string());
-    const std::vector<MgStatus> statuses = {FExactCasePath(exact),
-                                            FExactCasePath(missing),
-                                            FCurrentDirectory(&cwd),
-                                            FTempDirectory(temp),
-                                            (tmp.Set(Name("absent")), FTempDirectory(fallback)),
-                                            FPreferredDirectory("any", &preferred, exact),
-                                            MgStatus(FPathSame(preferred, exact)),
-                                            FPreferredDirectory("any", &preferred, missing),
-                                            MgStatus(preferred != nullptr),
-                                            FPreferredDirectory("any", &preferred, nullptr),
-                                            FApplicationPath(app),
-                                            FApplicationDirectory(appDir),
-                                            FPathToNativeName(app, text),
-                                            FPathToNativeName(appDir, parent),
-                                            FApplicationPath(nullptr)};
-    EXPECT_EQ(statuses, (std::vector<MgStatus>{0, MgNotFound, 0, 0, 0, 0, 1, MgNotFound, 0, 20, 0,
-                                               0, 0, 0, MgBadArgument}));
+    EXPECT_EQ(
+        (std::vector<MgStatus>{
+            FExactCasePath(exact), FExactCasePath(missing), FCurrentDirectory(&cwd),
+            FTempDirectory(temp), (tmp.Set(Name("absent")), FTempDirectory(fallback)),
+            FPreferredDirectory("any", &preferred, exact), MgStatus(FPathSame(preferred, exact)),
+            FPreferredDirectory("any", &preferred, missing), MgStatus(preferred != nullptr),
+            FPreferredDirectory("any", &preferred, nullptr), FApplicationPath(app),
+            FApplicationDirectory(appDir), FPathToNativeName(app, text),
+            FPathToNativeName(appDir, parent), FApplicationPath(nullptr)}),
+        (std::vector<MgStatus>{0, MgNotFound, 0, 0, 0, 0, 1, MgNotFound, 0, 20, 0, 0, 0, 0,
+                               MgBadArgument}));
     const std::string self =
         fs::canonical(testing::internal::GetArgvs()[0]).make_preferred().string();
     EXPECT_EQ((std::vector<std::string>{PathText(exact), PathText(cwd), PathText(temp),
@@ -242,17 +233,16 @@ TEST_F(DirsTest, RangeLocks) {
     FileRef ref = 0, other = 0;
     ASSERT_EQ(FMOpen(&ref, p, FMModeReadWrite, FMShareAll), MgNoError);
     ASSERT_EQ(FMOpen(&other, p, FMModeReadWrite, FMShareAll), MgNoError);
-    EXPECT_EQ(FMLockRange(ref, FMSeekStart, 10, 20, 1), MgNoError);
-    EXPECT_EQ(FMLockRange(ref, FMSeekEnd, -10, 5, 1), MgNoError);  // 90..94
-    EXPECT_EQ(FMLockRange(ref, 0, 0, 1, 1), MgBadArgument);
-    EXPECT_EQ(FMLockRange(0, FMSeekStart, 0, 1, 1), MgBadArgument);
-    for (const auto& [offset, count, want] :
-         {std::tuple{25, 10, MgNoPermission}, {92, 1, MgNoPermission}, {30, 60, MgNoError}}) {
-        EXPECT_EQ(FMLockRange(other, FMSeekStart, offset, count, 1), want) << offset;
-        if (!want) FMLockRange(other, FMSeekStart, offset, count, 0);
-    }
-    EXPECT_EQ(FMLockRange(ref, FMSeekStart, 10, 20, 0), MgNoError);
-    EXPECT_EQ(FMLockRange(other, FMSeekStart, 25, 10, 1), MgNoError);
+    // The second lock is 90..94; the other opener's 30..89 lies between the two.
+    EXPECT_EQ(
+        (std::vector<MgStatus>{
+            FMLockRange(ref, FMSeekStart, 10, 20, 1), FMLockRange(ref, FMSeekEnd, -10, 5, 1),
+            FMLockRange(ref, 0, 0, 1, 1), FMLockRange(0, FMSeekStart, 0, 1, 1),
+            FMLockRange(other, FMSeekStart, 25, 10, 1), FMLockRange(other, FMSeekStart, 92, 1, 1),
+            FMLockRange(other, FMSeekStart, 30, 60, 1), FMLockRange(other, FMSeekStart, 30, 60, 0),
+            FMLockRange(ref, FMSeekStart, 10, 20, 0), FMLockRange(other, FMSeekStart, 25, 10, 1)}),
+        (std::vector<MgStatus>{0, 0, MgBadArgument, MgBadArgument, MgNoPermission, MgNoPermission,
+                               0, 0, 0, 0}));
     FMClose(other);
     FMClose(ref);
 }

@@ -162,14 +162,13 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
             row.spoil(b);
             Verified v = VerifyBytes(dir, b);
             const bool refused = row.open != MgNoError;
-            EXPECT_EQ(std::make_tuple(
-                          v.verify.status, v.first,
-                          v.verify.out.find("the reader refuses to open it") != std::string::npos),
-                      std::make_tuple(2,
-                                      refused       ? MapAt(b) + row.faultAt
-                                      : row.faultAt ? row.faultAt
-                                                    : MapAt(b) + kRefA1 + 12,
-                                      refused))
+            const long long first = refused       ? MapAt(b) + row.faultAt
+                                    : row.faultAt ? row.faultAt
+                                                  : MapAt(b) + kRefA1 + 12;
+            const bool refuses =
+                v.verify.out.find("the reader refuses to open it") != std::string::npos;
+            EXPECT_EQ(std::make_tuple(v.verify.status, v.first, refuses),
+                      std::make_tuple(2, first, refused))
                 << v.verify.out;
             // The other resources list and extract, the bad one shows no size, and the file
             // equals itself; a refused file is refused by every command.

@@ -6,6 +6,7 @@
 
 #include "mxsbutil/options.h"
 #include "platform/platform.h"
+#include "support/pstr.h"
 
 // Reads the words of `line` ('' is an empty argument). The options point into the arguments,
 // so they are kept until the next read, as argv is.
@@ -19,10 +20,6 @@ static int32_t Read(const std::string& line) {
     for (auto& a : kept) argv.push_back(a.data());
     argv.push_back(nullptr);
     return ReadArguments(static_cast<int>(kept.size()), argv.data());
-}
-
-static std::string Name() {
-    return std::string(reinterpret_cast<const char*>(gOptions.codeName + 1), gOptions.codeName[0]);
 }
 
 // Statuses, and the type left where it matters; the packager's messages suite has the other
@@ -55,9 +52,9 @@ TEST(ReadArguments, StatusesAndOptions) {
     // Defaults are made afresh on every read: the directory is the current one and a separator.
     // A -r at the end is as if not given; the name is cut at 255.
     auto options = [] {
-        return std::make_tuple(Name(), std::string(gOptions.codeDir ? gOptions.codeDir : "-"),
-                               std::string(gOptions.resFileName ? gOptions.resFileName : "-"),
-                               std::string(gOptions.viName ? gOptions.viName : "-"),
+        auto text = [](const char* s) { return std::string(s ? s : "-"); };
+        return std::make_tuple(mgtest::P::Text(gOptions.codeName), text(gOptions.codeDir),
+                               text(gOptions.resFileName), text(gOptions.viName),
                                gOptions.codePath);
     };
     ASSERT_EQ(Read("-c foo -d /x/y -r res.rsrc -vi a.vi"), 0);

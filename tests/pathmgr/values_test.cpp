@@ -28,9 +28,9 @@ TEST_F(PathValues, ValidityConstructionAndComponents) {
         OwnedPath p(Raw(r.kind));
         memcpy(*p.p + 2, &r.count, 2);
         EXPECT_EQ(
-            std::vector<int>(
-                {FPathValid(p), FPathUsable(p), FPathRooted(p), FPathHasNoNames(p), FPathDepth(p)}),
-            std::vector<int>({r.valid, r.usable, r.rooted, r.usable, r.usable ? r.count : -1}))
+            (std::vector<int>{FPathValid(p), FPathUsable(p), FPathRooted(p), FPathHasNoNames(p),
+                              FPathDepth(p)}),
+            (std::vector<int>{r.valid, r.usable, r.rooted, r.usable, r.usable ? r.count : -1}))
             << "kind " << r.kind << " count " << r.count;
     }
     EXPECT_TRUE(!FPathValid(nullptr) && FPathDepth(nullptr) == -1);
@@ -111,8 +111,7 @@ TEST_F(PathValues, RootsAndNormalisation) {
     for (const auto& r : norms) {
         for (int32_t syntax : {int32_t(PathSyntaxWindows), int32_t(PathSyntaxPosix), -1}) {
             OwnedPath p(Raw(r.kind, r.names));
-            const bool posix =
-                syntax < 0 ? FHostPathSyntax() == PathSyntaxPosix : syntax == PathSyntaxPosix;
+            const bool posix = (syntax < 0 ? FHostPathSyntax() : syntax) == PathSyntaxPosix;
             EXPECT_EQ(After(syntax < 0 ? FPathNormalize(p) : FPathNormalizeSyntax(p, syntax), p),
                       std::string("0 ") + (posix ? r.posix : r.windows));
             EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
@@ -123,9 +122,8 @@ TEST_F(PathValues, RootsAndNormalisation) {
         OwnedPath p(Raw(1, r.names));
         MemAppendBytes(r.tail.data(), p, static_cast<int32_t>(r.tail.size()));
         memcpy(*p.p + 2, &r.count, 2);
-        EXPECT_EQ(FPathNormalizeSyntax(p, PathSyntaxWindows), MgNoError);
-        EXPECT_EQ(FPathDepth(p), r.countAfter);
-        EXPECT_EQ(Contents(p).substr(4), r.namesAfter);
+        ExpectRows({Row(FPathNormalizeSyntax(p, PathSyntaxWindows), MgNoError),
+                    Row(FPathDepth(p), r.countAfter), Row(Contents(p).substr(4), r.namesAfter)});
     }
 }
 

@@ -2,7 +2,6 @@
 // shortcuts, "/" is an ordinary directory, drives and volumes are mount points, the mode bits
 // are the permissions, and names the Windows grammar refuses are ordinary.
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 
 #include <algorithm>
 
@@ -89,9 +88,7 @@ TEST_F(DirsTest, WindowsReservedNamesAreOrdinary) {
     FPathRelease(volume);
     double freeBytes = -1, totalBytes = -1;
     ASSERT_EQ(FVolumeBytes(p, &freeBytes, &totalBytes), MgNoError);
-    struct statvfs v;
-    statvfs(mount.c_str(), &v);
-    const uint64_t total = uint64_t(v.f_blocks) * v.f_frsize;
+    const uint64_t total = fs::space(mount).capacity;
     EXPECT_EQ(totalBytes, double(total));
     EXPECT_EQ(FVolumeBytes(p, nullptr, nullptr), MgNoError);
     uint32_t figures[3] = {};
