@@ -255,22 +255,19 @@ TEST(DirSort, ByNameWithoutCase) {
         "common-prefix-long-alphabet Common-prefix-long-Zeta common-prefix-long-alpha "
         "COMMON-PREFIX-LONG-ALPHA b B a abcdefghij-2 abcdefghij-1");
     const int32_t n = int32_t(listed.size());
-    Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandle(8 * n);
+    Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandleClear(8 * n);
     ASSERT_EQ(MemHandleSize(names), 4);
-    for (int32_t i = 0; i < n; ++i) {
-        uint8_t length = uint8_t(listed[i].size());
-        MemAppendBytes(&length, names, 1);
-        MemAppendBytes(listed[i].data(), names, length);
-        DirEntryRecord r = {uint32_t(i), 0};
-        memcpy(*types + 8 * i, &r, 8);
+    for (int32_t i = 0; i < n; ++i) {  // each record's flags hold its listed index
+        const std::string counted = char(listed[i].size()) + listed[i];
+        MemAppendBytes(counted.data(), names, int32_t(counted.size()));
+        memcpy(*types + 8 * i, &i, 4);
     }
     memcpy(*names, &n, 4);
     FSortDirEntries(names, types);
     Entries want;
     for (uint32_t i : {6, 8, 7, 4, 5, 2, 3, 0, 1}) want.emplace_back(listed[i], i, 0);
     EXPECT_EQ(EntriesOf(names, types), want);
-    const int32_t wrong = 60;
-    memcpy(*names, &wrong, 4);
+    **names = 60;  // the count's lowest or highest byte
     const std::vector<uint8_t> before(*names, *names + MemHandleSize(names));
     FSortDirEntries(names, nullptr);
     EXPECT_EQ(std::vector<uint8_t>(*names, *names + MemHandleSize(names)), before);

@@ -13,14 +13,11 @@ using NativeNames = PathTest;
 constexpr int32_t W = PathSyntaxWindows, X = PathSyntaxPosix;
 using namespace mgtest;
 
-struct TextRow {
-    const char *text, *path;  // the path as Describe prints it
-};
-
-// Every text is read with D:\work as the current directory. The last rows of the Windows
-// table are not in the grammar's own table, but fixed by its rules.
+// Texts and their paths as Describe prints them. Every text is read with D:\work as the current
+// directory. The last rows of the Windows table are not in the grammar's own table, but fixed by
+// its rules.
 // clang-format off
-const std::vector<TextRow> kWindowsRows = {
+const std::vector<std::pair<const char*, const char*>> kWindowsRows = {
     {"", "A:"}, {"C:\\", "A:C"}, {"C:", "A:C"}, {"c:\\a\\", "A:c|a"}, {"C:a", "A:C|a"},
     {"C::\\a", "A:C|a"}, {"abc:\\d", "A:abc|d"}, {"C:\\a\\\\b", "A:C|a|b"}, {"C:\\a:b", "A:C|a:b"},
     {"\\a", "A:D|a"}, {"\\", "A:D"}, {":a", "A:D|a"}, {"C", "R:C"}, {"a\\b\\", "R:a|b"},
@@ -29,7 +26,7 @@ const std::vector<TextRow> kWindowsRows = {
     {"C:\\..\\..", "R:.."}, {"\\\\s\\v", "U:\\\\s\\v"}, {"\\\\s\\v\\a\\", "U:\\\\s\\v|a"},
     {"\\\\\\s\\\\v", "U:\\\\s\\v"}, {"\\\\s", "U:\\\\s\\"}, {"\\\\", "U:\\\\\\"},
     {"a b\\ c ", "R:a b| c "}, {"C:\\a\\...", "A:C|a|..."}, {".:x", "A:x"}};
-const std::vector<TextRow> kPosixRows = {
+const std::vector<std::pair<const char*, const char*>> kPosixRows = {
     {"", "A:"}, {"/", "A:"}, {"//a///b//", "A:a|b"}, {"a/b/", "R:a|b"}, {".", "R:"},
     {"..", "R:.."}, {"a/./b", "R:a|b"}, {"a/../b", "R:b"}, {"a/../../b", "R:..|b"}, {"/a/..", "A:"},
     {"/..", "A:"}, {"/../a", "A:a"}, {"/a/../../b", "A:b"}, {"a\\b", "R:a\\b"},
@@ -38,11 +35,11 @@ const std::vector<TextRow> kPosixRows = {
 
 TEST_F(PathText, BothWays) {
     for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
-        for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
-            OwnedPath p(Parse(r.text, syntax));
+        for (const auto& [text, path] : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
+            OwnedPath p(Parse(text, syntax));
             EXPECT_EQ(Describe(p) + " " + std::to_string(MemHandleSize(p) - FPathByteSize(p)),
-                      std::string(r.path) + " 0")
-                << r.text << " in syntax " << syntax;
+                      std::string(path) + " 0")
+                << text << " in syntax " << syntax;
         }
     }
     // The current drive is the first byte of the directory, upper-cased; on a share the volume is
