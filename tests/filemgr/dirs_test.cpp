@@ -186,10 +186,8 @@ TEST_F(DirsTest, ExistencePermissionsMakingMovingAndRemoving) {
         (std::vector<MgStatus>{0, MgNotFound, 0, MgIOError, 0, MgDuplicate, 0, 0}));
     EXPECT_TRUE(fs::exists(Name("full/x")) && fs::is_directory(Name("made")) &&
                 fs::is_directory(Name("full/b/c/d")));
-    for (const char* over : {"full/x", "full/x/y", "full/x/y/z"}) {
-        OwnedPath p(Name(over));
-        EXPECT_EQ(FMakeDirectoryChain(p), MgNotADirectory) << over;
-    }
+    for (const char* over : {"full/x", "full/x/y", "full/x/y/z"})
+        EXPECT_EQ(FMakeDirectoryChain(OwnedPath(Name(over))), MgNotADirectory) << over;
 }
 
 // The exact case of a path, the current and temporary directories (with a fallback to the

@@ -176,10 +176,7 @@ TEST(FileErrors, ErrnoTable) {
         {0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
         {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
         {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
-    for (const auto& [err, arg, want] : rows) {
-        errno = err;
-        EXPECT_EQ(FMapErrno(arg), want) << err;
-    }
+    for (const auto& [err, arg, want] : rows) EXPECT_EQ((errno = err, FMapErrno(arg)), want) << err;
     mode_t old = umask(022);
     EXPECT_EQ(FMPermissionMask(0666), 0644);
     umask(old);
