@@ -8,6 +8,9 @@
 #include "filemgr/dirs_env.h"
 #include "support/handles.h"
 #include "support/pstr.h"
+#include "support/rows.h"
+
+using mgtest::ExpectRows, mgtest::Row;
 
 class FilesTest : public DirsTest {
   protected:
@@ -99,24 +102,18 @@ TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     // either end stop there; any other mode counts from the end. Setting the end keeps a
     // position inside the file and pulls one beyond it back; a file can grow this way, not by
     // seeking.
-    const std::tuple<int32_t, int32_t, MgStatus, int32_t> steps[] = {
-        {100, FMSeekStart, MgNoError, 100},
-        {101, FMSeekStart, MgEndOfFile, 100},
-        {-1, FMSeekStart, MgEndOfFile, 0},
-        {10, FMSeekCurrent, MgNoError, 10},
-        {-5, 0, MgNoError, 95},
-        {10, -1, MgNoError, 10},
-        {5, FMSeekStart, MgNoError, 5},
-        {8, -1, MgNoError, 5},
-        {50, -1, MgNoError, 5},
-        {-1, -1, MgBadArgument, 5}};
-    for (const auto& [offset, mode, want, at] : steps) {
-        EXPECT_EQ(mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode), want) << offset;
-        int32_t pos = -1;
-        EXPECT_EQ(FMTell(ref, &pos), MgNoError);
-        EXPECT_EQ(pos, at) << offset;
-    }
-    // Seeking an unknown reference by nothing makes no platform call at all.
+    // (4: the end of the file, 1: a bad argument.)
+    auto step = [&](int32_t offset, int32_t mode) {
+        const MgStatus status = mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode);
+        int32_t at = -1;
+        EXPECT_EQ(FMTell(ref, &at), MgNoError);
+        return std::to_string(status) + " " + std::to_string(at);
+    };
+    ExpectRows({Row(step(100, FMSeekStart), "0 100"), Row(step(101, FMSeekStart), "4 100"),
+                Row(step(-1, FMSeekStart), "4 0"), Row(step(10, FMSeekCurrent), "0 10"),
+                Row(step(-5, 0), "0 95"), Row(step(10, -1), "0 10"),
+                Row(step(5, FMSeekStart), "0 5"), Row(step(8, -1), "0 5"), Row(step(50, -1), "0 5"),
+                Row(step(-1, -1), "1 5")});
     EXPECT_EQ((std::vector<int32_t>{Size(ref), FMSeek(12345, 0, FMSeekCurrent), FMFlush(ref),
                                     FMClose(ref)}),
               (std::vector<int32_t>{50, 0, 0, 0}));
@@ -209,23 +206,20 @@ TEST(FileTypes, ByExtension) {
     FPathRelease(root);
     // Adding takes the first record of the type, from the secondary table after the primary
     // answered 15, and a full field: four bytes, no more.
-    const std::tuple<bool, std::string, ResType, int32_t, std::string> edits[] = {
-        {false, "b", T("PICT"), 0, "b.pct"},
-        {false, "c", T("NONE"), 15, "c"},
-        {false, "d", T("HTML"), 0, "d.html"},
-        {false, std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
-        {false, std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
-        {true, "a.abcd", 0, 5, "a"},
-        {true, "a.abcde", 0, 0, "a.abcde"},
-        {true, "a.txt", T("TEXT"), 4, "a"},
-        {true, "a.txt", T("PICT"), 0, "a.txt"},
-        {true, "noext", 0, 0, "noext"},
-        {true, "a.", 0, 1, "a"}};
-    for (const auto& [strip, name, type, result, after] : edits) {
+    // Each edit as its result and the name after it.
+    auto added = [](const std::string& name, ResType type, bool strip = false) {
         Leaf n(name);
-        EXPECT_EQ(strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type), result) << name;
-        EXPECT_EQ(n.str(), after);
-    }
+        const int32_t result = strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type);
+        return std::to_string(result) + " " + n.str();
+    };
+    const std::string n251(251, 'n'), n252(252, 'n');
+    ExpectRows(
+        {Row(added("b", T("PICT")), "0 b.pct"), Row(added("c", T("NONE")), "15 c"),
+         Row(added("d", T("HTML")), "0 d.html"), Row(added(n251, T("TEXT")), "0 " + n251 + ".txt"),
+         Row(added(n252, T("TEXT")), "1 " + n252), Row(added("a.abcd", 0, true), "5 a"),
+         Row(added("a.abcde", 0, true), "0 a.abcde"), Row(added("a.txt", T("TEXT"), true), "4 a"),
+         Row(added("a.txt", T("PICT"), true), "0 a.txt"), Row(added("noext", 0, true), "0 noext"),
+         Row(added("a.", 0, true), "1 a")});
     EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
     // Only records that lie wholly inside the block count, whatever the count word says.
     FSetTypeTables(nullptr, secondary);

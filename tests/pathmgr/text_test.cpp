@@ -159,8 +159,7 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
         std::string text;
         while (int32_t(text.size()) < length)
             text += "/" + std::string(std::min<size_t>(255, length - text.size() - 1), 'n');
-        OwnedPath p(Parse(text, X));
-        const std::string got = Native(p, X);
+        const std::string got = Native(OwnedPath(Parse(text, X)), X);
         EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << length << got;
     }
     // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the

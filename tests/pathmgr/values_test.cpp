@@ -222,10 +222,9 @@ TEST_F(FlatPaths, BytesNullFormFailuresAndOldForm) {
     // The old form: a size, a count and the names, with odd and even component sizes; it leaves
     // slack behind the names. L below 4 is no path at all, and an error when one was expected. A
     // component that runs past the data fails, leaving the partial handle to the caller.
-    const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'};
-    const Bytes absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0};
-    const Bytes none{0, 0, 0, 4, 0, 0, 0, 0}, nothing{0, 0, 0, 2, 0, 0};
-    const Bytes cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
+    const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'}, none{0, 0, 0, 4, 0, 0, 0, 0},
+        absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0}, nothing{0, 0, 0, 2, 0, 0},
+        cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
     OwnedPath p, q, e, kept(Parse("a")), partial, tiny;
     ExpectRows({Row(FPathUnflattenOrder(relative.data(), &p.p, 12, 1), 12), Row(Describe(p), "R:a"),
                 Row(MemHandleSize(p), 8), Row(FPathUnflatten(relative.data(), nullptr), 12),
