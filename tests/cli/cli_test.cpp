@@ -16,9 +16,8 @@ const Bytes kHello = {'H', 'E', 'L', 'L', 'O'};
 // The package of a code name and its module, as it must stand byte for byte on every host:
 // the map goes out with its dirty bit (0x20), cleared only after the write.
 static std::string WorkedPackage(const std::string& name = "foo", const Bytes& module = kHello) {
-    Bytes b =
-        BuildFile({{"PLAT", {{0, name, {'i', '3', '8', '6'}}}}, {"MXSB", {{0, name, module}}}}, 3,
-                  "MXSB", "MXDX");
+    Bytes b = BuildFile({{"PLAT", {{0, name, B("i386")}}}, {"MXSB", {{0, name, module}}}}, 3,
+                        "MXSB", "MXDX");
     b[Big32At(b, 16) + 43] = 0x20;
     return std::string(b.begin(), b.end());
 }

@@ -24,12 +24,11 @@ TEST_F(DirsTest, Listings) {
         missing(Name("missing")), relative(std::string("a") + plat::DirectorySeparator() + "b");
     ASSERT_EQ(RCreateCorrectFile(pack, 1, MgResType("MXDX"), MgResType("MXSB"), 0644), MgNoError);
     OwnedHandle names, types, plain;
-    const ResType kPackage = MgResType("MXSB");
     Entries want = {{"A.dat", EntryIsFile, 0},
                     {"b.txt", EntryIsFile, 0},
                     {"Beta", EntryIsFile, 0},
                     {"c", 0, 0},
-                    {"pack.msb", EntryIsFile | EntryHasType, kPackage}};
+                    {"pack.msb", EntryIsFile | EntryHasType, MgResType("MXSB")}};
     ASSERT_EQ(FDirEntriesWith(p, names, types, FDirReadResourceHeaders), MgNoError);
     EXPECT_EQ(EntriesOf(names, types), want);
     want.back() = {"pack.msb", EntryIsFile, 0};

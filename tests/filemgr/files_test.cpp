@@ -202,8 +202,7 @@ TEST(FileTypes, ByExtension) {
     Path p = FBuildPath(nullptr, PathKindAbsolute, Leaf("dir.txt").b, Leaf("pic.pct").b, nullptr),
          root = FEmptyPath(nullptr);
     EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
-    FPathRelease(p);
-    FPathRelease(root);
+    for (Path made : {p, root}) FPathRelease(made);
     // Adding takes the first record of the type, from the secondary table after the primary
     // answered 15, and a full field: four bytes, no more.
     // Each edit as its result and the name after it.
@@ -231,8 +230,7 @@ TEST(FileTypes, ByExtension) {
     }
     FSetTypeTables(nullptr, nullptr);
     EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
-    MemDisposeHandle(primary);
-    MemDisposeHandle(secondary);
+    for (Handle table : {primary, secondary}) MemDisposeHandle(table);
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
