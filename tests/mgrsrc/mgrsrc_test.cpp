@@ -19,15 +19,14 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     // A package of an odd-sized module (the pad must not come out) named "mod", with the
     // resources of extra.rsrc copied in by -r.
     TempDir dir;
-    const fs::path msb = dir.path / "mod.msb";
     const Bytes module = Fill(4093, 7);
     WriteBytes(dir.path / "mod.dll", module);
     WriteBytes(dir.path / "extra.rsrc",
                BuildFile({{"STR ", {{128, "Greeting", B("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    const std::string d = dir.path.string() + plat::DirectorySeparator();
-    const std::vector<std::string> withR = {"-c", "mod", "-d",
-                                            d,    "-r",  (dir.path / "extra.rsrc").string()};
+    const std::vector<std::string> withR = {"-c", "mod",
+                                            "-d", dir.path.string() + plat::DirectorySeparator(),
+                                            "-r", (dir.path / "extra.rsrc").string()};
     ASSERT_EQ(RunTool(withR, dir.path).status, 0);
     ExpectRuns(dir.path,
                {{"list mod.msb", 0,
@@ -43,7 +42,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
         ExpectRuns(dir.path, {{"extract -o out.dll mod.msb MXSB " + key, 0, "..."}});
         EXPECT_EQ(B(SlurpFile(dir.path / "out.dll")), module) << key;
     }
-    ASSERT_EQ(Mgrsrc({"extract", "--all", msb.string(), "res"}, dir.path).status, 0);
+    ASSERT_EQ(Mgrsrc({"extract", "--all", "mod.msb", "res"}, dir.path).status, 0);
     EXPECT_EQ(Listed(dir.path / "res"),
               (std::set<std::string>{"PLAT_0.bin", "MXSB_0.bin", "STR%20_-3.bin", "STR%20_128.bin",
                                      "ICN%23_5.bin"}));
@@ -51,7 +50,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     // A package of a module beyond 16 bits comes back byte for byte.
     WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
     ASSERT_EQ(RunTool(withR, dir.path).status, 0);
-    EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
+    EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(dir.path / "mod.msb")));
 }
 
 // The commands on small files: what they print and their statuses. diff names each kind of
@@ -155,7 +154,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
     TempDir dir;
     Bytes b;
     WriteBytes(dir.path / "g", Base());
-    for (const auto* rows : {&BadMaps(), &BadData()}) {
+    for (const auto* rows : {&BadMaps(), &BadData()})
         for (const Spoiled& row : *rows) {
             SCOPED_TRACE(row.what);
             b = Base();
@@ -182,7 +181,6 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
             for (const char* other : {"list f", "extract --all f out", "diff f g", "diff g f"})
                 ExpectRuns(dir.path, {{other, 2, "", "...not a sound resource file: offset ..."}});
         }
-    }
     // Faults before the map: the header, the trailer, and where the map lies.
     // Where the first fault lies: from the start of the file, or when negative, from the start
     // of the map.

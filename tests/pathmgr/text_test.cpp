@@ -34,14 +34,13 @@ const std::vector<std::pair<const char*, const char*>> kPosixRows = {
 // clang-format on
 
 TEST_F(PathText, BothWays) {
-    for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
+    for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix})
         for (const auto& [text, path] : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
             OwnedPath p(Parse(text, syntax));
             EXPECT_EQ(Describe(p) + " " + std::to_string(MemHandleSize(p) - FPathByteSize(p)),
                       std::string(path) + " 0")
                 << text << " in syntax " << syntax;
         }
-    }
     // The current drive is the first byte of the directory, upper-cased; on a share the volume is
     // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share

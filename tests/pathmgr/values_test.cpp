@@ -108,7 +108,7 @@ TEST_F(PathValues, RootsAndNormalisation) {
         {{"a", "b"}, 3, "", 1, std::string("\1a", 2)}, {{"a", "b"}, 5, "", 1, ""},
         {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"}};
     // clang-format on
-    for (const auto& r : norms) {
+    for (const auto& r : norms)
         for (int32_t syntax : {int32_t(PathSyntaxWindows), int32_t(PathSyntaxPosix), -1}) {
             OwnedPath p(Raw(r.kind, r.names));
             const bool posix = (syntax < 0 ? FHostPathSyntax() : syntax) == PathSyntaxPosix;
@@ -116,7 +116,6 @@ TEST_F(PathValues, RootsAndNormalisation) {
                       std::string("0 ") + (posix ? r.posix : r.windows));
             EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
         }
-    }
     EXPECT_EQ(FPathNormalize(nullptr), MgBadArgument);
     for (const auto& r : beyond) {
         OwnedPath p(Raw(1, r.names));
