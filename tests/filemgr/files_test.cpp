@@ -6,7 +6,11 @@
 #include <cerrno>
 
 #include "filemgr/dirs_env.h"
+#include "support/handles.h"
 #include "support/pstr.h"
+#include "support/rows.h"
+
+using mgtest::ExpectRows, mgtest::Row;
 
 class FilesTest : public DirsTest {
   protected:
@@ -68,19 +72,17 @@ TEST_F(FilesTest, RefusedOpensAndDenyModes) {
 TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     OwnedPath p(Name("new"));
     FileRef ref = -1;
-    ASSERT_EQ(FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
-              MgNoError);
-    EXPECT_EQ(FMWriteBytes(ref, 5, nullptr, "hello"), MgNoError);
-    EXPECT_EQ(FMClose(ref), MgNoError);
-    EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeReadWrite, FMShareAll, 0), MgDuplicate);
-    EXPECT_EQ(ref, 0);
-    EXPECT_EQ(FMCreateNew(&ref, p, 0666, FMModeTruncate, FMShareAll, 0), MgBadArgument);
+    EXPECT_EQ((std::vector<int32_t>{
+                  FMCreateNew(&ref, p, FMPermissionMask(0666), FMModeReadWrite, FMShareAll, 0),
+                  FMWriteBytes(ref, 5, nullptr, "hello"), FMClose(ref),
+                  FMCreateNew(&ref, p, 0666, FMModeReadWrite, FMShareAll, 0), ref,
+                  FMCreateNew(&ref, p, 0666, FMModeTruncate, FMShareAll, 0)}),
+              (std::vector<int32_t>{0, 0, 0, MgDuplicate, 0, MgBadArgument}));
     FileRef r = Open(Name("new"), FMModeRead, FMShareAll);
-    EXPECT_EQ(FMWriteBytes(r, 1, nullptr, "x"), WriteToReadOnlyStatus());
-    FMClose(r);
-    ASSERT_EQ(FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0), MgNoError);
-    EXPECT_EQ(Size(ref), 0);
-    EXPECT_EQ(FMClose(ref), MgNoError);
+    EXPECT_EQ((std::vector<int32_t>{FMWriteBytes(r, 1, nullptr, "x"), FMClose(r),
+                                    FMCreateOver(&ref, p, 0666, FMModeWrite, FMShareAll, 0),
+                                    Size(ref), FMClose(ref)}),
+              (std::vector<int32_t>{WriteToReadOnlyStatus(), 0, 0, 0, 0}));
     r = Open(Make("new", "abcdef"), FMModeTruncate, FMShareAll);
     EXPECT_EQ(Size(r), 0);
     FMClose(r);
@@ -89,55 +91,44 @@ TEST_F(FilesTest, CreateModesReadsSeeksAndFailures) {
     std::string data(100, 'z');
     for (int i = 0; i < 100; ++i) data[i] = static_cast<char>(i);
     ref = Open(Make("d", data), FMModeReadWrite, FMShareNone);
-    auto pos = [&] {
-        int32_t at = -1;
-        EXPECT_EQ(FMTell(ref, &at), MgNoError);
-        return at;
-    };
     char buf[200];
     int32_t actual = -1;
-    EXPECT_EQ(FMRead(ref, 0, &actual, buf), MgNoError);
-    EXPECT_EQ(actual, 0);
-    EXPECT_EQ(FMSeek(ref, -40, FMSeekEnd), MgNoError);
-    EXPECT_EQ(FMRead(ref, 100, &actual, buf), MgEndOfFile);  // short read: what there was
-    EXPECT_EQ(std::make_pair(actual, int(buf[0])), std::make_pair(40, 60));
+    // A short read gives what there was.
+    EXPECT_EQ(
+        (std::vector<int32_t>{FMRead(ref, 0, &actual, buf), actual, FMSeek(ref, -40, FMSeekEnd),
+                              FMRead(ref, 100, &actual, buf), actual, buf[0]}),
+        (std::vector<int32_t>{0, 0, 0, MgEndOfFile, 40, 60}));
     // Seeks (or, with a negative mode, the end set) and the position after each. Seeks beyond
     // either end stop there; any other mode counts from the end. Setting the end keeps a
     // position inside the file and pulls one beyond it back; a file can grow this way, not by
     // seeking.
-    const std::tuple<int32_t, int32_t, MgStatus, int32_t> steps[] = {
-        {100, FMSeekStart, MgNoError, 100},
-        {101, FMSeekStart, MgEndOfFile, 100},
-        {-1, FMSeekStart, MgEndOfFile, 0},
-        {10, FMSeekCurrent, MgNoError, 10},
-        {-5, 0, MgNoError, 95},
-        {10, -1, MgNoError, 10},
-        {5, FMSeekStart, MgNoError, 5},
-        {8, -1, MgNoError, 5},
-        {50, -1, MgNoError, 5},
-        {-1, -1, MgBadArgument, 5}};
-    for (const auto& [offset, mode, want, at] : steps) {
-        EXPECT_EQ(mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode), want) << offset;
-        EXPECT_EQ(pos(), at) << offset;
-    }
-    EXPECT_EQ(Size(ref), 50);
-    EXPECT_EQ(FMSeek(12345, 0, FMSeekCurrent), MgNoError);  // no platform call at all
-    EXPECT_EQ(FMFlush(ref), MgNoError);
-    EXPECT_EQ(FMClose(ref), MgNoError);
+    // (4: the end of the file, 1: a bad argument.)
+    auto step = [&](int32_t offset, int32_t mode) {
+        const MgStatus status = mode < 0 ? FSetFileEnd(ref, offset) : FMSeek(ref, offset, mode);
+        int32_t at = -1;
+        EXPECT_EQ(FMTell(ref, &at), MgNoError);
+        return std::to_string(status) + " " + std::to_string(at);
+    };
+    ExpectRows({Row(step(100, FMSeekStart), "0 100"), Row(step(101, FMSeekStart), "4 100"),
+                Row(step(-1, FMSeekStart), "4 0"), Row(step(10, FMSeekCurrent), "0 10"),
+                Row(step(-5, 0), "0 95"), Row(step(10, -1), "0 10"),
+                Row(step(5, FMSeekStart), "0 5"), Row(step(8, -1), "0 5"), Row(step(50, -1), "0 5"),
+                Row(step(-1, -1), "1 5")});
+    EXPECT_EQ((std::vector<int32_t>{Size(ref), FMSeek(12345, 0, FMSeekCurrent), FMFlush(ref),
+                                    FMClose(ref)}),
+              (std::vector<int32_t>{50, 0, 0, 0}));
     // Failures injected at the platform's calls, and their counts.
     ref = Open(Make("f", "0123456789"), FMModeReadWrite, FMShareAll);
     plat::FailFileOpAt(plat::kFileRead, 2, MgIOError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgNoError);
-    EXPECT_EQ(FMRead(ref, 2, &actual, buf), MgIOError);
-    EXPECT_EQ(std::make_pair(actual, plat::FileOpCount(plat::kFileRead)),
-              std::make_pair(0, int64_t{2}));
-    plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull);
-    EXPECT_EQ(FMWriteBytes(ref, 1, &actual, "w"), MgDiskFull);
-    plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission);
-    EXPECT_EQ(FSetFileEnd(ref, 3), MgNoPermission);
-    plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError);
-    EXPECT_EQ(FMSeek(ref, 1, FMSeekStart), MgIOError);
-    EXPECT_EQ(FMClose(ref), MgNoError);
+    EXPECT_EQ((std::vector<int64_t>{
+                  FMRead(ref, 2, &actual, buf), FMRead(ref, 2, &actual, buf), actual,
+                  plat::FileOpCount(plat::kFileRead),
+                  (plat::FailFileOpAt(plat::kFileWrite, 1, MgDiskFull),
+                   FMWriteBytes(ref, 1, &actual, "w")),
+                  (plat::FailFileOpAt(plat::kFileTruncate, 1, MgNoPermission), FSetFileEnd(ref, 3)),
+                  (plat::FailFileOpAt(plat::kFileSeek, 1, MgIOError), FMSeek(ref, 1, FMSeekStart)),
+                  FMClose(ref)}),
+              (std::vector<int64_t>{0, MgIOError, 0, 2, MgDiskFull, MgNoPermission, MgIOError, 0}));
 }
 
 // Share modes between two processes: a child of this program holds the file open for reading,
@@ -170,8 +161,7 @@ TEST(HoldOpen, DISABLED_Child) {
     const std::string file = name;
     FileRef ref = 0;
     OwnedPath p(file);
-    const MgStatus opened = FMOpen(&ref, p, FMModeRead, FMShareRead);
-    std::ofstream(file + ".tmp") << (opened == MgNoError ? "y" : "n");
+    std::ofstream(file + ".tmp") << (FMOpen(&ref, p, FMModeRead, FMShareRead) ? "n" : "y");
     std::filesystem::rename(file + ".tmp", file + ".ready");
     for (int i = 0; i < 3000 && !std::filesystem::exists(file + ".done"); ++i)
         plat::SleepMilliseconds(10);
@@ -183,41 +173,25 @@ TEST(FileErrors, ErrnoTable) {
         {0, 0, 0},      {ENOENT, 1, 1}, {ENOENT, 0, 7},  {EBADF, 0, 1},   {EINVAL, 0, 1},
         {ENOMEM, 0, 2}, {EACCES, 0, 8}, {EEXIST, 0, 10}, {ENFILE, 0, 11}, {EMFILE, 0, 11},
         {ENOSPC, 0, 9}, {ESPIPE, 0, 4}, {EIO, 0, 6}};
-    for (const auto& [err, arg, want] : rows) {
-        errno = err;
-        EXPECT_EQ(FMapErrno(arg), want) << err;
-    }
+    for (const auto& [err, arg, want] : rows) EXPECT_EQ((errno = err, FMapErrno(arg)), want) << err;
     mode_t old = umask(022);
     EXPECT_EQ(FMPermissionMask(0666), 0644);
     umask(old);
 }
 
-// A type table: its count in host order, then (type, extension) records; an extension of 4
-// characters fills its field unended.
-static Handle Table(const std::string& bytes) {
-    Handle h = MemNewHandle(0);
-    EXPECT_EQ(MemSetHandleBytes(&h, bytes.data(), int32_t(bytes.size())), MgNoError);
-    return h;
-}
-
+using mgtest::NewHandleOf;
 using Leaf = mgtest::P;
 const auto T = MgResType;
-
-static Path PosixPath(const std::string& text) {
-    Path p = nullptr;
-    EXPECT_EQ(FTextToPathSyntax(reinterpret_cast<const uint8_t*>(text.data()), int32_t(text.size()),
-                                &p, PathSyntaxPosix),
-              MgNoError);
-    return p;
-}
 
 // Types of names and paths through the two tables, and extensions added and stripped. "jpeg"
 // runs on into the "\0ull" record and matches; "html" runs into "TIFF" and can't; "tiff" is the
 // last record and runs into the block's end.
 TEST(FileTypes, ByExtension) {
-    Handle primary =
-               Table(std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
-           secondary = Table(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
+    // A type table: its count in host order, then (type, extension) records; an extension of 4
+    // characters fills its field unended.
+    Handle primary = NewHandleOf(
+               std::string("\5\0\0\0TEXTtxt\0JPEGjpeg\0ull\0\0\0\0HTMLhtmlTIFFtiff", 44)),
+           secondary = NewHandleOf(std::string("\3\0\0\0PICTpct\0OTHRtxt\0CSRCc\0\0\0", 28));
     FSetTypeTables(primary, secondary);
     const std::pair<const char*, const char*> cases[] = {
         {"A.TXT", "TEXT"}, {"a.b.pct", "PICT"}, {"a.jpeg", "JPEG"}, {"a.c", "CSRC"}, {"a.html", ""},
@@ -225,30 +199,26 @@ TEST(FileTypes, ByExtension) {
     for (const auto& [name, want] : cases)
         EXPECT_EQ(FTypeOfName(Leaf(name).b), *want ? T(want) : 0) << name;
     // A path's type is its last name's; the empty path has none.
-    Path p = PosixPath("/dir.txt/pic.pct"), root = FEmptyPath(nullptr);
+    Path p = FBuildPath(nullptr, PathKindAbsolute, Leaf("dir.txt").b, Leaf("pic.pct").b, nullptr),
+         root = FEmptyPath(nullptr);
     EXPECT_EQ(std::make_pair(FTypeOfPath(p), FTypeOfPath(root)), std::make_pair(T("PICT"), 0u));
-    FPathRelease(p);
-    FPathRelease(root);
+    for (Path made : {p, root}) FPathRelease(made);
     // Adding takes the first record of the type, from the secondary table after the primary
     // answered 15, and a full field: four bytes, no more.
-    const std::tuple<bool, std::string, ResType, int32_t, std::string> edits[] = {
-        {false, "b", T("PICT"), 0, "b.pct"},
-        {false, "c", T("NONE"), 15, "c"},
-        {false, "d", T("HTML"), 0, "d.html"},
-        {false, std::string(251, 'n'), T("TEXT"), 0, std::string(251, 'n') + ".txt"},
-        {false, std::string(252, 'n'), T("TEXT"), 1, std::string(252, 'n')},
-        {true, "a.abcd", 0, 5, "a"},
-        {true, "a.abcde", 0, 0, "a.abcde"},
-        {true, "a.txt", T("TEXT"), 4, "a"},
-        {true, "a.txt", T("PICT"), 0, "a.txt"},
-        {true, "noext", 0, 0, "noext"},
-        {true, "a.", 0, 1, "a"},
-    };
-    for (const auto& [strip, name, type, result, after] : edits) {
+    // Each edit as its result and the name after it.
+    auto added = [](const std::string& name, ResType type, bool strip = false) {
         Leaf n(name);
-        EXPECT_EQ(strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type), result) << name;
-        EXPECT_EQ(n.str(), after);
-    }
+        const int32_t result = strip ? FStripExtension(n.b, type) : FAddExtension(n.b, type);
+        return std::to_string(result) + " " + n.str();
+    };
+    const std::string n251(251, 'n'), n252(252, 'n');
+    ExpectRows(
+        {Row(added("b", T("PICT")), "0 b.pct"), Row(added("c", T("NONE")), "15 c"),
+         Row(added("d", T("HTML")), "0 d.html"), Row(added(n251, T("TEXT")), "0 " + n251 + ".txt"),
+         Row(added(n252, T("TEXT")), "1 " + n252), Row(added("a.abcd", 0, true), "5 a"),
+         Row(added("a.abcde", 0, true), "0 a.abcde"), Row(added("a.txt", T("TEXT"), true), "4 a"),
+         Row(added("a.txt", T("PICT"), true), "0 a.txt"), Row(added("noext", 0, true), "0 noext"),
+         Row(added("a.", 0, true), "1 a")});
     EXPECT_EQ(FAddExtensionFrom(Leaf("x").b, T("TEXT"), nullptr), 15);
     // Only records that lie wholly inside the block count, whatever the count word says.
     FSetTypeTables(nullptr, secondary);
@@ -260,12 +230,11 @@ TEST(FileTypes, ByExtension) {
     }
     FSetTypeTables(nullptr, nullptr);
     EXPECT_EQ(FTypeOfName(Leaf("a.txt").b), 0u);
-    MemDisposeHandle(primary);
-    MemDisposeHandle(secondary);
+    for (Handle table : {primary, secondary}) MemDisposeHandle(table);
 }
 
 TEST(FileTypesDeathTest, TypeOfAnUnrootedPathIsAFailedCheck) {
-    Path p = PosixPath("a/b.txt");
+    Path p = FBuildPath(nullptr, PathKindRelative, Leaf("a").b, Leaf("b.txt").b, nullptr);
     EXPECT_DEATH(FTypeOfPath(p), "");
     FPathRelease(p);
 }

@@ -114,13 +114,10 @@ inline void MakeWithLibrary(const fs::path& file, const std::vector<Edit>& edits
     ASSERT_EQ(RCloseFile(f), MgNoError);
 }
 
-// unpack `file` (in `dir`) into `folder`, then pack it as `packed`; the packed file's bytes.
-inline Bytes RoundTrip(const fs::path& dir, const std::string& file,
-                       const std::string& folder = "unpacked",
-                       const std::string& packed = "packed") {
-    ToolResult unpack = Mgrsrc({"unpack", file, folder}, dir);
-    EXPECT_EQ(unpack.status, 0) << unpack.err;
-    ToolResult pack = Mgrsrc({"pack", folder, packed}, dir);
-    EXPECT_EQ(pack.status, 0) << pack.err;
-    return B(SlurpFile(dir / packed));
+// unpack `file` (in `dir`) into "unpacked", then pack that as "packed"; the packed file's bytes.
+inline Bytes RoundTrip(const fs::path& dir, const std::string& file) {
+    const ToolResult unpack = Mgrsrc({"unpack", file, "unpacked"}, dir),
+                     pack = Mgrsrc({"pack", "unpacked", "packed"}, dir);
+    EXPECT_TRUE(unpack.status == 0 && pack.status == 0) << unpack.err << pack.err;
+    return B(SlurpFile(dir / "packed"));
 }

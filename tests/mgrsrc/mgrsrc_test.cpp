@@ -19,15 +19,14 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     // A package of an odd-sized module (the pad must not come out) named "mod", with the
     // resources of extra.rsrc copied in by -r.
     TempDir dir;
-    const fs::path msb = dir.path / "mod.msb";
     const Bytes module = Fill(4093, 7);
     WriteBytes(dir.path / "mod.dll", module);
     WriteBytes(dir.path / "extra.rsrc",
                BuildFile({{"STR ", {{128, "Greeting", B("hello")}, {-3, "", {}}}},
                           {"ICN#", {{5, "icon", Bytes(130, 0x5A), 0x08}}}}));
-    const std::string d = dir.path.string() + plat::DirectorySeparator();
-    const std::vector<std::string> withR = {"-c", "mod", "-d",
-                                            d,    "-r",  (dir.path / "extra.rsrc").string()};
+    const std::vector<std::string> withR = {"-c", "mod",
+                                            "-d", dir.path.string() + plat::DirectorySeparator(),
+                                            "-r", (dir.path / "extra.rsrc").string()};
     ASSERT_EQ(RunTool(withR, dir.path).status, 0);
     ExpectRuns(dir.path,
                {{"list mod.msb", 0,
@@ -43,7 +42,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
         ExpectRuns(dir.path, {{"extract -o out.dll mod.msb MXSB " + key, 0, "..."}});
         EXPECT_EQ(B(SlurpFile(dir.path / "out.dll")), module) << key;
     }
-    ASSERT_EQ(Mgrsrc({"extract", "--all", msb.string(), "res"}, dir.path).status, 0);
+    ASSERT_EQ(Mgrsrc({"extract", "--all", "mod.msb", "res"}, dir.path).status, 0);
     EXPECT_EQ(Listed(dir.path / "res"),
               (std::set<std::string>{"PLAT_0.bin", "MXSB_0.bin", "STR%20_-3.bin", "STR%20_128.bin",
                                      "ICN%23_5.bin"}));
@@ -51,7 +50,7 @@ TEST(MgrsrcPackage, ListsExtractsAndVerifies) {
     // A package of a module beyond 16 bits comes back byte for byte.
     WriteBytes(dir.path / "mod.dll", Fill(70000, 3));
     ASSERT_EQ(RunTool(withR, dir.path).status, 0);
-    EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(msb)));
+    EXPECT_EQ(RoundTrip(dir.path, "mod.msb"), B(SlurpFile(dir.path / "mod.msb")));
 }
 
 // The commands on small files: what they print and their statuses. diff names each kind of
@@ -98,8 +97,7 @@ TEST(MgrsrcCommandLine, Runs) {
         {"extract --all f all", 0, "wrote 3 resources into all\n"},
         {"unpack f u", 0, "unpacked 3 resources of f into u\n"},
         {"pack u p", 0, "packed 3 resources into p\n"},
-        {"add f AAAA 9 no-such-file", 2, "", "..."},
-    };
+        {"add f AAAA 9 no-such-file", 2, "", "..."}};
     for (const char* bad : {"", "frob", "list", "list f f", "list --jsn f", "extract f AAAA",
                             "extract --all f", "extract f AAAA 1 -o", "verify", "diff f",
                             "add f AAAAA 1 x", "add f AAAA 1.5 x", "set f AAAA 1 --attrs shiny"})
@@ -156,21 +154,20 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
     TempDir dir;
     Bytes b;
     WriteBytes(dir.path / "g", Base());
-    for (const auto* rows : {&BadMaps(), &BadData()}) {
+    for (const auto* rows : {&BadMaps(), &BadData()})
         for (const Spoiled& row : *rows) {
             SCOPED_TRACE(row.what);
             b = Base();
             row.spoil(b);
             Verified v = VerifyBytes(dir, b);
             const bool refused = row.open != MgNoError;
-            EXPECT_EQ(std::make_tuple(
-                          v.verify.status, v.first,
-                          v.verify.out.find("the reader refuses to open it") != std::string::npos),
-                      std::make_tuple(2,
-                                      refused       ? MapAt(b) + row.faultAt
-                                      : row.faultAt ? row.faultAt
-                                                    : MapAt(b) + kRefA1 + 12,
-                                      refused))
+            const long long first = refused       ? MapAt(b) + row.faultAt
+                                    : row.faultAt ? row.faultAt
+                                                  : MapAt(b) + kRefA1 + 12;
+            const bool refuses =
+                v.verify.out.find("the reader refuses to open it") != std::string::npos;
+            EXPECT_EQ(std::make_tuple(v.verify.status, v.first, refuses),
+                      std::make_tuple(2, first, refused))
                 << v.verify.out;
             // The other resources list and extract, the bad one shows no size, and the file
             // equals itself; a refused file is refused by every command.
@@ -184,7 +181,6 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
             for (const char* other : {"list f", "extract --all f out", "diff f g", "diff g f"})
                 ExpectRuns(dir.path, {{other, 2, "", "...not a sound resource file: offset ..."}});
         }
-    }
     // Faults before the map: the header, the trailer, and where the map lies.
     // Where the first fault lies: from the start of the file, or when negative, from the start
     // of the map.
@@ -199,8 +195,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         {[](Bytes& b) { PutMap32(b, 12, 0x41414141); }, -12},  // copy with another creator
         {[](Bytes& b) { PutMap32(b, 48, 0x10000); }, -48},     // name list beyond the map
         // No size word is read before the file's start: AAAA 1's load fails there.
-        {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)},
-    };
+        {[](Bytes& b) { PutBothHeaders(b, 24, 0xFFFFFF00); }, -int(kRefA1 + 12)}};
     for (const auto& [spoil, first] : header) {
         b = Base();
         const long long mapAt = MapAt(b);
@@ -221,8 +216,7 @@ TEST(MgrsrcVerify, FaultsAndWarnings) {
         {BuildFile({{"AAAA", {{5, "", {1}}, {2, "", {2}}}}}, 4),
          {"id 2 out of order in a version-4 file"}},
         {BuildFile({{"AAAA", {{3, "", {1}}, {3, "", {2}}}}}), {"id 3 appears twice"}},
-        {Embedded(Base(), 100), {}},
-    };
+        {Embedded(Base(), 100), {}}};
     for (const auto& [file, warnings] : sound) {
         Verified v = VerifyBytes(dir, file);
         EXPECT_EQ(std::make_pair(v.verify.status, v.warnings), std::make_pair(0, warnings.size()))

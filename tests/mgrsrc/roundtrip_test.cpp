@@ -26,8 +26,7 @@ TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
         {"unsorted version 4", BuildFile({{"AAAA", {{5, "", {1}}, {2, "b", {2}}}}}, 4), ""},
         {"embedded", Embedded(Base(), 100), ""},
         {"changed bit stored", RunTimeBitsFromTheFile(),
-         "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"},
-    };
+         "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"}};
     for (const auto& [what, file, diff] : rows) {
         SCOPED_TRACE(what);
         TempDir dir;
@@ -53,8 +52,7 @@ TEST(MgrsrcPack, BadManifests) {
         {"\"BBBB\"", "\"BBBB\\u00e9\"", 8, "type \"BBBB\\u00e9\" is not four bytes"},
         {"\"id\": 2,", "\"id\": 2147483648,", 7, "id 2147483648 is outside 32 bits"},
         {"\"id\": 2,", "\"id\": -2147483649,", 7, "id -2147483649 is outside 32 bits"},
-        {"\"name\": \"seven\"", "\"name\": \"\\u0100\"", 8, "name \"\\u0100\" is not 8-bit text"},
-    };
+        {"\"name\": \"seven\"", "\"name\": \"\\u0100\"", 8, "name \"\\u0100\" is not 8-bit text"}};
     WriteBytes(dir.path / "out", B("old"));
     for (const auto& [from, to, line, reason] : rows) {
         SCOPED_TRACE(reason);
@@ -88,8 +86,7 @@ TEST(MgrsrcEdit, OldFileOrNewFile) {
         {"remove CCCC 1", 2, "has no resource CCCC 1"},
         {"set AAAA 2 --id 5 --name five", 0, "- AAAA 2 - 1 bytes\n+ AAAA 5 \"five\" 1 bytes\n"},
         {"set BBBB 7 --attrs none", 0,
-         "~ BBBB 7 \"seven\" 5 -> 5 bytes: attributes protected -> none\n"},
-    };
+         "~ BBBB 7 \"seven\" 5 -> 5 bytes: attributes protected -> none\n"}};
     TempDir dir;
     WriteBytes(dir.path / "data", {0xDA, 0x7A});
     const std::string f = (fs::path("d") / "f").string();

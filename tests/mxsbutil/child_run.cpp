@@ -42,10 +42,10 @@ TEST(PackagerChild, DISABLED_Run) {
         gDPrintfFileMode = 0;
         gDebugOutput = &sink;
     }
-    std::vector<std::string> args = {"mxsbutil"};
-    args.insert(args.end(), parts.begin() + 3, parts.end());
+    const std::filesystem::path dir = parts[2];
+    parts[2] = "mxsbutil";  // the program's name, then its arguments
     std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
+    for (auto a = parts.begin() + 2; a != parts.end(); ++a) argv.push_back(a->data());
     argv.push_back(nullptr);
     const size_t colon = parts[1].find(':');
     const int64_t n = colon == std::string::npos ? 1 : std::stoll(parts[1].substr(colon + 1));
@@ -57,8 +57,7 @@ TEST(PackagerChild, DISABLED_Run) {
     // write to.
     if (kind == "inplace") plat::FailFileOpAt(plat::kFileReplace, 1, MgNoPermission);
     if (kind == "write" || kind == "inplace") plat::FailFileOpAt(plat::kFileWrite, n, MgDiskFull);
-    const int status = ParseArguments(static_cast<int>(args.size()), argv.data());
-    const std::filesystem::path dir = parts[2];
+    const int status = ParseArguments(static_cast<int>(argv.size() - 1), argv.data());
     std::ofstream(dir / "text", std::ios::binary) << sink.text;
     const bool reached =
         kind == "alloc" ? plat::AllocationCount() >= n : plat::FileOpCount(plat::kFileWrite) >= n;

@@ -1,28 +1,23 @@
 // The command line read in-process: which lines pass, and what they leave in the options.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <tuple>
 
 #include "mxsbutil/options.h"
 #include "platform/platform.h"
+#include "support/pstr.h"
+#include "support/run_tool.h"
 
 // Reads the words of `line` ('' is an empty argument). The options point into the arguments,
 // so they are kept until the next read, as argv is.
 static int32_t Read(const std::string& line) {
     static std::vector<std::string> kept;
     static std::vector<char*> argv;
-    kept = {"mxsbutil"};
-    std::istringstream in(line);
-    for (std::string w; in >> w;) kept.push_back(w == "''" ? "" : w);
+    kept = Words("mxsbutil " + line);
     argv.clear();
-    for (auto& a : kept) argv.push_back(a.data());
+    for (auto& a : kept) argv.push_back((a = a == "''" ? "" : a).data());
     argv.push_back(nullptr);
     return ReadArguments(static_cast<int>(kept.size()), argv.data());
-}
-
-static std::string Name() {
-    return std::string(reinterpret_cast<const char*>(gOptions.codeName + 1), gOptions.codeName[0]);
 }
 
 // Statuses, and the type left where it matters; the packager's messages suite has the other
@@ -45,19 +40,18 @@ TEST(ReadArguments, StatusesAndOptions) {
         {1, "foo ", {"-c foo -t foo", "-c foo -t foo -d"}},
         {1, "cin ", {"-c foo -t cin"}},
         {1, "ab' ", {"-c foo -t 'ab'"}}};
-    for (const auto& [status, type, lines] : groups) {
+    for (const auto& [status, type, lines] : groups)
         for (const char* line : lines) {
             EXPECT_EQ(Read(line), status) << line;
             EXPECT_EQ(std::string(reinterpret_cast<char*>(&gOptions.codeType), 4), type) << line;
         }
-    }
 
     // Defaults are made afresh on every read: the directory is the current one and a separator.
     // A -r at the end is as if not given; the name is cut at 255.
     auto options = [] {
-        return std::make_tuple(Name(), std::string(gOptions.codeDir ? gOptions.codeDir : "-"),
-                               std::string(gOptions.resFileName ? gOptions.resFileName : "-"),
-                               std::string(gOptions.viName ? gOptions.viName : "-"),
+        auto text = [](const char* s) { return std::string(s ? s : "-"); };
+        return std::make_tuple(mgtest::P::Text(gOptions.codeName), text(gOptions.codeDir),
+                               text(gOptions.resFileName), text(gOptions.viName),
                                gOptions.codePath);
     };
     ASSERT_EQ(Read("-c foo -d /x/y -r res.rsrc -vi a.vi"), 0);

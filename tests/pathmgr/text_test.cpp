@@ -13,14 +13,11 @@ using NativeNames = PathTest;
 constexpr int32_t W = PathSyntaxWindows, X = PathSyntaxPosix;
 using namespace mgtest;
 
-struct TextRow {
-    const char *text, *path;  // the path as Describe prints it
-};
-
-// Every text is read with D:\work as the current directory. The last rows of the Windows
-// table are not in the grammar's own table, but fixed by its rules.
+// Texts and their paths as Describe prints them. Every text is read with D:\work as the current
+// directory. The last rows of the Windows table are not in the grammar's own table, but fixed by
+// its rules.
 // clang-format off
-const std::vector<TextRow> kWindowsRows = {
+const std::vector<std::pair<const char*, const char*>> kWindowsRows = {
     {"", "A:"}, {"C:\\", "A:C"}, {"C:", "A:C"}, {"c:\\a\\", "A:c|a"}, {"C:a", "A:C|a"},
     {"C::\\a", "A:C|a"}, {"abc:\\d", "A:abc|d"}, {"C:\\a\\\\b", "A:C|a|b"}, {"C:\\a:b", "A:C|a:b"},
     {"\\a", "A:D|a"}, {"\\", "A:D"}, {":a", "A:D|a"}, {"C", "R:C"}, {"a\\b\\", "R:a|b"},
@@ -29,7 +26,7 @@ const std::vector<TextRow> kWindowsRows = {
     {"C:\\..\\..", "R:.."}, {"\\\\s\\v", "U:\\\\s\\v"}, {"\\\\s\\v\\a\\", "U:\\\\s\\v|a"},
     {"\\\\\\s\\\\v", "U:\\\\s\\v"}, {"\\\\s", "U:\\\\s\\"}, {"\\\\", "U:\\\\\\"},
     {"a b\\ c ", "R:a b| c "}, {"C:\\a\\...", "A:C|a|..."}, {".:x", "A:x"}};
-const std::vector<TextRow> kPosixRows = {
+const std::vector<std::pair<const char*, const char*>> kPosixRows = {
     {"", "A:"}, {"/", "A:"}, {"//a///b//", "A:a|b"}, {"a/b/", "R:a|b"}, {".", "R:"},
     {"..", "R:.."}, {"a/./b", "R:a|b"}, {"a/../b", "R:b"}, {"a/../../b", "R:..|b"}, {"/a/..", "A:"},
     {"/..", "A:"}, {"/../a", "A:a"}, {"/a/../../b", "A:b"}, {"a\\b", "R:a\\b"},
@@ -37,14 +34,13 @@ const std::vector<TextRow> kPosixRows = {
 // clang-format on
 
 TEST_F(PathText, BothWays) {
-    for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix}) {
-        for (const TextRow& r : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
-            OwnedPath p(Parse(r.text, syntax));
+    for (int32_t syntax : {PathSyntaxWindows, PathSyntaxPosix})
+        for (const auto& [text, path] : syntax == PathSyntaxPosix ? kPosixRows : kWindowsRows) {
+            OwnedPath p(Parse(text, syntax));
             EXPECT_EQ(Describe(p) + " " + std::to_string(MemHandleSize(p) - FPathByteSize(p)),
-                      std::string(r.path) + " 0")
-                << r.text << " in syntax " << syntax;
+                      std::string(path) + " 0")
+                << text << " in syntax " << syntax;
         }
-    }
     // The current drive is the first byte of the directory, upper-cased; on a share the volume is
     // the backslash itself, which makes the path a network one.
     // Names are cut at 255; a server at 251 leaves room for one byte of share, a long share
@@ -162,8 +158,7 @@ TEST_F(NativeNames, TableLimitsAndNameChecks) {
         std::string text;
         while (int32_t(text.size()) < length)
             text += "/" + std::string(std::min<size_t>(255, length - text.size() - 1), 'n');
-        OwnedPath p(Parse(text, X));
-        const std::string got = Native(p, X);
+        const std::string got = Native(OwnedPath(Parse(text, X)), X);
         EXPECT_TRUE(length == limit ? got == "0 " + text : got[0] != '0') << length << got;
     }
     // "C:" and a component of 100, 100 and n bytes: 2 + 101 + 101 + (n + 1). One byte more: the

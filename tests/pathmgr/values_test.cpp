@@ -28,9 +28,9 @@ TEST_F(PathValues, ValidityConstructionAndComponents) {
         OwnedPath p(Raw(r.kind));
         memcpy(*p.p + 2, &r.count, 2);
         EXPECT_EQ(
-            std::vector<int>(
-                {FPathValid(p), FPathUsable(p), FPathRooted(p), FPathHasNoNames(p), FPathDepth(p)}),
-            std::vector<int>({r.valid, r.usable, r.rooted, r.usable, r.usable ? r.count : -1}))
+            (std::vector<int>{FPathValid(p), FPathUsable(p), FPathRooted(p), FPathHasNoNames(p),
+                              FPathDepth(p)}),
+            (std::vector<int>{r.valid, r.usable, r.rooted, r.usable, r.usable ? r.count : -1}))
             << "kind " << r.kind << " count " << r.count;
     }
     EXPECT_TRUE(!FPathValid(nullptr) && FPathDepth(nullptr) == -1);
@@ -108,24 +108,21 @@ TEST_F(PathValues, RootsAndNormalisation) {
         {{"a", "b"}, 3, "", 1, std::string("\1a", 2)}, {{"a", "b"}, 5, "", 1, ""},
         {{"", "x", ""}, 6, "", 4, std::string(1, '\0')}, {{"a"}, 3, "\7xy", 1, "\7xy"}};
     // clang-format on
-    for (const auto& r : norms) {
+    for (const auto& r : norms)
         for (int32_t syntax : {int32_t(PathSyntaxWindows), int32_t(PathSyntaxPosix), -1}) {
             OwnedPath p(Raw(r.kind, r.names));
-            const bool posix =
-                syntax < 0 ? FHostPathSyntax() == PathSyntaxPosix : syntax == PathSyntaxPosix;
+            const bool posix = (syntax < 0 ? FHostPathSyntax() : syntax) == PathSyntaxPosix;
             EXPECT_EQ(After(syntax < 0 ? FPathNormalize(p) : FPathNormalizeSyntax(p, syntax), p),
                       std::string("0 ") + (posix ? r.posix : r.windows));
             EXPECT_EQ(MemHandleSize(p), FPathByteSize(p));
         }
-    }
     EXPECT_EQ(FPathNormalize(nullptr), MgBadArgument);
     for (const auto& r : beyond) {
         OwnedPath p(Raw(1, r.names));
         MemAppendBytes(r.tail.data(), p, static_cast<int32_t>(r.tail.size()));
         memcpy(*p.p + 2, &r.count, 2);
-        EXPECT_EQ(FPathNormalizeSyntax(p, PathSyntaxWindows), MgNoError);
-        EXPECT_EQ(FPathDepth(p), r.countAfter);
-        EXPECT_EQ(Contents(p).substr(4), r.namesAfter);
+        ExpectRows({Row(FPathNormalizeSyntax(p, PathSyntaxWindows), MgNoError),
+                    Row(FPathDepth(p), r.countAfter), Row(Contents(p).substr(4), r.namesAfter)});
     }
 }
 
@@ -224,10 +221,9 @@ TEST_F(FlatPaths, BytesNullFormFailuresAndOldForm) {
     // The old form: a size, a count and the names, with odd and even component sizes; it leaves
     // slack behind the names. L below 4 is no path at all, and an error when one was expected. A
     // component that runs past the data fails, leaving the partial handle to the caller.
-    const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'};
-    const Bytes absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0};
-    const Bytes none{0, 0, 0, 4, 0, 0, 0, 0}, nothing{0, 0, 0, 2, 0, 0};
-    const Bytes cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
+    const Bytes relative{0, 0, 0, 8, 0, 0, 0, 2, 0, 0, 1, 'a'}, none{0, 0, 0, 4, 0, 0, 0, 0},
+        absolute{0, 0, 0, 12, 0, 0, 0, 2, 1, 'C', 2, 'a', 'b', 0}, nothing{0, 0, 0, 2, 0, 0},
+        cut{0, 0, 0, 8, 0, 0, 0, 2, 1, 'C', 5, 'a'};
     OwnedPath p, q, e, kept(Parse("a")), partial, tiny;
     ExpectRows({Row(FPathUnflattenOrder(relative.data(), &p.p, 12, 1), 12), Row(Describe(p), "R:a"),
                 Row(MemHandleSize(p), 8), Row(FPathUnflatten(relative.data(), nullptr), 12),

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -21,9 +22,7 @@ struct Block {
 };
 
 bool Holds(const Block& b, size_t n) {
-    for (size_t i = 0; i < n; ++i)
-        if (b.bytes[i] != b.fill) return false;
-    return true;
+    return std::all_of(b.bytes, b.bytes + n, [&](uint8_t x) { return x == b.fill; });
 }
 
 TEST(SizedBlocks, KeepTheirBytesThroughMakesResizesAndFrees) {

@@ -26,13 +26,12 @@ TEST(DevicesCli, PipesDevicesAndGeneratedFiles) {
         EXPECT_FALSE(fs::exists(dir.path / (std::string(name) + ".msb"))) << name;
     fs::create_directory(dir.path / "dir");
     // A resource file to read, and a data file to add.
-    for (const std::string name : {"pipe.dll", "zero.dll", "dir"}) {
+    for (const std::string name : {"pipe.dll", "zero.dll", "dir"})
         for (const auto& args :
              {std::vector<std::string>{"verify", name}, {"add", "x.rsrc", "DATA", "1", name}}) {
             const ToolResult r = RunProgram(ToolPath(MGRSRC_NAME), args, dir.path);
             EXPECT_EQ(r.status, 2) << args[0] << " " << name;
             EXPECT_NE(r.err.find(name + ": not a regular file"), std::string::npos) << r.err;
         }
-    }
     EXPECT_EQ(RunProgram(ToolPath(MGRSRC_NAME), {"verify", "status.dll"}, dir.path).status, 2);
 }
