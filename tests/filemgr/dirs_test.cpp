@@ -250,8 +250,12 @@ TEST(DirSort, ByNameWithoutCase) {
         "common-prefix-long-alphabet Common-prefix-long-Zeta common-prefix-long-alpha "
         "COMMON-PREFIX-LONG-ALPHA b B a abcdefghij-2 abcdefghij-1");
     const int32_t n = int32_t(listed.size());
-    Handle names = FNewNameList(MemNewHandle(40)), types = MemNewHandleClear(8 * n);
+    // A list is made afresh, or in the handle given, which keeps its identity.
+    Handle given = MemNewHandle(40), names = FNewNameList(given), fresh = FNewNameList(nullptr);
+    ASSERT_TRUE(names == given && fresh && MemHandleSize(fresh) == 4 && Names(fresh).empty());
     ASSERT_EQ(MemHandleSize(names), 4);
+    MemDisposeHandle(fresh);
+    Handle types = MemNewHandleClear(8 * n);
     for (int32_t i = 0; i < n; ++i) {  // each record's flags hold its listed index
         const std::string counted = char(listed[i].size()) + listed[i];
         MemAppendBytes(counted.data(), names, int32_t(counted.size()));
