@@ -76,9 +76,11 @@ TEST(PList, FindDuplicatesAndTheShortForm) {
     const P two("two");
     ConstPStr key = two.b;
     const uint8_t block[] = {2, 0, 1, 'a', 2, 'b', 'c'};  // both hosts are little-endian
+    uint8_t* purged = nullptr;
     ExpectRows(
         {Row(PListFind(list, &key, PStringOrderNoCaseIndirect), 1),
          Row(PListFind(list, &key, PStringOrderIndirect), -1),
+         Row(PListFind(&purged, &key, PStringOrderIndirect), -1),
          Row(PListGet(list, -1) == *list + 4, 1), Row(PListGet(list, 9) == PListGet(list, 1), 1),
          Row(PListFirstDuplicate(*dups[0]), 2), Row(PListFirstDuplicate(*dups[1]), 0),
          Row(PList16Get(block, 0) == block + 2, 1), Row(PList16Get(block, 1) == block + 4, 1),

@@ -93,6 +93,8 @@ TEST(NumToText, CodesAndBufferLimits) {
                 Row(D(123456.0, -2, 11), "123456.00"), Row(Text(&i, NumIL, -1), "-42.0"),
                 Row(Text(&f, NumFS, 9), "1.00000001E-1"), Row(Text(nullptr, NumFD, 5), "0"),
                 Row(NumToText(&d, NumFD, 250, out, 8, '.', nullptr), 0), Row(out, "#######"),
+                Row(NumToText(&d, NumFD, 131, out, 6, '.', nullptr), 4),
+                Row(std::string(out, 8), std::string("1E+0\0##", 8)),
                 Row(NumToText(&d, NumFD, 600, out, 8, '.', nullptr), 0),
                 Row(Text(&d, NumFD, -3, 256, nullptr, ','), "1,000"),
                 Row(Text(nullptr, NumIL, 64), "0"),

@@ -104,7 +104,7 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
     // Room behind the temporary directory: its length + n + 2 may be 289.
     const int32_t room = 289 - 2 - static_cast<int32_t>(temp.size());
     const std::string n284(284, 'n'), n285(285, 'n'), n288(288, 'n'), n289(289, 'n'),
-        fits(room, 'n'), over(room + 1, 'n');
+        fits(room, 'n'), over(room + 1, 'n'), beside(288 - program.size(), 'n');
     // Kind, name (none when empty), suffix, and the name or the error and detail of the exception.
     const std::tuple<int32_t, std::string, uint8_t, std::string> rows[] = {
         {0, "log", 0, temp + "log"},        {3, "log", 0, temp + "log"},
@@ -114,7 +114,8 @@ TEST(OutputFileName, NamesByKindAndTheirLimits) {
         {1, n289, 0, "7 Path too long"},    {1, n288, 1, "7 GetModuleFileName failed"},
         {1, n284, 1, n284 + ".txt"},        {1, n285, 1, "7 GetModuleFileName failed"},
         {0, fits, 0, temp + fits},          {0, over, 0, "7 Path too long"},
-        {3, over, 0, "7 Path too long"},    {0, "", 0, "1 inFilename is NULL"}};
+        {3, over, 0, "7 Path too long"},    {0, "", 0, "1 inFilename is NULL"},
+        {2, beside, 0, program + beside}};
     for (const auto& [kind, given, suffix, expected] : rows) {
         const char* text = given.empty() ? nullptr : given.c_str();
         SCOPED_TRACE(testing::Message() << "kind " << kind << " length " << given.size());
