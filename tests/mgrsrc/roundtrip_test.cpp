@@ -15,9 +15,13 @@ TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
     const std::string manifest = SlurpFile(dir.path / "unpacked" / "resources.json");
     for (char c : manifest) EXPECT_TRUE(c == '\n' || (c >= 0x20 && c < 0x7F)) << int(c);
 
-    // Sound files of layouts the manager doesn't write come back with the same resources (diff
-    // finds nothing but the changed bit, which isn't kept) in the manager's layout.
+    // Sound files of layouts the manager doesn't write, and one whose names were all removed,
+    // come back with the same resources (diff finds nothing but the changed bit, which isn't
+    // kept) in the manager's layout.
     using namespace crafted;
+    MakeWithLibrary(dir.path / "g", {{Edit::kAdd, "AAAA", 0, "", {}},
+                                     {Edit::kAdd, "AAAA", 1, "x", {}},
+                                     {Edit::kRemove, "AAAA", 1, "", {}}});
     const std::tuple<const char*, Bytes, std::string> rows[] = {
         {"file attribute word 0", Base(), ""},
         {"shared data", SharedData(), ""},
@@ -25,6 +29,7 @@ TEST(MgrsrcRoundTrip, EveryByteAndOtherLayouts) {
         {"version 2", BuildFile(BaseLayout(), 2), ""},
         {"unsorted version 4", BuildFile({{"AAAA", {{5, "", {1}}, {2, "b", {2}}}}}, 4), ""},
         {"embedded", Embedded(Base(), 100), ""},
+        {"names all gone", B(SlurpFile(dir.path / "g")), ""},
         {"changed bit stored", RunTimeBitsFromTheFile(),
          "~ AAAA 1 \"one\" 3 -> 3 bytes: attributes protected,changed -> protected\n"}};
     for (const auto& [what, file, diff] : rows) {
