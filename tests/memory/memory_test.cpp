@@ -26,15 +26,14 @@ MemZoneCounterSet Counters(bool compact) {
     return c;
 }
 
-// Counter deltas of one zone across a test step.
+// Counters of one zone across a test step: set to zero at its start.
 struct CounterDelta {
     bool compact;
-    MemZoneCounterSet start = Counters(compact);
-    MemZoneCounterSet Now() const {
-        const MemZoneCounterSet n = Counters(compact);
-        return {n.handleAllocs - start.handleAllocs, n.ptrAllocs - start.ptrAllocs,
-                n.resizes - start.resizes, n.moves - start.moves};
+    explicit CounterDelta(bool zone) : compact(zone) {
+        const MemZoneCounterSet zero{};
+        compact ? CompactSetZoneCounters(&zero) : MemSetZoneCounters(&zero);
     }
+    MemZoneCounterSet Now() const { return Counters(compact); }
 };
 
 // The operations both zones share, so that a test can run once per zone.

@@ -67,11 +67,13 @@ TEST(MXExcept, FieldsMessagesAndConversions) {
                              : "MXExcept. Err=" + std::to_string(err) + ", File=" + file +
                                    ", Line=" + std::to_string(line) + ", Detail='" + detail + "'"));
     }
-    // A null text empties its field whatever the memory held before.
+    // A null text empties its field, and a cut one and the message end, whatever the memory
+    // held before.
     alignas(MXExcept) unsigned char dirty[sizeof(MXExcept)];
     memset(dirty, 'x', sizeof dirty);
-    const MXExcept* blank = new (dirty) MXExcept(1, nullptr, nullptr, 0);
-    EXPECT_EQ(std::string(blank->GetDetail()) + blank->GetFile(), "");
+    const MXExcept* blank = new (dirty) MXExcept(1, nullptr, std::string(40, 'f').c_str(), 0);
+    EXPECT_EQ(FieldsOf(*blank),
+              Fields(1, "", f31, 0, "MXExcept. Err=1, File=" + f31 + ", Line=0, Detail=''"));
     blank->~MXExcept();
     const MXExcept original = thrower::Make(5);
     const MXExcept copy = Converted(original);

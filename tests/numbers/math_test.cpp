@@ -156,7 +156,7 @@ TEST(NumericLayer, Kernel) {
         {ArcHyperTangent(-1), -kInf}, {ArcHyperTangent(1.5L), NAN}, {LogOnePlus(-1), -kInf},
         {LogOnePlus(-2), NAN}, {PowerReal(-2, 3), -8}, {PowerReal(-2, 2), 4},
         {PowerReal(-2, 0.5L), NAN}, {PowerReal(0, -1), kInf}, {PowerReal(0, 2), 0},
-        {PowerReal(5, 0), 1}};
+        {PowerReal(5, 0), 1}, {HyperTangent(NAN), NAN}};
     // clang-format on
     for (size_t i = 0; i < std::size(rows); ++i)
         EXPECT_TRUE(SameOrBothNaN(rows[i][0], rows[i][1])) << "row " << i;

@@ -93,11 +93,13 @@ TEST_F(PathText, BothWays) {
         EXPECT_EQ(Text(p, r.to) + " " + PortableText(p), std::string(r.out) + " " + r.portable);
     }
     // No path writes nothing and leaves the length; a corrupt one is refused; a network path with
-    // no names measures one byte of portable text and writes none.
+    // no names measures one byte of portable text and writes none. A drive takes its colon
+    // whatever its first byte.
     uint8_t mem[64] = {};
     auto* l = reinterpret_cast<LStr*>(mem);
     OwnedPath noPath(FMakeNoPath(nullptr)), corrupt(MemNewHandleClear(4));
-    OwnedPath unc(FBuildPath(nullptr, PathKindUNC, nullptr));
+    OwnedPath unc(FBuildPath(nullptr, PathKindUNC, nullptr)),
+        nulDrive(FBuildPath(nullptr, PathKindAbsolute, P(std::string(1, '\0')).b, nullptr));
     (*corrupt.p)[0] = 9;
     ExpectRows({Row((l->count = -1, FPathTextInto(noPath, l)), MgNoError), Row(l->count, 0),
                 Row((l->count = 7, FPathTextInto(nullptr, l)), MgNoError), Row(l->count, 7),
@@ -105,7 +107,8 @@ TEST_F(PathText, BothWays) {
                 Row(FPathPortableTextInto(noPath, l), MgNoError),
                 Row(FPathTextInto(corrupt, l), MgBadArgument),
                 Row((l->count = -1, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 1),
-                Row((l->count = 0, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 0)});
+                Row((l->count = 0, FPathPortableTextInto(unc, l)), MgNoError), Row(l->count, 0),
+                Row(Text(nulDrive, W), std::string(1, '\0') + ":\\")});
     // Too long for the C buffer: 2, and the block stays, empty. A failed allocation gives no
     // handle.
     OwnedPath yz(Parse("/x/yz", PathSyntaxPosix));

@@ -136,7 +136,8 @@ TEST_F(PathValues, RelativePathsAndJoins) {
     const struct { const char *base, *target, *rel; } joins[] = {
         {"C:\\a\\b", "C:\\a\\c\\d", "R:..|c|d"}, {"C:\\a", "D:\\b", "R:..|..|D|b"},
         {"C:\\a\\b", "C:\\a\\b", "R:"}, {"C:\\a\\b\\c", "C:\\a", "R:..|.."},
-        {"c:\\A", "C:\\a\\x", "R:x"}, {"\\\\s\\v\\a", "C:\\x", "R:..|..|C|x"}};
+        {"c:\\A", "C:\\a\\x", "R:x"}, {"\\\\s\\v\\a", "C:\\x", "R:..|..|C|x"},
+        {"C:\\name-the-result-drops-it\\b", "C:\\name-the-result-drops-it\\c\\d\\e", "R:..|c|d|e"}};
     // clang-format on
     for (const auto& r : joins) {
         SCOPED_TRACE(std::string(r.base) + " -> " + r.target);

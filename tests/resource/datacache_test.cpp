@@ -74,14 +74,18 @@ TEST_F(DataCacheTest, ReloadAfterWriteBackSeesTheNewBytes) {
 TEST_F(DataCacheTest, ManyLoadsFromFewReads) {
     for (const auto& [count, backward, maxReads] :
          {std::tuple{2000, false, 1}, {12000, false, 5}, {12000, true, 6}}) {
-        ResFile f = Put("m", SmallResources(count), FMModeRead);
+        // Another file's window stays while a free one is left.
+        ResFile g = Put("g", SmallResources(2), FMModeRead),
+                f = Put("m", SmallResources(count), FMModeRead);
+        Load(g, "DATA", 1);
         plat::FailFileOpAt(plat::kFileRead, 0, 0);
         for (int32_t i = 1; i <= count; ++i) {
             const int32_t id = backward ? count + 1 - i : i;
             ASSERT_EQ(Load(f, "DATA", id), Payload(id, 0)) << id;
         }
+        EXPECT_EQ(Load(g, "DATA", 2), Payload(2, 0));
         EXPECT_LE(plat::FileOpCount(plat::kFileRead), maxReads) << count << backward;
-        ASSERT_EQ(RCloseFile(f), MgNoError);
+        ASSERT_TRUE(RCloseFile(f) == MgNoError && RCloseFile(g) == MgNoError);
     }
 }
 

@@ -271,6 +271,10 @@ TEST(CheckBytes, NoticesOfDataAndIdsOutOfOrder) {
             {refs + 40, "id 5 appears twice in its type; a lookup finds one of them"},
             {32, "8 bytes of data that no reference uses"},
             {refs + 52, "shares its data with the reference at " + std::to_string(refs + 20)}}));
+    Bytes bare = BuildFile({});  // no map, and data claimed past the end: both are told
+    PutBig32(bare, 28, 64);
+    EXPECT_TRUE(RCheckBytes(bare.data(), int64_t(bare.size()), nullptr, &summary) == MgNoError &&
+                summary.notices == 2);
 }
 
 }  // namespace
