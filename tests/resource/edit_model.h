@@ -150,7 +150,10 @@ inline std::string Runner::Apply(const Step& s) {
                                                 [&](const Ref& o) { return o.id == s.id; });
             EDIT_EXPECT(RAdd(add.h, f_, type, s.id, named ? PS(p) : nullptr),
                         taken ? MgResourceDuplicate : MgNoError);
-            if (taken) return MemDisposeHandle(add.h), "";
+            if (taken) {  // refused: the handle stays the caller's
+                MemDisposeHandle(add.h);
+                return "";
+            }
             // The name-list offset grows by what the add moves it, or is set by a first name.
             const int32_t delta = types_.empty() ? 36 : t ? 20 : 32;
             const int32_t size =
